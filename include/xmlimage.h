@@ -1,0 +1,24 @@
+#ifndef XMLIMAGE_H
+#define XMLIMAGE_H
+
+#include "xmlobject.h"
+
+/// A reference to an image: an element "img" with its location and name. It holds no image data.
+///
+/// Both values are attributes: an empty text leaves the earlier one in place, and an absent one
+/// reads as a null string.
+class TQXML_EXPORT XMLImage : public XMLObject
+{
+public:
+    XMLImage();
+    explicit XMLImage(const QString &name);
+    ~XMLImage() override;
+
+    /// The location, kept as it stands.
+    void setURL(const QString &url);
+    QString getURL() const;
+    void setName(const QString &name);
+    QString getName() const;
+};
+
+#endif

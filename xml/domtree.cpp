@@ -1,0 +1,193 @@
+#include "domtree_p.h"
+
+#include "xmlobject.h"
+
+#include <vector>
+
+namespace {
+
+// Moves node to the next one that is not below it, within depth levels; false when there is none.
+bool stepOver(QDomNode &node, int &depth)
+{
+    while (depth > 0 && node.nextSibling().isNull()) {
+        node = node.parentNode();
+        --depth;
+    }
+    if (depth == 0) {
+        return false;
+    }
+    node = node.nextSibling();
+    return true;
+}
+
+bool isDeeper(const QDomNode &root, int limit)
+{
+    int depth = 0;
+    QDomNode node = root;
+    do {
+        for (QDomNode child = node.firstChild(); !child.isNull(); child = node.firstChild()) {
+            if (++depth > limit) {
+                return true;
+            }
+            node = child;
+        }
+    } while (stepOver(node, depth));
+    return false;
+}
+
+QDomNode copyWithin(const QDomNode &root, int limit)
+{
+    // Copies of the nodes from the root down to the current one.
+    std::vector<QDomNode> copies { root.cloneNode(false) };
+    int depth = 0;
+    QDomNode node = root;
+    do {
+        if (depth > 0) {
+            copies.resize(size_t(depth));
+            copies.push_back(copies.back().appendChild(node.cloneNode(false)));
+        }
+        for (QDomNode child = node.firstChild(); depth < limit && !child.isNull();
+             child = node.firstChild()) {
+            node = child;
+            ++depth;
+            copies.push_back(copies.back().appendChild(node.cloneNode(false)));
+        }
+    } while (stepOver(node, depth));
+    return copies.front();
+}
+
+bool isPlainText(const QDomNode &node) { return node.nodeType() == QDomNode::TextNode; }
+
+// What a run of adjacent text nodes writes; moves node behind the run.
+QString takeTextRun(QDomNode &node)
+{
+    QString text;
+    for (; isPlainText(node); node = node.nextSibling()) {
+        text += XMLObject::toString(node);
+    }
+    return text;
+}
+
+// Compares the texts that start at both nodes and moves both behind them. Adjacent text nodes are
+// written as one, so that "a", "b" is "ab"; but an empty one is not written like none.
+bool sameTexts(QDomNode &a, QDomNode &b)
+{
+    if (isPlainText(a) != isPlainText(b)) {
+        return false;
+    }
+    if (!isPlainText(a)) {
+        return true;
+    }
+    const QDomNode afterA = a.nextSibling();
+    const QDomNode afterB = b.nextSibling();
+    if (isPlainText(afterA) || isPlainText(afterB)) {
+        return takeTextRun(a) == takeTextRun(b);
+    }
+    if (a.nodeValue() != b.nodeValue()) {
+        return false;
+    }
+    a = afterA;
+    b = afterB;
+    return true;
+}
+
+bool sameAttributes(const QDomElement &a, const QDomElement &b)
+{
+    const QDomNamedNodeMap left = a.attributes();
+    const QDomNamedNodeMap right = b.attributes();
+    if (left.length() != right.length()) {
+        return false;
+    }
+    for (int i = 0; i < left.length(); ++i) {
+        const QDomNode attribute = left.item(i);
+        const QDomNode other = right.namedItem(attribute.nodeName());
+        if (other.isNull() || other.nodeValue() != attribute.nodeValue() ||
+            other.namespaceURI() != attribute.namespaceURI()) {
+            return false;
+        }
+    }
+    return true;
+}
+
+// Compares two nodes without what is below them.
+bool sameNode(const QDomNode &a, const QDomNode &b)
+{
+    if (a.nodeType() != b.nodeType()) {
+        return false;
+    }
+    if (a.isElement()) {
+        return a.nodeName() == b.nodeName() && a.namespaceURI() == b.namespaceURI() &&
+            sameAttributes(a.toElement(), b.toElement());
+    }
+    return a.isDocument() || XMLObject::toString(a) == XMLObject::toString(b);
+}
+
+}  // namespace
+
+QDomNode withinDepth(const QDomNode &node)
+{
+    return isDeeper(node, MAX_TREE_DEPTH) ? copyWithin(node, MAX_TREE_DEPTH) : node;
+}
+
+QDomNode nextBelow(const QDomNode &node, const QDomNode &root)
+{
+    QDomNode next = node.firstChild();
+    for (QDomNode at = node; next.isNull() && at != root; at = at.parentNode()) {
+        next = at.nextSibling();
+    }
+    return next;
+}
+
+QString textBelow(const QDomElement &e)
+{
+    QDomNode node = e.firstChild();
+    if (isPlainText(node) && node.nextSibling().isNull()) {
+        const QString text = node.nodeValue();
+        return text.isNull() ? QStringLiteral("") : text;
+    }
+    QString text = QStringLiteral("");
+    for (; !node.isNull(); node = nextBelow(node, e)) {
+        if (node.isText() || node.isCDATASection()) {
+            text += node.nodeValue();
+        }
+    }
+    return text;
+}
+
+bool isWithin(QDomNode node, const QDomNode &ancestor)
+{
+    while (!node.isNull() && node != ancestor) {
+        node = node.parentNode();
+    }
+    return !node.isNull();
+}
+
+bool sameDocument(const QDomDocument &a, const QDomDocument &b)
+{
+    // Parents of the nodes that are looked at, in step.
+    QDomNode parentA = a;
+    QDomNode parentB = b;
+    QDomNode nodeA = a.firstChild();
+    QDomNode nodeB = b.firstChild();
+    for (;;) {
+        if (!sameTexts(nodeA, nodeB) || nodeA.isNull() != nodeB.isNull()) {
+            return false;
+        }
+        if (!nodeA.isNull()) {
+            if (!sameNode(nodeA, nodeB)) {
+                return false;
+            }
+            parentA = nodeA;
+            parentB = nodeB;
+            nodeA = nodeA.firstChild();
+            nodeB = nodeB.firstChild();
+        } else if (parentA == a) {
+            return true;
+        } else {
+            nodeA = parentA.nextSibling();
+            nodeB = parentB.nextSibling();
+            parentA = parentA.parentNode();
+            parentB = parentB.parentNode();
+        }
+    }
+}

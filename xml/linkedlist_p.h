@@ -1,0 +1,39 @@
+#ifndef LINKEDLIST_P_H
+#define LINKEDLIST_P_H
+
+// The last record of a list: that without a next one or, in a list that links back to itself, the
+// last one that is met for the first time. Null for an empty list.
+template<typename Record>
+Record *lastOf(Record *head)
+{
+    // One pointer walks, the other waits at every power of two: they meet only in a cycle.
+    Record *waiting = head;
+    Record *walking = head;
+    unsigned long apart = 0;
+    unsigned long limit = 1;
+    while (walking && walking->next && walking->next != waiting) {
+        walking = walking->next;
+        if (++apart == limit) {
+            waiting = walking;
+            apart = 0;
+            limit *= 2;
+        }
+    }
+    if (!walking || !walking->next) {
+        return walking;
+    }
+    // The cycle has apart + 1 records: a pointer that far ahead is its last one when the other
+    // comes to where it is entered.
+    Record *entry = head;
+    Record *ahead = head;
+    for (; apart > 0; --apart) {
+        ahead = ahead->next;
+    }
+    while (ahead->next != entry) {
+        entry = entry->next;
+        ahead = ahead->next;
+    }
+    return ahead;
+}
+
+#endif

@@ -1,0 +1,367 @@
+#include "packettext_p.h"
+
+#include "domtree_p.h"
+#include "fieldbuilders_p.h"
+#include "text_p.h"
+#include "xmlpacketable.h"
+
+#include <iterator>
+#include <vector>
+
+namespace {
+
+constexpr QChar LINE_FEED(u'\n');
+constexpr QChar BLANK(u' ');
+constexpr QChar STRING_SEPARATOR(u'\r');
+constexpr QChar END_VALUE(u'0');  // what the lines that close a block carry
+
+// Hands out the lines of a text; empty ones do not count.
+class TextLines
+{
+public:
+    explicit TextLines(QStringView text)
+        : m_rest(text)
+    {
+    }
+
+    bool take(QStringView &line)
+    {
+        do {
+            if (m_rest.isEmpty()) {
+                return false;
+            }
+            const auto end = m_rest.indexOf(LINE_FEED);
+            line = end < 0 ? m_rest : m_rest.left(end);
+            m_rest = end < 0 ? QStringView() : m_rest.mid(end + 1);
+        } while (line.isEmpty());
+        return true;
+    }
+
+private:
+    QStringView m_rest;
+};
+
+// Hands out the lines of a list; index is that of the next one.
+class ListLines
+{
+public:
+    ListLines(const QStringList &lines, unsigned int index)
+        : m_lines(lines)
+        , m_index(index)
+    {
+    }
+
+    bool take(QStringView &line)
+    {
+        const unsigned int index = m_index++;
+        if (index >= unsigned(m_lines.size())) {
+            return false;
+        }
+        line = m_lines.at(TextSize(index));
+        return true;
+    }
+    unsigned int index() const { return m_index; }
+
+private:
+    const QStringList &m_lines;
+    unsigned int m_index;
+};
+
+// A part of a line, kept as positions: a line without a blank is cut where the one before it was.
+struct Part
+{
+    int start = 0;
+    int length = -1;  // negative until a line had a blank
+
+    QStringView of(QStringView line) const
+    {
+        const auto from = qMin<qsizetype>(start, line.size());
+        return line.mid(from, qMin<qsizetype>(length, line.size() - from));
+    }
+};
+
+// An open element whose content is being read.
+struct Level
+{
+    QDomElement element;  // null where the content is left out
+    std::shared_ptr<const FieldTable> fields;  // of an item; null where fields are skipped
+    Part tag;
+    Part value;
+};
+
+enum Bracket { NoBracket, OpenItem, OpenList, Close };
+
+Bracket bracketOf(QStringView tag)
+{
+    // A quick no for data tags: none ends in I or L.
+    if (tag.size() != 2 || (tag.at(1) != QLatin1Char('I') && tag.at(1) != QLatin1Char('L'))) {
+        return NoBracket;
+    }
+    return tag == XMLPacketable::START_ITEM                                ? OpenItem
+        : tag == XMLPacketable::START_LIST                                 ? OpenList
+        : tag == XMLPacketable::END_ITEM || tag == XMLPacketable::END_LIST ? Close
+                                                                           : NoBracket;
+}
+
+// Reads lines into the elements that they open. Items and lists may be nested without end: those
+// below MAX_NESTING are read like all others, but build nothing.
+template<typename Lines>
+class Reader
+{
+public:
+    Reader(Lines &lines, const QDomElement &root)
+        : m_lines(lines)
+        , m_document(root.ownerDocument())
+    {
+        m_levels.push_back({ root, fieldsOf(root), {}, {} });
+    }
+
+    // False for an item of a type that is not converted: it has no content to be read.
+    bool canRead() const
+    {
+        const Level &root = m_levels.front();
+        return root.fields || root.element.tagName() != XMLPacketable::ITEM;
+    }
+
+    // True when a terminator ended the root, false when the lines did.
+    bool read()
+    {
+        for (QStringView line; m_lines.take(line);) {
+            line = line.trimmed();
+            Level &level = m_levels.back();
+            const auto blank = line.indexOf(BLANK);
+            if (blank >= 0) {
+                level.tag = { 0, int(blank) };
+                level.value = { int(blank) + 1, int(line.size() - blank) - 1 };
+            } else if (level.tag.length < 0) {
+                continue;
+            }
+            if (!readLine(level, level.tag.of(line), level.value.of(line))) {
+                m_levels.pop_back();
+                if (m_levels.empty()) {
+                    return true;
+                }
+            }
+        }
+        return false;
+    }
+
+    // Levels left open below the root.
+    size_t openLevels() const { return m_levels.size() - 1; }
+
+private:
+    static std::shared_ptr<const FieldTable> fieldsOf(const QDomElement &e)
+    {
+        return e.tagName() == XMLPacketable::ITEM ? FieldTable::of(XMLPacketable::getType(e))
+                                                  : nullptr;
+    }
+
+    // False when the line closes the level.
+    bool readLine(Level &level, QStringView tag, QStringView value)
+    {
+        switch (bracketOf(tag)) {
+        case Close:
+            return false;
+        case OpenItem:
+            openItem(level, value);
+            break;
+        case OpenList:
+            open(level, XMLPacketable::LIST, XMLPacketable::SIZE, value, nullptr);
+            break;
+        case NoBracket:
+            readField(level, tag, value);
+            break;
+        }
+        return true;
+    }
+
+    void readField(Level &level, QStringView tag, QStringView value)
+    {
+        unsigned int number = 0;
+        if (!level.fields || level.element.isNull() || !readNumber(tag, 16, number)) {
+            return;
+        }
+        const FieldTable::Field *field = level.fields->find(number);
+        if (field && field->shape != NoShape) {
+            buildField(field->shape, m_document, level.element, field->name, value);
+        }
+    }
+
+    void openItem(Level &level, QStringView type)
+    {
+        unsigned int datatype = 0;
+        readNumber(type, 16, datatype);
+        std::shared_ptr<const FieldTable> fields = FieldTable::of(datatype);
+        const bool isRead = fields != nullptr;
+        open(level, XMLPacketable::ITEM, XMLPacketable::DATATYPE, type, std::move(fields));
+        if (!isRead) {
+            // Such an item has no content: the next line counts as its end, whatever it says.
+            m_levels.pop_back();
+            QStringView skipped;
+            m_lines.take(skipped);
+        }
+    }
+
+    void open(Level &level, const QString &name, const QString &attribute, QStringView value,
+        std::shared_ptr<const FieldTable> fields)
+    {
+        QDomElement e;
+        if (!level.element.isNull() && m_levels.size() <= size_t(MAX_NESTING)) {
+            e = makeElement(m_document, name, attribute, value);
+            level.element.appendChild(e);
+        }
+        m_levels.push_back({ e, std::move(fields), {}, {} });
+    }
+
+    Lines &m_lines;
+    QDomDocument m_document;
+    std::vector<Level> m_levels;  // from the root to what is open now
+};
+
+// @{
+// Writers, by shape.
+QStringView tagOf(const QString &elementName) { return QStringView(elementName).mid(1); }
+
+void writeTag(QString &out, const QDomElement &e)
+{
+    appendTo(out, tagOf(e.tagName()));
+    out += BLANK;
+}
+
+void writeArray(QString &out, const QDomElement &e, QChar separator)
+{
+    writeTag(out, e);
+    const TextSize countAt = out.size();
+    qint64 count = 0;
+    for (QDomNode node = e.firstChild(); !node.isNull(); node = node.nextSibling()) {
+        if (node.isElement() && node.nodeName() == XMLPacketable::VALUE) {
+            out += count++ == 0 ? BLANK : separator;
+            out += textBelow(node.toElement());
+        }
+    }
+    if (count == 0) {
+        out += BLANK;
+    }
+    out.insert(countAt, numberText(count, 16));
+    out += LINE_FEED;
+}
+
+void writeNothing(QString &, const QDomElement &) {}
+
+using Writer = void (*)(QString &out, const QDomElement &e);
+constexpr Writer WRITERS[] = {
+    writeNothing,
+    writeSimple,
+    writeKey,
+    writeNumberArray,
+    writeStringArray,
+    writeBinary,
+};
+static_assert(std::size(WRITERS) == Binary + 1, "one writer for each shape");
+// @}
+
+void writeContent(QString &out, const QDomElement &e, const FieldTable *fields, int level);
+
+// Writes an item or list with all below.
+void writeBlock(QString &out, const QDomElement &e, bool isItem, int level)
+{
+    if (level > MAX_NESTING) {
+        return;
+    }
+    out += isItem ? XMLPacketable::START_ITEM : XMLPacketable::START_LIST;
+    out += BLANK;
+    out += e.attribute(isItem ? XMLPacketable::DATATYPE : XMLPacketable::SIZE);
+    out += LINE_FEED;
+    if (e.hasChildNodes()) {
+        const auto fields = isItem ? FieldTable::of(XMLPacketable::getType(e)) : nullptr;
+        if (fields || !isItem) {
+            writeContent(out, e, fields.get(), level);
+        }
+    }
+    out += isItem ? XMLPacketable::END_ITEM : XMLPacketable::END_LIST;
+    out += BLANK;
+    out += END_VALUE;
+    out += LINE_FEED;
+}
+
+void writeContent(QString &out, const QDomElement &e, const FieldTable *fields, int level)
+{
+    for (QDomNode node = e.firstChild(); !node.isNull(); node = node.nextSibling()) {
+        if (!node.isElement()) {
+            continue;
+        }
+        const QString name = node.nodeName();
+        const bool isItem = name == XMLPacketable::ITEM;
+        unsigned int tag = 0;
+        if (isItem || name == XMLPacketable::LIST) {
+            writeBlock(out, node.toElement(), isItem, level + 1);
+        } else if (fields && readNumber(tagOf(name), 16, tag)) {
+            if (const FieldTable::Field *field = fields->find(tag)) {
+                WRITERS[field->shape](out, node.toElement());
+            }
+        }
+    }
+}
+
+}  // namespace
+
+void readPacketText(QDomElement &parent, QStringView text)
+{
+    TextLines lines(text);
+    Reader<TextLines> reader(lines, parent);
+    if (reader.canRead()) {
+        reader.read();
+    }
+}
+
+unsigned int readPacketLines(QDomElement &parent, const QStringList &lines, unsigned int index)
+{
+    ListLines source(lines, index);
+    Reader<ListLines> reader(source, parent);
+    if (!reader.canRead()) {
+        return index;
+    }
+    const bool terminated = reader.read();
+    return source.index() - 1 + (terminated ? 0 : unsigned(reader.openLevels()));
+}
+
+void writePacketText(QString &out, const QDomElement &e)
+{
+    const bool isItem = e.tagName() == XMLPacketable::ITEM;
+    const auto fields = isItem ? FieldTable::of(XMLPacketable::getType(e)) : nullptr;
+    if (fields || !isItem) {
+        writeContent(out, e, fields.get(), 0);
+    }
+}
+
+void writeSimple(QString &out, const QDomElement &e)
+{
+    const QString value = e.attribute(XMLPacketable::VALUE);
+    if (!value.isEmpty()) {
+        writeTag(out, e);
+        out += value;
+        out += LINE_FEED;
+    }
+}
+
+void writeKey(QString &out, const QDomElement &e)
+{
+    writeTag(out, e);
+    out += e.attribute(XMLPacketable::KEY);
+    out += BLANK;
+    out += e.attribute(XMLPacketable::HKEY);
+    out += LINE_FEED;
+}
+
+void writeNumberArray(QString &out, const QDomElement &e) { writeArray(out, e, BLANK); }
+
+void writeStringArray(QString &out, const QDomElement &e) { writeArray(out, e, STRING_SEPARATOR); }
+
+void writeBinary(QString &out, const QDomElement &e)
+{
+    writeTag(out, e);
+    out += e.attribute(XMLPacketable::SIZE);
+    out += BLANK;
+    out += textBelow(e);
+    out += LINE_FEED;
+}

@@ -1,0 +1,7 @@
+#include "xmlagentbroker.h"
+
+XMLAgentBroker::XMLAgentBroker() = default;
+
+XMLAgentBroker::~XMLAgentBroker() = default;
+
+void XMLAgentBroker::setRouter(XMLRouter *newRouter) { router = newRouter; }

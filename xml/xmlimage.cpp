@@ -1,0 +1,26 @@
+#include "xmlimage.h"
+
+namespace {
+
+const QString URL = QStringLiteral("url");
+const QString NAME = QStringLiteral("name");
+
+}  // namespace
+
+XMLImage::XMLImage()
+    : XMLObject(XMLOBJECT_IMAGE)
+{
+}
+
+XMLImage::XMLImage(const QString &name)
+    : XMLImage()
+{
+    setName(name);
+}
+
+XMLImage::~XMLImage() = default;
+
+void XMLImage::setURL(const QString &url) { setAttribute(element(), URL, url); }
+QString XMLImage::getURL() const { return getAttribute(element(), URL); }
+void XMLImage::setName(const QString &name) { setAttribute(element(), NAME, name); }
+QString XMLImage::getName() const { return getAttribute(element(), NAME); }

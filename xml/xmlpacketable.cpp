@@ -1,0 +1,407 @@
+#include "xmlpacketable.h"
+
+#include "domtree_p.h"
+#include "fieldbuilders_p.h"
+#include "packettext_p.h"
+#include "text_p.h"
+#include "xpkreference.h"
+
+#include "tqpacketable.h"
+
+#include <climits>
+#include <memory>
+
+const QString XMLPacketable::START_LIST = QStringLiteral("SL");
+const QString XMLPacketable::END_LIST = QStringLiteral("TL");
+const QString XMLPacketable::START_ITEM = QStringLiteral("SI");
+const QString XMLPacketable::END_ITEM = QStringLiteral("TI");
+const QString XMLPacketable::LIST = QStringLiteral("list");
+const QString XMLPacketable::SIZE = QStringLiteral("size");
+const QString XMLPacketable::ITEM = QStringLiteral("item");
+const QString XMLPacketable::DATATYPE = QStringLiteral("datatype");
+const QString XMLPacketable::VALUE = QStringLiteral("value");
+const QString XMLPacketable::NAME = QStringLiteral("name");
+const QString XMLPacketable::KEY = QStringLiteral("key");
+const QString XMLPacketable::HKEY = QStringLiteral("hkey");
+const QString XMLPacketable::IS_CURRENT = QStringLiteral("is_current");
+const QString XMLPacketable::IS_REPLACEMENT = QStringLiteral("is_replacement");
+
+namespace {
+
+// Room that is made for an item's text at once, in characters.
+constexpr int TEXT_ROOM = 4096;
+
+struct FreeBuffer
+{
+    void operator()(char *buffer) const { TQ_free(buffer); }
+};
+
+QDomElement appendElement(
+    QDomElement &parent, const QString &name, const QString &attribute, const QString &value)
+{
+    QDomElement e = XMLObject::createElement(parent, name);
+    XMLObject::setAttribute(e, attribute, value);
+    return e;
+}
+
+QDomElement appendField(Shape shape, QDomElement &parent, const QString &name, const QString &text)
+{
+    QDomDocument document = parent.ownerDocument();
+    return buildField(shape, document, parent, name, text);
+}
+
+// The first element below e, at any depth, that is accepted.
+template<typename Accept>
+QDomElement findBelow(const QDomElement &e, Accept accept)
+{
+    for (QDomNode node = e.firstChild(); !node.isNull(); node = nextBelow(node, e)) {
+        const QDomElement candidate = node.toElement();
+        if (!candidate.isNull() && accept(candidate)) {
+            return candidate;
+        }
+    }
+    return QDomElement();
+}
+
+}  // namespace
+
+XMLPacketable::XMLPacketable()
+    : XMLObject(XMLOBJECT_PACKETABLE)
+{
+}
+
+XMLPacketable::~XMLPacketable() { dropCache(); }
+
+void XMLPacketable::dropCache()
+{
+    delete m_packetable;
+    m_packetable = nullptr;
+}
+
+void XMLPacketable::setCurrent(bool current) { setAttribute(element(), IS_CURRENT, current); }
+bool XMLPacketable::isCurrent() const { return getAttributeBool(element(), IS_CURRENT); }
+
+void XMLPacketable::setReplacement(QDomElement &e, bool replacement)
+{
+    setAttribute(e, IS_REPLACEMENT, replacement);
+}
+
+void XMLPacketable::setReplacement(bool replacement) { setReplacement(element(), replacement); }
+
+bool XMLPacketable::isReplacement(const QDomElement &e)
+{
+    return getAttributeBool(e, IS_REPLACEMENT);
+}
+
+bool XMLPacketable::isReplacement() const { return isReplacement(element()); }
+void XMLPacketable::clearReplacement(QDomElement &e) { removeAttribute(e, IS_REPLACEMENT); }
+void XMLPacketable::clearReplacement() { clearReplacement(element()); }
+
+void XMLPacketable::setName(QDomElement &e, const QString &name) { setAttribute(e, NAME, name); }
+void XMLPacketable::setName(const QString &name) { setName(element(), name); }
+QString XMLPacketable::getName(const QDomElement &e) { return getAttribute(e, NAME); }
+QString XMLPacketable::getName() const { return getName(element()); }
+
+void XMLPacketable::setDBkey(QDomElement &e, const TQKEY_ELEMENT &key)
+{
+    setAttribute(e, KEY, key.key, 16);
+    setAttribute(e, HKEY, key.hkey, 16);
+}
+
+void XMLPacketable::setDBkey(const TQKEY_ELEMENT &key) { setDBkey(element(), key); }
+
+TQKEY_ELEMENT XMLPacketable::getDBkey(const QDomElement &e)
+{
+    TQKEY_ELEMENT key = TQKEY_CC::getNullKey();
+    key.key = getAttributeUInt(e, KEY, 16);
+    key.hkey = getAttributeUInt(e, HKEY, 16);
+    return key;
+}
+
+TQKEY_ELEMENT XMLPacketable::getDBkey() const { return getDBkey(element()); }
+
+void XMLPacketable::setType(QDomElement &e, PACKETDATATYPES type)
+{
+    setAttribute(e, DATATYPE, unsigned(type), 16);
+}
+
+void XMLPacketable::setType(PACKETDATATYPES type) { setType(element(), type); }
+
+PACKETDATATYPES XMLPacketable::getType(const QDomElement &e)
+{
+    return PACKETDATATYPES(getAttributeUInt(e, DATATYPE, 16));
+}
+
+PACKETDATATYPES XMLPacketable::getType() const { return getType(element()); }
+
+QString XMLPacketable::getXMLTagNameFromDATATAG(int tag)
+{
+    return QLatin1Char('_') + numberText(tag, 16);
+}
+
+QString XMLPacketable::getDATATAGFromXMLTagName(const QString &name) { return name.mid(1); }
+
+QDomNode XMLPacketable::getPacketableItemNode(const QDomElement &e)
+{
+    if (!isXMLPacketable(e)) {
+        return QDomNode();
+    }
+    const PACKETDATATYPES type = getType(e);
+    return findBelow(e, [type](const QDomElement &candidate) {
+        return candidate.tagName() == ITEM && getType(candidate) == type;
+    });
+}
+
+QDomNodeList XMLPacketable::getPacketableItemTagNodes(const QDomElement &e)
+{
+    return getPacketableItemNode(e).childNodes();
+}
+
+QDomNode XMLPacketable::getTagNode(const QDomElement &e, int tag)
+{
+    const QString name = getXMLTagNameFromDATATAG(tag);
+    return findBelow(
+        e, [&name](const QDomElement &candidate) { return candidate.tagName() == name; });
+}
+
+QString XMLPacketable::getTagAttribute(const QDomElement &e, int tag, const QString &attribute)
+{
+    return getAttribute(getTagNode(e, tag).toElement(), attribute);
+}
+
+QDomNode XMLPacketable::getFirstPacketableNodeOfType(const QDomElement &root, PACKETDATATYPES type)
+{
+    std::list<QDomNode> nodes;
+    getPacketableNodesOfType(root, type, nodes);
+    return nodes.empty() ? QDomNode() : nodes.front();
+}
+
+int XMLPacketable::getPacketableNodesOfType(
+    const QDomElement &root, PACKETDATATYPES type, std::list<QDomNode> &out)
+{
+    std::list<QDomNode> nodes;
+    getNodesOfType(root, XMLOBJECT_PACKETABLE, nodes);
+    nodes.remove_if([type](const QDomNode &node) {
+        return !node.isElement() || getType(node.toElement()) != type;
+    });
+    const int count = int(nodes.size());
+    out.splice(out.end(), nodes);
+    return count;
+}
+
+CONVERTSTRUCTELEMENTINFO *XMLPacketable::getConvStructFromDataTag(
+    CONVERTSTRUCTELEMENTINFO *table, unsigned int tag)
+{
+    for (; table && table->type != 0; ++table) {
+        if (table->tag == tag) {
+            return table;
+        }
+    }
+    return nullptr;
+}
+
+void XMLPacketable::getTagValuePair(QString &line, QStringRef &tag, QStringRef &value)
+{
+    const auto blank = line.indexOf(QLatin1Char(' '));
+    if (blank >= 0) {
+        tag = QStringRef(&line, 0, int(blank));
+        value = QStringRef(&line, int(blank) + 1, int(line.size() - blank) - 1);
+    }
+}
+
+QDomElement XMLPacketable::createListElement(QDomElement &parent, const QString &size)
+{
+    return appendElement(parent, LIST, SIZE, size);
+}
+
+void XMLPacketable::createListElementV(QDomElement &parent, const QString &size)
+{
+    const QDomElement created = createListElement(parent, size);
+}
+
+QDomElement XMLPacketable::createItemElement(QDomElement &parent, const QString &datatype)
+{
+    return appendElement(parent, ITEM, DATATYPE, datatype);
+}
+
+void XMLPacketable::createItemElementV(QDomElement &parent, const QString &datatype)
+{
+    const QDomElement created = createItemElement(parent, datatype);
+}
+
+QDomElement XMLPacketable::createSimpleElement(
+    QDomElement &parent, const QString &name, const QString &value)
+{
+    return appendField(Simple, parent, name, value);
+}
+
+void XMLPacketable::createSimpleElementV(
+    QDomElement &parent, const QString &name, const QString &value)
+{
+    const QDomElement created = createSimpleElement(parent, name, value);
+}
+
+void XMLPacketable::createBinaryDataElementV(
+    QDomElement &parent, const QString &name, const QString &text)
+{
+    appendField(Binary, parent, name, text);
+}
+
+QDomElement XMLPacketable::createStringArrayElement(
+    QDomElement &parent, const QString &name, const QString &text)
+{
+    return appendField(StringArray, parent, name, text);
+}
+
+void XMLPacketable::createStringArrayElementV(
+    QDomElement &parent, const QString &name, const QString &text)
+{
+    const QDomElement created = createStringArrayElement(parent, name, text);
+}
+
+QDomElement XMLPacketable::createNumberArrayElement(
+    QDomElement &parent, const QString &name, const QString &text)
+{
+    return appendField(NumberArray, parent, name, text);
+}
+
+void XMLPacketable::createNumberArrayElementV(
+    QDomElement &parent, const QString &name, const QString &text)
+{
+    const QDomElement created = createNumberArrayElement(parent, name, text);
+}
+
+QDomElement XMLPacketable::createTQKEYElement(
+    QDomElement &parent, const QString &name, const QString &text)
+{
+    return appendField(Key, parent, name, text);
+}
+
+void XMLPacketable::createTQKEYElementV(
+    QDomElement &parent, const QString &name, const QString &text)
+{
+    const QDomElement created = createTQKEYElement(parent, name, text);
+}
+
+QDomElement XMLPacketable::getEmptyNodeOfType(QDomElement &parent, PACKETDATATYPES type)
+{
+    const QString typeText = numberText(type, 16);
+    QDomElement e = appendElement(parent, rootNodeName(XMLOBJECT_PACKETABLE), DATATYPE, typeText);
+    createItemElementV(e, typeText);
+    return e;
+}
+
+void XMLPacketable::setData(const QDomNode &node)
+{
+    dropCache();
+    setElement(node.isElement() ? withinDepth(node).cloneNode(true).toElement() : QDomElement());
+}
+
+void XMLPacketable::setData(const TQPacketable &packetable)
+{
+    // The item may be the cached one itself, so that must not go before it has been read.
+    const std::unique_ptr<TQPacketable> previous(m_packetable);
+    m_packetable = nullptr;
+
+    setType(packetable.datatype);
+    setDBkey(packetable.dbkey);
+    if (packetable.name) {
+        setName(QString::fromUtf8(packetable.name));
+    } else if (packetable.datatype == PACKETDATATYPE_OUTPUT && packetable.subrecord) {
+        setName(QString::fromUtf8(packetable.subrecord->name));
+    }
+
+    unsigned int length = 0;
+    const std::unique_ptr<char, FreeBuffer> text(packetable.toPacket(length));
+    if (!text || length > unsigned(INT_MAX)) {
+        return;
+    }
+    readPacketText(element(), QString::fromUtf8(text.get(), TextSize(length)));
+    getDataConst();
+}
+
+unsigned int XMLPacketable::toDom(QDomElement &parent, QStringList &lines, unsigned int index)
+{
+    return readPacketLines(parent, lines, index);
+}
+
+QString XMLPacketable::toPacket(const QDomElement &e) const
+{
+    QString text;
+    if (e.hasChildNodes()) {
+        text.reserve(TEXT_ROOM);
+        writePacketText(text, e);
+    }
+    return text;
+}
+
+void XMLPacketable::appendSimpleValuePacket(QString &out, const QDomElement &e) const
+{
+    writeSimple(out, e);
+}
+
+QString XMLPacketable::toSimpleValuePacket(const QDomElement &e) const
+{
+    QString line;
+    writeSimple(line, e);
+    return line;
+}
+
+QString XMLPacketable::toTQKEYValuePacket(const QDomElement &e) const
+{
+    QString line;
+    writeKey(line, e);
+    return line;
+}
+
+QString XMLPacketable::toNumberArrayValuePacket(const QDomElement &e) const
+{
+    QString line;
+    writeNumberArray(line, e);
+    return line;
+}
+
+QString XMLPacketable::toStringArrayValuePacket(const QDomElement &e) const
+{
+    QString line;
+    writeStringArray(line, e);
+    return line;
+}
+
+void XMLPacketable::appendBinaryDataPacket(QString &out, const QDomElement &e) const
+{
+    writeBinary(out, e);
+}
+
+TQPacketable *XMLPacketable::getDataConst()
+{
+    if (m_packetable) {
+        return m_packetable;
+    }
+    QByteArray text = toPacket(element()).toUtf8();
+    std::unique_ptr<TQPacketable> item(PacketableUtil::getPacketable(getType()));
+    if (!item || text.size() > INT_MAX ||
+        !item->fromPacket(text.data(), unsigned(text.size()), false, true)) {
+        return nullptr;
+    }
+    item->setName(getName().toUtf8().constData());
+    if (TQKEY_CC::isValid(getDBkey())) {
+        item->dbkey = getDBkey();
+    }
+    m_packetable = item.release();
+    return m_packetable;
+}
+
+TQPacketable *XMLPacketable::getData()
+{
+    if (!getDataConst()) {
+        return nullptr;
+    }
+    TQPacketable *copy = PacketableUtil::getPacketable(getType());
+    if (copy) {
+        *copy = *m_packetable;
+    }
+    return copy;
+}
+
+void XMLPacketable::nullifyReference(XPKReference *) {}

@@ -1,0 +1,211 @@
+#include "xmlpacketable.h"
+
+#include "fieldtable_p.h"
+#include "linkedlist_p.h"
+#include "text_p.h"
+#include "xpkreference.h"
+
+#include "archivenode.h"
+#include "tqcommserver.h"
+#include "tqitems.h"
+
+#include <QHash>
+
+#include <algorithm>
+#include <memory>
+#include <vector>
+
+namespace {
+
+// Element type codes of fields that refer to another item.
+constexpr unsigned int REFERENCE_BY_NAME = 9;
+constexpr unsigned int REFERENCE_BY_KEY = 14;
+
+// What one conversion inlines at most.
+constexpr size_t MAX_LEVELS = 64;
+constexpr int MAX_ITEMS = 100000;
+
+quint64 keyNumber(unsigned int key, unsigned int hkey) { return quint64(hkey) << 32 | key; }
+
+// The fields of an item, findable by what they refer to.
+class ReferringFields
+{
+public:
+    // Takes the fields of those "item" children of e that have the data type.
+    ReferringFields(const QDomElement &e, PACKETDATATYPES type)
+    {
+        for (QDomElement item = e.firstChildElement(XMLPacketable::ITEM); !item.isNull();
+             item = item.nextSiblingElement(XMLPacketable::ITEM)) {
+            if (XMLPacketable::getType(item) != type) {
+                continue;
+            }
+            for (QDomElement field = item.firstChildElement(); !field.isNull();
+                 field = field.nextSiblingElement()) {
+                add(field);
+            }
+        }
+    }
+
+    // In document order.
+    QList<QDomElement> byKey(const TQKEY_ELEMENT &key) const
+    {
+        return m_byKey.value(keyNumber(key.key, key.hkey));
+    }
+    QList<QDomElement> byName(const QString &name) const { return m_byName.value(name); }
+
+private:
+    void add(const QDomElement &field)
+    {
+        if (field.hasAttribute(XMLPacketable::KEY) && field.hasAttribute(XMLPacketable::HKEY)) {
+            const TQKEY_ELEMENT key = XMLPacketable::getDBkey(field);
+            m_byKey[keyNumber(key.key, key.hkey)].append(field);
+        }
+        const QString name = XMLObject::getAttribute(field, XMLPacketable::VALUE);
+        if (!name.isEmpty()) {
+            m_byName[name].append(field);
+        }
+    }
+
+    QHash<quint64, QList<QDomElement>> m_byKey;
+    QHash<QString, QList<QDomElement>> m_byName;
+};
+
+// ICC profiles keep their data on the server until they are loaded.
+void loadProfile(TQCommServer &server, TQPacketable *item)
+{
+    if (auto *profile = dynamic_cast<ICCPROFILEDATA_CC *>(item)) {
+        const char *connected = server.getConnectedHostname();
+        std::string host(connected ? connected : "");
+        profile->load(host, static_cast<unsigned short>(server.getConnectedPortnum()));
+    }
+}
+
+}  // namespace
+
+// One conversion of an archive node with all that it refers to.
+class XMLPacketable::Inlining
+{
+public:
+    explicit Inlining(TQCommServer &server)
+        : m_server(server)
+    {
+    }
+
+    void load(XMLPacketable &item, const ArchiveNode *node);
+    void insert(XMLPacketable &item, const ReferringFields &fields, const ArchiveNode *child);
+
+private:
+    TQCommServer &m_server;
+    std::vector<const ArchiveNode *> m_path;  // what is being inlined, outermost first
+    int m_items = 0;  // inlined so far
+};
+
+void XMLPacketable::Inlining::load(XMLPacketable &item, const ArchiveNode *node)
+{
+    item.dropCache();
+    TQPacketable *source = node->packetable;
+    if (!source) {
+        return;
+    }
+    if (source->datatype == PACKETDATATYPE_ICCPROFILE) {
+        loadProfile(m_server, source);
+    }
+    item.setData(*source);
+    if (!item.m_packetable) {
+        return;
+    }
+    TQDB_REFERENCE *head = nullptr;
+    item.m_packetable->getReferences(0, &head, 0);
+    if (!head) {
+        return;
+    }
+    const ReferringFields fields(item.element(), item.getType());
+    const TQDB_REFERENCE *last = lastOf(head);
+    for (const TQDB_REFERENCE *reference = head; reference;
+         reference = reference == last ? nullptr : reference->next) {
+        insert(item, fields, node->findNode(reference));
+    }
+}
+
+void XMLPacketable::Inlining::insert(
+    XMLPacketable &item, const ReferringFields &fields, const ArchiveNode *child)
+{
+    if (!item.m_packetable || !child || !child->packetable) {
+        return;
+    }
+    if (m_path.size() >= MAX_LEVELS ||
+        std::find(m_path.begin(), m_path.end(), child) != m_path.end()) {
+        return;
+    }
+    const TQKEY_ELEMENT key = child->packetable->dbkey;
+    const QString name = QString::fromLatin1(child->packetable->name);
+    if ((key.key == 0 || key.hkey == 0) && name.isEmpty()) {
+        return;
+    }
+    const bool isByName = !TQKEY_CC::isValid(key) && !name.isEmpty();
+    const QList<QDomElement> referring = isByName ? fields.byName(name) : fields.byKey(key);
+    m_path.push_back(child);
+    for (QDomElement field : referring) {
+        if (m_items == MAX_ITEMS) {
+            break;
+        }
+        ++m_items;
+        XMLPacketable inlined;
+        load(inlined, child);
+        field.appendChild(inlined.element());  // the item dies here, its element lives on
+    }
+    m_path.pop_back();
+}
+
+XMLPacketable *XMLPacketable::fromArchiveNode(TQCommServer &server, ArchiveNode *node)
+{
+    if (!node) {
+        return nullptr;
+    }
+    auto item = std::make_unique<XMLPacketable>();
+    item->setData(server, node);
+    return item.release();
+}
+
+void XMLPacketable::setData(TQCommServer &server, const ArchiveNode *node)
+{
+    if (node) {
+        Inlining(server).load(*this, node);
+    }
+}
+
+void XMLPacketable::insertInlineData(TQCommServer &server, const ArchiveNode *child)
+{
+    Inlining(server).insert(*this, ReferringFields(element(), getType()), child);
+}
+
+bool XMLPacketable::getXPKReferences(QList<XPKReference *> &references) const
+{
+    const QDomElement item = getPacketableItemNode(element()).toElement();
+    const auto fields = item.hasChildNodes() ? FieldTable::of(getType(item)) : nullptr;
+    if (!fields) {
+        return false;
+    }
+    const auto before = references.size();
+    for (QDomElement e = item.firstChildElement(); !e.isNull(); e = e.nextSiblingElement()) {
+        const QString name = e.tagName();
+        unsigned int tag = 0;
+        if (name == LIST || name == ITEM || !readNumber(QStringView(name).mid(1), 16, tag)) {
+            continue;
+        }
+        const FieldTable::Field *field = fields->find(tag);
+        const QDomElement inlined = e.firstChildElement();
+        if (!field || inlined.isNull() ||
+            (field->type != REFERENCE_BY_NAME && field->type != REFERENCE_BY_KEY)) {
+            continue;
+        }
+        auto copy = std::make_unique<XMLPacketable>();
+        copy->setData(inlined);
+        if (field->type == REFERENCE_BY_NAME) {
+            references.append(new XPKReference(copy.release(), getAttribute(e, VALUE)));
+        } else {
+            references.append(new XPKReference(copy.release(), getDBkey(e)));
+        }
+    }
+    return references.size() > before;
+}

@@ -1,0 +1,195 @@
+#include "xmlrouter.h"
+
+#include "xmlagent.h"
+#include "xmlagentbroker.h"
+#include "xmlcommserver.h"
+#include "xmlpacket.h"
+
+#include <QAbstractEventDispatcher>
+#include <QTimer>
+
+#include <limits>
+
+namespace {
+
+constexpr int COMM_SERVER_ID = -1;
+constexpr int UNKNOWN_AGENT_TYPE = 5;
+constexpr int NO_AGENT = 0;
+
+// Types that a broker may be asked for while it is supplying others.
+constexpr int MAX_SUPPLYING = 64;
+
+}  // namespace
+
+XMLRouter::XMLRouter(TQCommServer *server, QObject *parent, const char *name)
+    : QObject(parent)
+    , m_sendTimer(new QTimer(this))
+    , m_commServerAgent(new XMLCommServer(server))
+{
+    setObjectName(QString::fromLatin1(name));
+    m_commServerAgent->setAgentID(COMM_SERVER_ID);
+    m_commServerAgent->setRouter(this);
+    m_agents[COMM_SERVER_ID] = m_commServerAgent;
+    m_sendTimer->setSingleShot(true);
+    connect(m_sendTimer, SIGNAL(timeout()), this, SLOT(send()));
+}
+
+XMLRouter::~XMLRouter()
+{
+    remove(m_commServerAgent);
+    delete m_commServerAgent;
+    delete m_agentBroker;
+}
+
+void XMLRouter::add(XMLAgent *agent)
+{
+    const int id = agent ? getNextAgentID() : NO_AGENT;
+    if (id != NO_AGENT) {
+        agent->setAgentID(id);
+        agent->setRouter(this);
+        m_agents[id] = agent;
+    }
+}
+
+void XMLRouter::remove(XMLAgent *agent)
+{
+    if (agent) {
+        const int id = agent->getAgentID();
+        m_agents.erase(id);
+        notifyAgentRemovals(id);
+    }
+}
+
+bool XMLRouter::contains(int agentID) const { return m_agents.count(agentID) > 0; }
+
+int XMLRouter::getAgentType(int agentID) const
+{
+    // An agent that was added twice has one id of its own, and an entry that is not under it.
+    for (const auto &[id, agent] : m_agents) {
+        if (agent->getAgentID() == agentID) {
+            return agent->getAgentType();
+        }
+    }
+    return UNKNOWN_AGENT_TYPE;
+}
+
+int XMLRouter::getXMLCommServerID() const { return COMM_SERVER_ID; }
+
+int XMLRouter::getNextAgentID()
+{
+    return m_nextAgentID == std::numeric_limits<int>::max() ? NO_AGENT : ++m_nextAgentID;
+}
+
+std::list<int> XMLRouter::findAgentsOfType(int agentType) const
+{
+    std::list<int> ids;
+    for (const auto &[id, agent] : m_agents) {
+        if (agent->getAgentType() == agentType) {
+            ids.push_back(agent->getAgentID());
+        }
+    }
+    return ids;
+}
+
+int XMLRouter::findAgentOfType(int agentType) const
+{
+    const std::list<int> ids = findAgentsOfType(agentType);
+    return ids.empty() ? NO_AGENT : ids.front();
+}
+
+int XMLRouter::supplyAgentOfType(int agentType)
+{
+    const std::list<int> ids = findAgentsOfType(agentType);
+    if (!ids.empty()) {
+        return ids.front();
+    }
+    if (!m_agentBroker || m_supplying.contains(agentType) || m_supplying.size() >= MAX_SUPPLYING) {
+        return NO_AGENT;
+    }
+    const QPointer<XMLRouter> self(this);
+    m_supplying.append(agentType);
+    const int id = m_agentBroker->supplyAgent(agentType);  // may replace the broker, or delete us
+    if (self) {
+        m_supplying.removeOne(agentType);
+    }
+    return id;
+}
+
+void XMLRouter::setAgentBroker(XMLAgentBroker *broker)
+{
+    XMLAgentBroker *const previous = m_agentBroker;
+    m_agentBroker = broker == previous ? nullptr : broker;
+    delete previous;
+    if (m_agentBroker) {
+        m_agentBroker->setRouter(this);
+    }
+}
+
+void XMLRouter::notifyAgentRemovals(int agentID)
+{
+    // The agents may change the registry, so each step looks up its place anew; those that are
+    // added meanwhile have not missed anybody.
+    const QPointer<XMLRouter> self(this);
+    const int last = m_agents.empty() ? NO_AGENT : m_agents.rbegin()->first;
+    auto entry = m_agents.begin();
+    while (entry != m_agents.end() && entry->first <= last) {
+        const int id = entry->first;
+        XMLAgent *const agent = entry->second;
+        if (agent->wantAgentRemovalNotifications() && agent->getAgentID() != agentID) {
+            agent->agentRemoved(agentID);
+            if (!self) {
+                return;
+            }
+        }
+        entry = m_agents.upper_bound(id);
+    }
+}
+
+void XMLRouter::send(XMLPacket *packet)
+{
+    if (!packet || packet->m_takenBy) {
+        return;
+    }
+    packet->m_takenBy = this;
+    const bool isDuplicate = !m_packetQueue.isEmpty() && *m_packetQueue.last() == *packet;
+    if (isDuplicate || !contains(packet->getSourceAgentID())) {
+        packet->deleteLater();
+        return;
+    }
+    m_packetQueue.append(packet);
+    schedule();
+}
+
+void XMLRouter::schedule()
+{
+    QAbstractEventDispatcher *const dispatcher = QAbstractEventDispatcher::instance(thread());
+    if (!dispatcher) {
+        // No timer can run yet, but what is posted now arrives once there is an event loop.
+        if (m_packetQueue.size() == 1) {
+            QMetaObject::invokeMethod(this, "send", Qt::QueuedConnection);
+        }
+    } else if (!m_sendTimer->isActive() || m_dispatcher != dispatcher) {
+        m_dispatcher = dispatcher;
+        m_sendTimer->start(0);
+    }
+}
+
+void XMLRouter::send()
+{
+    const QPointer<XMLRouter> self(this);
+    while (self && !m_packetQueue.isEmpty()) {
+        XMLPacket *const packet = m_packetQueue.takeFirst();
+        packet->m_takenBy = nullptr;
+        if (!m_packetQueue.isEmpty()) {
+            schedule();  // for an event loop that the receiver may run
+        }
+        const int destination = packet->getDestinationAgentID();
+        const auto entry = m_agents.find(destination);
+        if (entry != m_agents.end()) {
+            entry->second->receive(packet);
+        } else {
+            delete packet;
+            notifyAgentRemovals(destination);
+        }
+    }
+}
