@@ -1,0 +1,96 @@
+#include "archivenode.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace {
+
+std::uint64_t wordOf(const TQKEY_ELEMENT &key) { return (std::uint64_t(key.hkey) << 32) | key.key; }
+
+bool isOfType(const TQDB_REFERENCE &reference, const TQPacketable &item)
+{
+    return reference.datatype == PACKETDATATYPE_NONE || reference.datatype == item.datatype;
+}
+
+}  // namespace
+
+struct ArchiveNode::Children
+{
+    using Found = std::vector<ArchiveNode *>;
+
+    // Of the nodes with that key or name, the first that holds an item of the referred type.
+    template<typename Index, typename Value>
+    static ArchiveNode *first(
+        const Index &index, const Value &value, const TQDB_REFERENCE &reference)
+    {
+        const auto found = index.find(value);
+        if (found == index.end()) {
+            return nullptr;
+        }
+        const auto node = std::find_if(found->second.begin(), found->second.end(),
+            [&](const ArchiveNode *each) { return isOfType(reference, *each->packetable); });
+        return node == found->second.end() ? nullptr : *node;
+    }
+
+    void index()
+    {
+        for (; indexed < nodes.size(); ++indexed) {
+            if (const TQPacketable *item = nodes[indexed]->packetable) {
+                byKey[wordOf(item->dbkey)].push_back(nodes[indexed]);
+                byName[item->name ? item->name : ""].push_back(nodes[indexed]);
+            }
+        }
+    }
+
+    std::vector<ArchiveNode *> nodes;  // owned
+    size_t indexed = 0;  // how many of them the maps know
+    std::unordered_map<std::uint64_t, Found> byKey;
+    std::unordered_map<std::string, Found> byName;
+};
+
+ArchiveNode::ArchiveNode(TQPacketable *item)
+    : packetable(item)
+    , m_children(new Children)
+{
+}
+
+ArchiveNode::~ArchiveNode()
+{
+    // Trees may be deep: take the nodes off one by one rather than by recursion.
+    std::vector<ArchiveNode *> doomed;
+    doomed.swap(m_children->nodes);
+    while (!doomed.empty()) {
+        ArchiveNode *node = doomed.back();
+        doomed.pop_back();
+        doomed.insert(doomed.end(), node->m_children->nodes.begin(), node->m_children->nodes.end());
+        node->m_children->nodes.clear();
+        delete node;
+    }
+    delete m_children;
+    delete packetable;
+}
+
+void ArchiveNode::add(ArchiveNode *child)
+{
+    if (child && child != this) {
+        m_children->nodes.push_back(child);
+    }
+}
+
+ArchiveNode *ArchiveNode::findNode(const TQDB_REFERENCE *reference) const
+{
+    if (!reference) {
+        return nullptr;
+    }
+    m_children->index();
+    if (TQKEY_CC::isValid(reference->key)) {
+        return Children::first(m_children->byKey, wordOf(reference->key), *reference);
+    }
+    if (!reference->name || !*reference->name) {
+        return nullptr;
+    }
+    return Children::first(m_children->byName, std::string(reference->name), *reference);
+}

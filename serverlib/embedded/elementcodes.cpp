@@ -1,0 +1,187 @@
+#include "elementcodes_p.h"
+
+#include "tqregistry.h"
+
+#include <charconv>
+#include <cmath>
+#include <cstdint>
+#include <iterator>
+
+namespace {
+
+// The meaning of every element type code.
+constexpr Family FAMILIES[] = {
+    Family::None,  // 0: ends a table
+    Family::Text,  // 1: text
+    Family::Text,  // 2: identifier
+    Family::Text,  // 3: word of a fixed vocabulary
+    Family::Text,  // 4: date, ISO 8601
+    Family::Integer,  // 5: integer, usually of 8 bytes
+    Family::Integer,  // 6: integer, usually of 2 bytes
+    Family::Integer,  // 7: integer, usually of 1 byte
+    Family::Real,  // 8: number
+    Family::Text,  // 9: name of another item
+    Family::None,  // 10
+    Family::Real,  // 11: length in points
+    Family::Text,  // 12: language tag or version
+    Family::Integer,  // 13: integer of the field's width
+    Family::Key,  // 14: key of another item
+    Family::RealArray,  // 15: numbers
+    Family::IntegerArray,  // 16: integers of the field's width
+    Family::IntegerArray,  // 17: integers, usually of 8 bytes
+    Family::IntegerArray,  // 18: integers, usually of 2 bytes
+    Family::IntegerArray,  // 19: integers, usually of 1 byte
+    Family::Integer,  // 20: enumeration
+    Family::Integer,  // 21: set of bits
+    Family::StringArray,  // 22: texts
+    Family::Binary,  // 23: bytes
+    Family::Text,  // 24: date and time, ISO 8601, UTC
+    Family::Text,  // 25: remark
+    Family::None,  // 26
+    Family::RealArray,  // 27: lengths in points
+    Family::Text,  // 28: path or file name
+    Family::Integer,  // 29: integer, usually of 4 bytes
+    Family::IntegerArray,  // 30: sets of bits
+    Family::IntegerArray,  // 31: integers, usually of 4 bytes
+};
+
+template<typename T>
+std::optional<T> readWhole(std::string_view text, int base)
+{
+    T value = 0;
+    const char *end = text.data() + text.size();
+    const auto result = std::from_chars(text.data(), end, value, base);
+    if (result.ec != std::errc() || result.ptr != end) {
+        return {};
+    }
+    return value;
+}
+
+bool isText(std::string_view text, unsigned) { return !text.empty(); }
+
+// From the smallest signed to the largest unsigned number of that many bytes.
+bool isInteger(std::string_view text, unsigned width)
+{
+    const bool negative = !text.empty() && text.front() == '-';
+    const auto value = readWhole<std::uint64_t>(text.substr(negative ? 1 : 0), 10);
+    const unsigned bits = width >= 1 && width <= 8 ? 8 * width : 64;
+    const std::uint64_t half = std::uint64_t(1) << (bits - 1);
+    return value && *value <= (negative ? half : half - 1 + half);
+}
+
+bool isReal(std::string_view text, unsigned)
+{
+    double value = 0;
+    const char *end = text.data() + text.size();
+    const auto result = std::from_chars(text.data(), end, value);
+    return result.ec == std::errc() && result.ptr == end && std::isfinite(value);
+}
+
+bool isKey(std::string_view text, unsigned)
+{
+    const auto words = splitAtBlank(text);
+    return words && readHex(words->first) && readHex(words->second);
+}
+
+// The count as it is written: lower-case, without leading zeros.
+std::optional<unsigned> readCount(std::string_view text)
+{
+    const bool plain = text == "0" ||
+        (!text.empty() && text.front() != '0' &&
+            text.find_first_of("ABCDEF") == std::string_view::npos);
+    return plain ? readHex(text) : std::nullopt;
+}
+
+// Count, blank and that many entries between separators.
+template<typename IsEntry>
+bool isArray(std::string_view text, char separator, IsEntry isEntry)
+{
+    const auto parts = splitAtBlank(text);
+    const auto count = parts ? readCount(parts->first) : std::nullopt;
+    if (!count || *count == 0) {
+        return count && parts->second.empty();
+    }
+    std::string_view rest = parts->second;
+    unsigned entries = 1;
+    for (size_t end = rest.find(separator); end != std::string_view::npos;
+         end = rest.find(separator)) {
+        if (!isEntry(rest.substr(0, end))) {
+            return false;
+        }
+        rest.remove_prefix(end + 1);
+        ++entries;
+    }
+    return isEntry(rest) && entries == *count;
+}
+
+bool isIntegerArray(std::string_view text, unsigned width)
+{
+    return isArray(text, ' ', [width](std::string_view entry) { return isInteger(entry, width); });
+}
+
+bool isRealArray(std::string_view text, unsigned width)
+{
+    return isArray(text, ' ', [width](std::string_view entry) { return isReal(entry, width); });
+}
+
+bool isStringArray(std::string_view text, unsigned)
+{
+    return isArray(text, '\r', [](std::string_view) { return true; });
+}
+
+bool isBinary(std::string_view text, unsigned)
+{
+    constexpr std::string_view ALPHABET =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    const auto parts = splitAtBlank(text);
+    const auto size = parts ? readHex(parts->first) : std::nullopt;
+    if (!size || parts->second.size() != (std::uint64_t(*size) + 2) / 3 * 4) {
+        return false;
+    }
+    const size_t padding = (3 - *size % 3) % 3;
+    const std::string_view data = parts->second;
+    const size_t used = data.size() - padding;
+    constexpr auto isDigit = [](char c) {
+        return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') ||
+            c == '+' || c == '/';
+    };
+    for (size_t i = 0; i < used; ++i) {
+        if (!isDigit(data[i])) {
+            return false;
+        }
+    }
+    // Bits of the last digit beyond the size are zero.
+    const unsigned spare = padding == 2 ? 0xf : padding == 1 ? 0x3 : 0;
+    return data.substr(used) == std::string_view("==").substr(0, padding) &&
+        (used == 0 || (ALPHABET.find(data[used - 1]) & spare) == 0);
+}
+
+bool isNothing(std::string_view, unsigned) { return false; }
+
+using Check = bool (*)(std::string_view text, unsigned width);
+constexpr Check CHECKS[] = { isNothing, isText, isInteger, isReal, isKey, isIntegerArray,
+    isRealArray, isStringArray, isBinary };
+static_assert(std::size(CHECKS) == size_t(Family::Count), "one check per family");
+
+}  // namespace
+
+Family familyOf(unsigned code)
+{
+    return code < std::size(FAMILIES) ? FAMILIES[code] : Family::None;
+}
+
+std::optional<unsigned> readHex(std::string_view text) { return readWhole<unsigned>(text, 16); }
+
+std::optional<Halves> splitAtBlank(std::string_view text)
+{
+    const size_t blank = text.find(' ');
+    if (blank == std::string_view::npos) {
+        return {};
+    }
+    return Halves { text.substr(0, blank), text.substr(blank + 1) };
+}
+
+bool isValue(const TQSTORAGEFIELD &field, std::string_view text)
+{
+    return CHECKS[size_t(familyOf(field.type))](text, field.width);
+}

@@ -1,0 +1,240 @@
+#include "tqitems.h"
+
+#include "database_p.h"
+#include "elementcodes_p.h"
+#include "packettext_p.h"
+#include "records_p.h"
+#include "storageclass_p.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <deque>
+#include <limits>
+#include <memory>
+#include <vector>
+
+namespace {
+
+char *copyText(const char *text)
+{
+    const size_t size = std::strlen(text) + 1;
+    char *copy = new char[size];
+    std::memcpy(copy, text, size);
+    return copy;
+}
+
+// Replaces an owned text by a copy of another; null for none. They may be the same.
+void assignText(char *&text, const char *value)
+{
+    char *copy = value ? copyText(value) : nullptr;
+    delete[] text;
+    text = copy;
+}
+
+void assignSubrecord(TQSUBRECORD *&subrecord, const char *name)
+{
+    TQSUBRECORD *copy = name ? new TQSUBRECORD { copyText(name) } : nullptr;
+    if (subrecord) {
+        delete[] subrecord->name;
+        delete subrecord;
+    }
+    subrecord = copy;
+}
+
+// An entry of the outputs list has the fields of its output; every other item loads records of
+// its own type only.
+bool isOfType(const Record *record, PACKETDATATYPES type)
+{
+    return record->type == type ||
+        (type == PACKETDATATYPE_OUTPUTLIST && record->type == PACKETDATATYPE_OUTPUT);
+}
+
+std::optional<TQDB_REFERENCE> keyReference(const TQSTORAGEFIELD &field, std::string_view value)
+{
+    const auto words = splitAtBlank(value);
+    const TQKEY_ELEMENT key { readHex(words->first).value_or(0),
+        readHex(words->second).value_or(0) };
+    if (!TQKEY_CC::isValid(key)) {
+        return {};
+    }
+    return TQDB_REFERENCE { nullptr, field.refers, key, nullptr };
+}
+
+}  // namespace
+
+// An item keeps its fields as the packet text that it was filled with, which was checked then.
+struct TQPacketable::Fields
+{
+    std::string text;  // empty: no field has a value
+    Record *record = nullptr;  // what the fields were loaded from; owned
+    std::vector<TQDB_REFERENCE> chain;
+    std::deque<std::string> names;  // what the chain points at
+};
+
+TQPacketable::TQPacketable(PACKETDATATYPES type)
+    : subrecord(nullptr)
+    , datatype(type)
+    , dbkey(TQKEY_CC::getNullKey())
+    , name(nullptr)
+    , m_fields(new Fields)
+{
+}
+
+TQPacketable::TQPacketable(const TQPacketable &other)
+    : TQPacketable()
+{
+    operator=(other);
+}
+
+TQPacketable::~TQPacketable()
+{
+    assignSubrecord(subrecord, nullptr);
+    assignText(name, nullptr);
+    Record::destroy(m_fields->record);
+    delete m_fields;
+}
+
+char *TQPacketable::toPacket(unsigned int &length) const
+{
+    length = 0;
+    const std::string empty =
+        m_fields->text.empty() ? PacketText::makeItem(datatype, {}) : std::string();
+    const std::string &text = empty.empty() ? m_fields->text : empty;
+    if (text.size() > std::numeric_limits<unsigned>::max()) {
+        return nullptr;
+    }
+    const auto buffer = static_cast<char *>(std::malloc(text.size()));
+    if (buffer) {
+        std::memcpy(buffer, text.data(), text.size());
+        length = static_cast<unsigned>(text.size());
+    }
+    return buffer;
+}
+
+bool TQPacketable::fromPacket(char *data, unsigned int length, bool, bool)
+{
+    const std::string_view text(data ? data : "", data ? length : 0);
+    if (!PacketText::isItem(text, datatype)) {
+        return false;
+    }
+    m_fields->text.assign(text);
+    return true;
+}
+
+void TQPacketable::loadRecord(unsigned char *record)
+{
+    setData(record);
+    // Readers take an output's name from the sub-record.
+    const Record *loaded = subrecord ? nullptr : m_fields->record;
+    setName(loaded ? loaded->name.c_str() : nullptr);
+}
+
+void TQPacketable::setData(unsigned char *record)
+{
+    Record *loaded = Record::of(record);
+    if (loaded != m_fields->record) {
+        Record::destroy(m_fields->record);
+        m_fields->record = loaded;
+    }
+    const bool fits = loaded && isOfType(loaded, datatype);
+    m_fields->text = fits ? PacketText::makeItem(datatype, loaded->fields) : std::string();
+    dbkey = fits ? loaded->key : TQKEY_CC::getNullKey();
+    assignSubrecord(
+        subrecord, fits && datatype == PACKETDATATYPE_OUTPUT ? loaded->name.c_str() : nullptr);
+}
+
+void TQPacketable::getReferences(int, TQDB_REFERENCE **head, int)
+{
+    Fields &fields = *m_fields;
+    fields.chain.clear();
+    fields.names.clear();
+    const StorageClass *known = storageClass(datatype);
+    PacketText::forEachField(fields.text, [&](unsigned tag, std::string_view value) {
+        const TQSTORAGEFIELD *field = known ? known->find(tag) : nullptr;
+        if (field && field->type == 14) {
+            if (const auto reference = keyReference(*field, value)) {
+                fields.chain.push_back(*reference);
+            }
+        } else if (field && field->type == 9) {
+            fields.chain.push_back({ nullptr, field->refers, TQKEY_CC::getNullKey(),
+                fields.names.emplace_back(value).c_str() });
+        }
+    });
+    for (size_t i = 1; i < fields.chain.size(); ++i) {
+        fields.chain[i - 1].next = &fields.chain[i];
+    }
+    if (head) {
+        *head = fields.chain.empty() ? nullptr : fields.chain.data();
+    }
+}
+
+TQPacketable &TQPacketable::operator=(const TQPacketable &other)
+{
+    if (this != &other) {
+        assignSubrecord(subrecord, other.subrecord ? other.subrecord->name : nullptr);
+        datatype = other.datatype;
+        dbkey = other.dbkey;
+        assignText(name, other.name);
+        m_fields->text = other.m_fields->text;
+    }
+    return *this;
+}
+
+void TQPacketable::setName(const char *value) { assignText(name, value); }
+
+BOOK_CC::BOOK_CC()
+    : TQPacketable(PACKETDATATYPE_BOOK)
+{
+}
+
+BOOK_CC::~BOOK_CC() = default;
+
+TQJOB_CC::TQJOB_CC()
+    : TQPacketable(PACKETDATATYPE_JOB)
+{
+}
+
+TQJOB_CC::~TQJOB_CC() = default;
+
+ICCPROFILEDATA_CC::ICCPROFILEDATA_CC()
+    : TQPacketable(PACKETDATATYPE_ICCPROFILE)
+{
+}
+
+ICCPROFILEDATA_CC::~ICCPROFILEDATA_CC() = default;
+
+void ICCPROFILEDATA_CC::load(std::string &host, unsigned short port)
+{
+    struct Free
+    {
+        void operator()(char *buffer) const { TQ_free(buffer); }
+    };
+    const auto bytes = Database::profileBytes(host, port, dbkey);
+    unsigned length = 0;
+    const std::unique_ptr<char, Free> old(bytes ? toPacket(length) : nullptr);
+    if (old) {
+        std::string text = PacketText::withField({ old.get(), length }, bytes->tag, bytes->value);
+        fromPacket(text.data(), static_cast<unsigned>(text.size()), false, true);
+    }
+}
+
+TQPacketable *PacketableUtil::getPacketable(PACKETDATATYPES type)
+{
+    if (type == PACKETDATATYPE_BOOK) {
+        return new BOOK_CC;
+    }
+    if (type == PACKETDATATYPE_JOB) {
+        return new TQJOB_CC;
+    }
+    if (type == PACKETDATATYPE_ICCPROFILE) {
+        return new ICCPROFILEDATA_CC;
+    }
+    const bool known = type == PACKETDATATYPE_UNCONVERTED || storageClass(type);
+    return known ? new TQPacketable(type) : nullptr;
+}
+
+TQKEY_ELEMENT TQKEY_CC::getNullKey() { return { 0, 0 }; }
+
+bool TQKEY_CC::isValid(const TQKEY_ELEMENT &key) { return key.key != 0 && key.hkey != 0; }
+
+void TQ_free(void *buffer) { std::free(buffer); }

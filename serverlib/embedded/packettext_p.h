@@ -1,0 +1,41 @@
+#ifndef PACKETTEXT_P_H
+#define PACKETTEXT_P_H
+
+#include "tqtypes.h"
+
+#include <functional>
+#include <string>
+#include <string_view>
+
+// Packet text: lines of a word, a blank and a value, each ending with a line feed. An item is a
+// block of field lines between "SI datatype" and "TI 0", a list a block of items between
+// "SL size" and "TL 0".
+namespace PacketText {
+
+// Items and lists nest at most so deep.
+constexpr size_t MAX_DEPTH = 256;
+
+// True when the text is well-formed and its first item block outside any list is of that type;
+// further blocks may follow.
+bool isItem(std::string_view text, PACKETDATATYPES type);
+
+// The block of an item with those field lines.
+std::string makeItem(PACKETDATATYPES type, std::string_view fieldLines);
+
+// Calls visit for each field of the item itself (not of those nested in it), in order. The text
+// must be an item's.
+using Visit = std::function<void(unsigned tag, std::string_view value)>;
+void forEachField(std::string_view text, const Visit &visit);
+
+// The text with one field's line put in place of the first with that tag, or behind the last one.
+std::string withField(std::string_view text, unsigned tag, std::string_view value);
+
+// "tag value" and a line feed, appended.
+void appendLine(std::string &text, unsigned tag, std::string_view value);
+
+// Lower-case hexadecimal without prefix or padding.
+std::string hex(unsigned value);
+
+}  // namespace PacketText
+
+#endif

@@ -1,0 +1,137 @@
+#include "records_p.h"
+
+#include "tqitems.h"
+
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <new>
+
+namespace {
+
+// What a record's reserved bytes hold: where the record is, and a mark that only a declared part
+// at that very place carries, so that copies and foreign records are told apart.
+struct Mark
+{
+    std::uint64_t record;
+    std::uint64_t seal;
+};
+static_assert(sizeof(Mark) == sizeof(TQLISTRECORD::reserved), "fits the reserved bytes");
+
+std::uint64_t sealOf(const void *shown)
+{
+    constexpr std::uint64_t SECRET = 0x5451524543f0e1d2;
+    return SECRET ^ reinterpret_cast<std::uintptr_t>(shown);
+}
+
+char *textOf(std::string &text) { return text.data(); }
+
+}  // namespace
+
+Record *Record::create(PACKETDATATYPES type)
+{
+    return new Record { {}, type, TQKEY_CC::getNullKey(), {}, {}, 0, 0, {} };
+}
+
+Record *Record::of(const void *shown)
+{
+    Mark mark = {};
+    if (shown) {
+        std::memcpy(&mark, shown, sizeof(mark));
+    }
+    if (!shown || mark.seal != sealOf(shown)) {
+        return nullptr;
+    }
+    return reinterpret_cast<Record *>(static_cast<std::uintptr_t>(mark.record));
+}
+
+void Record::destroy(Record *record) { delete record; }
+
+void Record::show()
+{
+    if (type == PACKETDATATYPE_JOB) {
+        const auto job = new (storage) TQJOB {};
+        job->name = textOf(name);
+        job->publicationName = publicationId != 0 ? textOf(publication) : nullptr;
+        job->publicationId = publicationId;
+    } else if (type == PACKETDATATYPE_BOOK) {
+        const auto book = new (storage) TQBOOK {};
+        book->name = textOf(name);
+    } else {
+        const auto owner = new (storage) TQOWNER {};
+        owner->key = key.key;
+        owner->hkey = key.hkey;
+    }
+    const Mark mark { reinterpret_cast<std::uintptr_t>(this), sealOf(storage) };
+    std::memcpy(storage, &mark, sizeof(mark));
+}
+
+void AddListList(TQLISTRECORD **head, TQLISTRECORD *list)
+{
+    if (!head || !list) {
+        return;
+    }
+    if (!*head) {
+        *head = list;
+        return;
+    }
+    TQLISTRECORD *last = *head;
+    while (last->next) {
+        last = last->next;
+    }
+    last->next = list;
+}
+
+void RemoveItemFromList(TQLISTRECORD **head, TQLISTRECORD *record)
+{
+    if (!head || !*head || !record) {
+        return;
+    }
+    TQLISTRECORD *before = nullptr;
+    TQLISTRECORD *current = *head;
+    while (current && current != record) {
+        before = current;
+        current = current->next;
+    }
+    if (!current) {
+        return;
+    }
+    if (before) {
+        before->next = record->next;
+    } else {
+        *head = record->next;
+    }
+    record->next = nullptr;
+}
+
+void TQPacketFreeList(TQLISTRECORD **head, PACKETDATATYPES type)
+{
+    TQLISTRECORD *record = head ? *head : nullptr;
+    while (record) {
+        TQLISTRECORD *next = record->next;
+        TQPacketFreeItem(record, type);
+        record = next;
+    }
+    if (head) {
+        *head = nullptr;
+    }
+}
+
+// Each record knows its family itself.
+void TQPacketFreeItem(TQLISTRECORD *record, PACKETDATATYPES)
+{
+    Record::destroy(Record::of(record));
+}
+
+int TQJOB_CC::pageNumber(const TQJOB *job)
+{
+    const Record *record = Record::of(job);
+    return record ? record->page : 0;
+}
+
+void TQJOB_CC::trimLists(TQJOB *job)
+{
+    if (Record *record = Record::of(job)) {
+        record->fields.shrink_to_fit();
+    }
+}

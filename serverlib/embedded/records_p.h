@@ -1,0 +1,32 @@
+#ifndef RECORDS_P_H
+#define RECORDS_P_H
+
+#include "tqrecords.h"
+
+#include <string>
+
+// A list record with what the library keeps behind its declared part.
+struct Record
+{
+    // A record of an item of that type; free it with destroyRecord().
+    static Record *create(PACKETDATATYPES type);
+    // The record behind a declared part; null for null and for what this library did not make.
+    static Record *of(const void *shown);
+    static void destroy(Record *record);
+
+    TQLISTRECORD *shown() { return reinterpret_cast<TQLISTRECORD *>(storage); }
+
+    // Fills the declared part from the members below, which must not change afterwards.
+    void show();
+
+    alignas(8) unsigned char storage[sizeof(TQJOB)];  // the declared part, whichever it is
+    PACKETDATATYPES type;  // of the item
+    TQKEY_ELEMENT key;
+    std::string name;
+    std::string publication;
+    unsigned publicationId;  // 0 outside any publication
+    int page;
+    std::string fields;  // field lines of the item's packet text
+};
+
+#endif

@@ -1,0 +1,185 @@
+#include "rows_p.h"
+
+#include "elementcodes_p.h"
+#include "packettext_p.h"
+
+#include <charconv>
+#include <iterator>
+
+namespace {
+
+// The columns that precede those of the fields.
+enum HeadColumn { Id, Name, PublicationName, PublicationId, Page, FirstField };
+
+// Text of a packet's line: without line feeds, and without the blanks around it that readers drop.
+std::string plainText(const QString &text)
+{
+    QString line = text.trimmed();
+    if (line.contains(QLatin1Char('\n'))) {
+        line.replace(QLatin1Char('\n'), QLatin1Char(' '));
+    }
+    return line.toStdString();
+}
+
+std::string integerText(const QVariant &value)
+{
+    bool ok = false;
+    const qlonglong number = value.toLongLong(&ok);
+    return ok ? std::to_string(number) : std::string();
+}
+
+std::string realText(const QVariant &value)
+{
+    bool ok = false;
+    const double number = value.toDouble(&ok);
+    char digits[32];
+    const auto end = std::to_chars(std::begin(digits), std::end(digits), number).ptr;
+    return ok ? std::string(digits, end) : std::string();
+}
+
+// Count and entries; empty without entries.
+std::string arrayText(const QString &text, char stored, char written)
+{
+    std::string entries;
+    unsigned count = 0;
+    for (const QString &part : text.split(QLatin1Char(stored))) {
+        const std::string entry = part.trimmed().toStdString();
+        if (!entry.empty()) {
+            entries.append(count > 0 ? 1 : 0, written).append(entry);
+            ++count;
+        }
+    }
+    return count > 0 ? PacketText::hex(count) + ' ' + entries : std::string();
+}
+
+std::string binaryText(const QByteArray &bytes)
+{
+    return PacketText::hex(static_cast<unsigned>(bytes.size())) + ' ' +
+        bytes.toBase64().toStdString();
+}
+
+std::string textOf(const TQSTORAGEFIELD &, const QVariant &value)
+{
+    return plainText(value.toString());
+}
+std::string integerOf(const TQSTORAGEFIELD &, const QVariant &value) { return integerText(value); }
+std::string realOf(const TQSTORAGEFIELD &, const QVariant &value) { return realText(value); }
+std::string keyOf(const TQSTORAGEFIELD &field, const QVariant &value)
+{
+    return PacketText::hex(value.toUInt()) + ' ' + PacketText::hex(field.refers);
+}
+std::string numbersOf(const TQSTORAGEFIELD &, const QVariant &value)
+{
+    return arrayText(value.toString(), ' ', ' ');
+}
+std::string textsOf(const TQSTORAGEFIELD &, const QVariant &value)
+{
+    return arrayText(value.toString(), '\n', '\r');
+}
+std::string bytesOf(const TQSTORAGEFIELD &, const QVariant &value)
+{
+    return binaryText(value.toByteArray());
+}
+
+// A stored value in the form of packet text, by family.
+using Writer = std::string (*)(const TQSTORAGEFIELD &field, const QVariant &value);
+constexpr Writer WRITERS[] = { nullptr, textOf, integerOf, realOf, keyOf, numbersOf, numbersOf,
+    textsOf, bytesOf };
+static_assert(std::size(WRITERS) == size_t(Family::Count), "one writer per family");
+
+std::string valueText(const TQSTORAGEFIELD &field, const QVariant &value)
+{
+    const Writer write = WRITERS[size_t(familyOf(field.type))];
+    return write && !value.isNull() ? write(field, value) : std::string();
+}
+
+// Bytes are fetched one item at a time, when they are asked for.
+bool isListed(const TQSTORAGEFIELD &field)
+{
+    return field.column && familyOf(field.type) != Family::Binary;
+}
+
+QString selectStatement(const StorageClass &type, const Selection &selection)
+{
+    const StorageClass::Source &source = *type.source();
+    std::string text = "SELECT A.id, A.name, " + std::string(source.head);
+    for (const TQSTORAGEFIELD &field : type.fields()) {
+        if (isListed(field)) {
+            text.append(", ").append(field.column);
+        }
+    }
+    text.append(" FROM ").append(source.tables);
+    if (*selection.where) {
+        text.append(" WHERE ").append(selection.where);
+    }
+    if (*selection.order) {
+        text.append(" ORDER BY ").append(selection.order);
+    }
+    return QString::fromStdString(text).replace(
+        QLatin1String("A."), QLatin1String(source.alias) + QLatin1Char('.'));
+}
+
+Record *readRecord(const QSqlQuery &row, const StorageClass &type)
+{
+    Record *record = Record::create(type.type());
+    record->key = { row.value(Id).toUInt(), type.type() };
+    record->name = row.value(Name).toString().toStdString();
+    record->publication = row.value(PublicationName).toString().toStdString();
+    record->publicationId = row.value(PublicationId).toUInt();
+    record->page = row.value(Page).toInt();
+    int column = FirstField;
+    for (const TQSTORAGEFIELD &field : type.fields()) {
+        const std::string text =
+            isListed(field) ? valueText(field, row.value(column++)) : std::string();
+        // What the field cannot hold is left out.
+        if (!text.empty() && isValue(field, text)) {
+            PacketText::appendLine(record->fields, field.tag, text);
+        }
+    }
+    record->show();
+    return record;
+}
+
+}  // namespace
+
+bool readRecords(Database &database, const StorageClass &type, const Selection &selection,
+    const QVariantList &values, TQLISTRECORD **list)
+{
+    *list = nullptr;
+    QSqlQuery *query = database.run(selectStatement(type, selection), values);
+    if (!query) {
+        return false;
+    }
+    TQLISTRECORD *last = nullptr;
+    while (query->next()) {
+        TQLISTRECORD *record = readRecord(*query, type)->shown();
+        if (last) {
+            last->next = record;
+        } else {
+            *list = record;
+        }
+        last = record;
+    }
+    query->finish();
+    return true;
+}
+
+std::optional<Database::FieldValue> readBinaryField(
+    Database &database, const StorageClass &type, unsigned id)
+{
+    for (const TQSTORAGEFIELD &field : type.fields()) {
+        if (familyOf(field.type) != Family::Binary || !field.column) {
+            continue;
+        }
+        const StorageClass::Source &source = *type.source();
+        const QString statement =
+            QStringLiteral("SELECT %1 FROM %2 WHERE %3.id = ?")
+                .arg(QLatin1String(field.column), QLatin1String(source.tables),
+                    QLatin1String(source.alias));
+        const QByteArray bytes = database.valueOf(statement, { id }).toByteArray();
+        if (!bytes.isEmpty()) {
+            return Database::FieldValue { field.tag, binaryText(bytes) };
+        }
+    }
+    return {};
+}

@@ -1,0 +1,96 @@
+#include "schema_p.h"
+
+namespace {
+
+// The schema. Programs may fill and change a store with plain SQL; they keep these rules:
+// - An id is unique over all tables. An item's database key is its id and its data type: 8
+//   outputs, 21 jobs, 48 ICC profiles, 85 owners of books, 86 books.
+// - Texts are UTF-8 and hold no line feeds. In a list of texts each entry is a line; in a list of
+//   numbers a blank separates the entries.
+// - Dates are ISO 8601: "2024-03-01", with a time of day "2024-03-01T09:30:00Z".
+// - Null stands for no value.
+// A change of the tables raises the version, and a library opens no store of another version.
+constexpr const char *STATEMENTS[] = {
+    "CREATE TABLE tq_schema (version INTEGER NOT NULL)",
+
+    "CREATE TABLE tq_output ("
+    " id INTEGER PRIMARY KEY,"
+    " name TEXT COLLATE %collation% NOT NULL UNIQUE,"
+    " technology TEXT,"  // platesetter, imagesetter, proofer, digital press
+    " resolution INTEGER,"  // dots per inch
+    " width DOUBLE PRECISION,"  // of the largest sheet, in points
+    " height DOUBLE PRECISION,"
+    " colours TEXT,"  // list of texts
+    " rulings TEXT,"  // list of integers, lines per inch
+    " location TEXT,"
+    " installed TEXT)",  // date
+
+    "CREATE TABLE tq_book_owner ("
+    " id INTEGER PRIMARY KEY,"
+    " name TEXT COLLATE %collation% NOT NULL,"
+    " city TEXT,"
+    " country TEXT,"
+    " founded INTEGER)",  // year
+
+    "CREATE TABLE tq_book ("
+    " id INTEGER PRIMARY KEY,"
+    " owner_id INTEGER NOT NULL REFERENCES tq_book_owner (id),"
+    " name TEXT COLLATE %collation% NOT NULL,"  // title
+    " author TEXT,"
+    " pages INTEGER,"
+    " year INTEGER,"  // of the first publication
+    " language TEXT,"  // tag
+    " page_size TEXT,"  // width and height, list of numbers, millimetres
+    " subjects TEXT)",  // list of texts
+    "CREATE INDEX tq_book_by_owner ON tq_book (owner_id, name, id)",
+
+    "CREATE TABLE tq_icc_profile ("
+    " id INTEGER PRIMARY KEY,"
+    " name TEXT COLLATE %collation% NOT NULL UNIQUE,"
+    " file TEXT,"  // name of the file that it came from
+    " device_class TEXT,"
+    " colour_space TEXT,"
+    " version TEXT,"
+    " size INTEGER,"  // bytes; null when there are none
+    " data %blob%)",
+
+    "CREATE TABLE tq_publication ("  // an issue of a periodical
+    " id INTEGER PRIMARY KEY,"
+    " name TEXT COLLATE %collation% NOT NULL,"
+    " issued TEXT)",  // date
+
+    "CREATE TABLE tq_job ("
+    " id INTEGER PRIMARY KEY,"
+    " output_id INTEGER NOT NULL REFERENCES tq_output (id),"
+    " name TEXT COLLATE %collation% NOT NULL,"
+    " publication_id INTEGER REFERENCES tq_publication (id),"
+    " book_id INTEGER REFERENCES tq_book (id),"
+    " profile_id INTEGER REFERENCES tq_icc_profile (id),"
+    " page INTEGER NOT NULL,"
+    " state INTEGER NOT NULL,"  // and queue: 0 waiting, 1 in progress, 2 done
+    " priority INTEGER,"  // 0 low to 9 high
+    " copies INTEGER,"
+    " trim_box TEXT,"  // left, bottom, right, top: list of numbers, points
+    " bleed DOUBLE PRECISION,"  // millimetres
+    " colours TEXT,"  // list of texts
+    " coverage TEXT,"  // per cent of each colour: list of integers
+    " options INTEGER,"  // bits: 1 trapped, 2 overprinted, 4 proofed
+    " created TEXT,"  // date and time
+    " remark TEXT)",
+    "CREATE INDEX tq_job_by_output ON tq_job (output_id, name, id)",
+};
+
+}  // namespace
+
+QStringList schemaStatements(const Dialect &dialect)
+{
+    QStringList statements;
+    for (const char *text : STATEMENTS) {
+        statements.append(
+            QString::fromLatin1(text)
+                .replace(QLatin1String("%collation%"), QLatin1String(dialect.collation))
+                .replace(QLatin1String("%blob%"), QLatin1String(dialect.blob)));
+    }
+    statements.append(QStringLiteral("INSERT INTO tq_schema VALUES (%1)").arg(SCHEMA_VERSION));
+    return statements;
+}

@@ -1,0 +1,27 @@
+#ifndef SCHEMA_P_H
+#define SCHEMA_P_H
+
+#include <QString>
+#include <QStringList>
+
+// What differs between the database systems.
+struct Dialect
+{
+    const char *driver;  // of QtSql
+    const char *blob;  // type of a column of bytes
+    const char *collation;  // order of texts by their code points
+    const char *hasSchema;  // query: 1 when the table of the schema's version is there
+};
+
+inline constexpr Dialect SQLITE { "QSQLITE", "BLOB", "BINARY",
+    "SELECT count(*) FROM sqlite_master WHERE type = 'table' AND name = 'tq_schema'" };
+inline constexpr Dialect POSTGRESQL { "QPSQL", "BYTEA", "\"C\"",
+    "SELECT count(*) FROM pg_tables WHERE tablename = 'tq_schema' "
+    "AND schemaname = ANY (current_schemas(false))" };
+
+constexpr int SCHEMA_VERSION = 1;
+
+// The statements that create the tables, in order.
+QStringList schemaStatements(const Dialect &dialect);
+
+#endif

@@ -1,0 +1,29 @@
+#ifndef SEEDER_P_H
+#define SEEDER_P_H
+
+#include "database_p.h"
+#include "tqstore.h"
+
+// Each creates the tables in an empty store and fills them, all in one transaction; false with
+// the database's error when that fails.
+bool seedSample(Database &database, const TQPROGRESS &progress);
+bool seedGenerated(Database &database, size_t jobs, const TQPROGRESS &progress);
+
+// An ICC profile as it is stored.
+struct IccProfile
+{
+    // Reads a file and checks that it is a whole profile; none, with the reason, when it is not.
+    static std::optional<IccProfile> read(const QString &path, QString &error);
+
+    QString name;
+    QString file;
+    QString deviceClass;
+    QString colourSpace;
+    QString version;
+    QByteArray bytes;
+};
+
+// Replaces the profile of that name, or adds it.
+bool storeProfile(Database &database, const IccProfile &profile);
+
+#endif

@@ -1,0 +1,221 @@
+#include "storageclass_p.h"
+
+#include <algorithm>
+#include <iterator>
+#include <map>
+#include <memory>
+
+namespace {
+
+constexpr PACKETDATATYPES NONE = PACKETDATATYPE_NONE;
+
+constexpr TQSTORAGEFIELD OUTPUT_FIELDS[] = {
+    { 1, 0x1, 1, "o.name", "Name", NONE },
+    { 3, 0x2, 1, "o.technology", "Technology", NONE },
+    { 29, 0x3, 4, "o.resolution", "Resolution (dpi)", NONE },
+    { 11, 0x4, 8, "o.width", "Width (pt)", NONE },
+    { 11, 0x5, 8, "o.height", "Height (pt)", NONE },
+    { 22, 0x6, 1, "o.colours", "Colours", NONE },
+    { 16, 0x7, 2, "o.rulings", "Rulings (lpi)", NONE },
+    { 25, 0x8, 1, "o.location", "Location", NONE },
+    { 4, 0x9, 1, "o.installed", "Installed", NONE },
+};
+
+constexpr TQSTORAGEFIELD JOB_FIELDS[] = {
+    { 1, 0x1, 1, "j.name", "Name", NONE },
+    { 9, 0x2, 1, "o.name", "Output", PACKETDATATYPE_OUTPUT },
+    { 14, 0x3, 4, "j.book_id", "Book", PACKETDATATYPE_BOOK },
+    { 14, 0x4, 4, "j.profile_id", "ICC profile", PACKETDATATYPE_ICCPROFILE },
+    { 1, 0x5, 1, "p.name", "Publication", NONE },
+    { 13, 0x6, 2, "j.page", "Page", NONE },
+    { 20, 0x7, 4, "j.state", "State", NONE },
+    { 7, 0x8, 1, "j.priority", "Priority", NONE },
+    { 13, 0x9, 4, "j.copies", "Copies", NONE },
+    { 27, 0xa, 8, "j.trim_box", "Trim box (pt)", NONE },
+    { 8, 0xb, 8, "j.bleed", "Bleed (mm)", NONE },
+    { 22, 0xc, 1, "j.colours", "Colours", NONE },
+    { 18, 0xd, 2, "j.coverage", "Coverage (%)", NONE },
+    { 21, 0xe, 4, "j.options", "Options", NONE },
+    { 24, 0xf, 1, "j.created", "Created", NONE },
+    { 25, 0x10, 1, "j.remark", "Remark", NONE },
+};
+
+constexpr TQSTORAGEFIELD ICCPROFILE_FIELDS[] = {
+    { 1, 0x1, 1, "c.name", "Name", NONE },
+    { 28, 0x2, 1, "c.file", "File", NONE },
+    { 3, 0x3, 1, "c.device_class", "Device class", NONE },
+    { 3, 0x4, 1, "c.colour_space", "Colour space", NONE },
+    { 12, 0x5, 1, "c.version", "Version", NONE },
+    { 29, 0x6, 4, "c.size", "Size (bytes)", NONE },
+    { 23, 0x7, 1, "c.data", "Data", NONE },
+};
+
+constexpr TQSTORAGEFIELD BOOKOWNER_FIELDS[] = {
+    { 1, 0x1, 1, "w.name", "Name", NONE },
+    { 1, 0x2, 1, "w.city", "City", NONE },
+    { 1, 0x3, 1, "w.country", "Country", NONE },
+    { 6, 0x4, 2, "w.founded", "Founded", NONE },
+};
+
+constexpr TQSTORAGEFIELD BOOK_FIELDS[] = {
+    { 1, 0x1, 1, "b.name", "Title", NONE },
+    { 1, 0x2, 1, "b.author", "Author", NONE },
+    { 14, 0x3, 4, "b.owner_id", "Owner", PACKETDATATYPE_BOOKOWNER },
+    { 13, 0x4, 2, "b.pages", "Pages", NONE },
+    { 6, 0x5, 2, "b.year", "First published", NONE },
+    { 12, 0x6, 1, "b.language", "Language", NONE },
+    { 15, 0x7, 8, "b.page_size", "Page size (mm)", NONE },
+    { 22, 0x8, 1, "b.subjects", "Subjects", NONE },
+};
+
+struct Builtin
+{
+    PACKETDATATYPES type;
+    const TQSTORAGEFIELD *fields;
+    size_t count;
+};
+
+// An entry of the outputs list has the fields of its output.
+constexpr Builtin BUILTINS[] = {
+    { PACKETDATATYPE_OUTPUT, OUTPUT_FIELDS, std::size(OUTPUT_FIELDS) },
+    { PACKETDATATYPE_OUTPUTLIST, OUTPUT_FIELDS, std::size(OUTPUT_FIELDS) },
+    { PACKETDATATYPE_JOB, JOB_FIELDS, std::size(JOB_FIELDS) },
+    { PACKETDATATYPE_ICCPROFILE, ICCPROFILE_FIELDS, std::size(ICCPROFILE_FIELDS) },
+    { PACKETDATATYPE_BOOKOWNER, BOOKOWNER_FIELDS, std::size(BOOKOWNER_FIELDS) },
+    { PACKETDATATYPE_BOOK, BOOK_FIELDS, std::size(BOOK_FIELDS) },
+};
+
+constexpr StorageClass::Source SOURCES[] = {
+    { PACKETDATATYPE_OUTPUT, "o", "NULL, NULL, NULL", "tq_output o" },
+    { PACKETDATATYPE_JOB, "j", "p.name, p.id, j.page",
+        "tq_job j JOIN tq_output o ON o.id = j.output_id "
+        "LEFT JOIN tq_publication p ON p.id = j.publication_id" },
+    { PACKETDATATYPE_ICCPROFILE, "c", "NULL, NULL, NULL", "tq_icc_profile c" },
+    { PACKETDATATYPE_BOOKOWNER, "w", "NULL, NULL, NULL", "tq_book_owner w" },
+    { PACKETDATATYPE_BOOK, "b", "NULL, NULL, NULL", "tq_book b" },
+};
+
+const StorageClass::Source *sourceOf(PACKETDATATYPES type)
+{
+    const auto found = std::find_if(std::begin(SOURCES), std::end(SOURCES),
+        [type](const StorageClass::Source &source) { return source.type == type; });
+    return found == std::end(SOURCES) ? nullptr : found;
+}
+
+std::vector<TQSTORAGEFIELD> specimenFields()
+{
+    std::vector<TQSTORAGEFIELD> fields;
+    for (unsigned code = 1; code <= 31; ++code) {
+        for (const unsigned width : { 1U, 2U, 4U, 8U }) {
+            fields.push_back({ code, 256 * code + width, width, nullptr, nullptr, NONE });
+        }
+    }
+    return fields;
+}
+
+using Registry = std::map<unsigned, std::unique_ptr<StorageClass>>;
+
+Registry builtinRegistry()
+{
+    Registry registry;
+    for (const Builtin &builtin : BUILTINS) {
+        registry[builtin.type] =
+            std::make_unique<StorageClass>(builtin.type, builtin.fields, builtin.count);
+    }
+    const std::vector<TQSTORAGEFIELD> specimen = specimenFields();
+    registry[PACKETDATATYPE_SPECIMEN] =
+        std::make_unique<StorageClass>(PACKETDATATYPE_SPECIMEN, specimen.data(), specimen.size());
+    return registry;
+}
+
+Registry &registry()
+{
+    static Registry known = builtinRegistry();
+    return known;
+}
+
+StorageClass *lookUp(PACKETDATATYPES type)
+{
+    const auto found = registry().find(type);
+    return found == registry().end() ? nullptr : found->second.get();
+}
+
+bool isBuiltin(PACKETDATATYPES type)
+{
+    return type == PACKETDATATYPE_SPECIMEN ||
+        std::any_of(std::begin(BUILTINS), std::end(BUILTINS),
+            [type](const Builtin &builtin) { return builtin.type == type; });
+}
+
+bool isUsable(const TQSTORAGEFIELD *fields, size_t count)
+{
+    std::vector<unsigned> tags;
+    for (size_t i = 0; i < count; ++i) {
+        if (fields[i].type == 0 || fields[i].tag >= 0x80000000U) {
+            return false;
+        }
+        tags.push_back(fields[i].tag);
+    }
+    std::sort(tags.begin(), tags.end());
+    return std::adjacent_find(tags.begin(), tags.end()) == tags.end();
+}
+
+}  // namespace
+
+StorageClass::StorageClass(PACKETDATATYPES type, const TQSTORAGEFIELD *fields, size_t count)
+    : m_type(type)
+    , m_source(sourceOf(type))
+{
+    for (size_t i = 0; i < count; ++i) {
+        TQSTORAGEFIELD field = fields[i];
+        field.column = keep(field.column);
+        field.heading = keep(field.heading);
+        m_byTag.emplace_back(field.tag, i);
+        m_fields.push_back(field);
+        m_conversion.push_back({ field.type, field.tag, 0, field.width, {} });
+    }
+    m_conversion.push_back({});
+    std::sort(m_byTag.begin(), m_byTag.end());
+}
+
+const TQSTORAGEFIELD *StorageClass::find(unsigned tag) const
+{
+    const auto found =
+        std::lower_bound(m_byTag.begin(), m_byTag.end(), std::make_pair(tag, size_t(0)));
+    return found == m_byTag.end() || found->first != tag ? nullptr : &m_fields[found->second];
+}
+
+const char *StorageClass::keep(const char *text)
+{
+    return text ? m_texts.emplace_back(text).c_str() : nullptr;
+}
+
+const StorageClass *storageClass(PACKETDATATYPES type) { return lookUp(type); }
+
+CONVERTSTRUCTELEMENTINFO *TQGetSystemStorageClassConv(PACKETDATATYPES type)
+{
+    StorageClass *known = lookUp(type);
+    return known ? known->conversion() : nullptr;
+}
+
+bool TQRegisterStorageClass(PACKETDATATYPES type, const TQSTORAGEFIELD *fields, size_t count)
+{
+    if (type == PACKETDATATYPE_NONE || type == PACKETDATATYPE_UNCONVERTED || lookUp(type) ||
+        (count > 0 && !fields) || !isUsable(fields, count)) {
+        return false;
+    }
+    registry()[type] = std::make_unique<StorageClass>(type, fields, count);
+    return true;
+}
+
+bool TQUnregisterStorageClass(PACKETDATATYPES type)
+{
+    return !isBuiltin(type) && registry().erase(type) > 0;
+}
+
+const char *TQFieldHeading(PACKETDATATYPES type, unsigned int tag)
+{
+    const StorageClass *known = storageClass(type);
+    const TQSTORAGEFIELD *field = known ? known->find(tag) : nullptr;
+    return field ? field->heading : nullptr;
+}

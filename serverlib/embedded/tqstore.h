@@ -1,0 +1,34 @@
+#ifndef TQSTORE_H
+#define TQSTORE_H
+
+#include "tqtypes.h"
+
+#include <stddef.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+// Making and filling stores. Every operation is all or nothing, also when the process is killed
+// on the way. Each answers false on failure, with one line of UTF-8 in error, and needs a
+// QCoreApplication, like the connection itself.
+
+/// Told how many of how many rows or files are done; may be empty.
+using TQPROGRESS = std::function<void(size_t done, size_t total)>;
+
+/// Creates a store with the sample content at a URL that TQCommServer opens ("sqlite:PATH" or
+/// "postgresql://USER@HOST:PORT/DB"). An existing file or store is refused.
+TQSERVER_EXPORT bool TQCreateSampleStore(
+    const char *url, const TQPROGRESS &progress, std::string &error);
+
+/// Creates a store with that many generated jobs, and outputs, books and publications to go with
+/// them; the same number always gives the same content.
+TQSERVER_EXPORT bool TQCreateGeneratedStore(
+    const char *url, size_t jobs, const TQPROGRESS &progress, std::string &error);
+
+/// Stores ICC profiles, each under its file's name without the extension; the bytes of a profile
+/// of that name are replaced. A file that is no whole profile leaves the store unchanged.
+TQSERVER_EXPORT bool TQImportProfiles(const char *url, const std::vector<std::string> &files,
+    const TQPROGRESS &progress, std::string &error);
+
+#endif
