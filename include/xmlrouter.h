@@ -87,6 +87,7 @@ private:
     XMLCommServer *m_commServerAgent = nullptr;  // owned
     XMLAgentBroker *m_agentBroker = nullptr;  // owned; null until set
     QPointer<QAbstractEventDispatcher> m_dispatcher;  // the one that knows of the running timer
+    bool m_isPosted = false;  // a call of send() waits for an event loop to be there
     QList<int> m_supplying;  // types the broker is being asked for
 };
 

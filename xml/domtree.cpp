@@ -138,15 +138,15 @@ QDomNode nextBelow(const QDomNode &node, const QDomNode &root)
     return next;
 }
 
-QString textBelow(const QDomElement &e)
+QString textBelow(const QDomNode &parent)
 {
-    QDomNode node = e.firstChild();
+    QDomNode node = parent.firstChild();
     if (isPlainText(node) && node.nextSibling().isNull()) {
         const QString text = node.nodeValue();
         return text.isNull() ? QStringLiteral("") : text;
     }
     QString text = QStringLiteral("");
-    for (; !node.isNull(); node = nextBelow(node, e)) {
+    for (; !node.isNull(); node = nextBelow(node, parent)) {
         if (node.isText() || node.isCDATASection()) {
             text += node.nodeValue();
         }

@@ -18,7 +18,7 @@ QDomNode withinDepth(const QDomNode &node);
 QDomNode nextBelow(const QDomNode &node, const QDomNode &root);
 
 // The text below an element; never a null string.
-QString textBelow(const QDomElement &e);
+QString textBelow(const QDomNode &parent);
 
 // True when node is the ancestor or lies somewhere below it.
 bool isWithin(QDomNode node, const QDomNode &ancestor);

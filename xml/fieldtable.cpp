@@ -90,6 +90,12 @@ std::shared_ptr<const FieldTable> FieldTable::of(unsigned int datatype)
 
 const FieldTable::Field *FieldTable::find(unsigned int tag) const
 {
+    // Tags mostly count up from the first.
+    const size_t guess = m_fields.empty() ? 0 : tag - m_fields.front().tag;
+    if (guess < m_fields.size() && m_fields[guess].tag == tag &&
+        (guess == 0 || m_fields[guess - 1].tag != tag)) {
+        return &m_fields[guess];
+    }
     const auto field = std::lower_bound(m_fields.begin(), m_fields.end(), tag, isBefore);
     return field != m_fields.end() && field->tag == tag ? &*field : nullptr;
 }

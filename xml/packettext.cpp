@@ -2,6 +2,7 @@
 
 #include "domtree_p.h"
 #include "fieldbuilders_p.h"
+#include "qtcompat_p.h"
 #include "text_p.h"
 #include "xmlpacketable.h"
 
@@ -10,10 +11,10 @@
 
 namespace {
 
-constexpr QChar LINE_FEED(u'\n');
-constexpr QChar BLANK(u' ');
-constexpr QChar STRING_SEPARATOR(u'\r');
-constexpr QChar END_VALUE(u'0');  // what the lines that close a block carry
+constexpr char16_t LINE_FEED = u'\n';
+constexpr char16_t BLANK = u' ';
+constexpr char16_t STRING_SEPARATOR = u'\r';
+const QString END_VALUE = QStringLiteral("0");  // what the lines that close a block carry
 
 // Hands out the lines of a text; empty ones do not count.
 class TextLines
@@ -30,7 +31,7 @@ public:
             if (m_rest.isEmpty()) {
                 return false;
             }
-            const auto end = m_rest.indexOf(LINE_FEED);
+            const auto end = m_rest.indexOf(QChar(LINE_FEED));
             line = end < 0 ? m_rest : m_rest.left(end);
             m_rest = end < 0 ? QStringView() : m_rest.mid(end + 1);
         } while (line.isEmpty());
@@ -129,7 +130,7 @@ public:
         for (QStringView line; m_lines.take(line);) {
             line = line.trimmed();
             Level &level = m_levels.back();
-            const auto blank = line.indexOf(BLANK);
+            const auto blank = line.indexOf(QChar(BLANK));
             if (blank >= 0) {
                 level.tag = { 0, int(blank) };
                 level.value = { int(blank) + 1, int(line.size() - blank) - 1 };
@@ -218,39 +219,37 @@ private:
     std::vector<Level> m_levels;  // from the root to what is open now
 };
 
-// @{
-// Writers, by shape.
 QStringView tagOf(const QString &elementName) { return QStringView(elementName).mid(1); }
 
-void writeTag(QString &out, const QDomElement &e)
+void startLine(PacketText &out, QStringView tag)
 {
-    appendTo(out, tagOf(e.tagName()));
+    append(out, tag);
     out += BLANK;
 }
 
-void writeArray(QString &out, const QDomElement &e, QChar separator)
+void writeArray(PacketText &out, QStringView tag, const QDomElement &e, char16_t separator)
 {
-    writeTag(out, e);
-    const TextSize countAt = out.size();
+    startLine(out, tag);
+    const size_t countAt = out.size();
     qint64 count = 0;
     for (QDomNode node = e.firstChild(); !node.isNull(); node = node.nextSibling()) {
-        if (node.isElement() && node.nodeName() == XMLPacketable::VALUE) {
+        if (node.nodeName() == XMLPacketable::VALUE && node.isElement()) {
             out += count++ == 0 ? BLANK : separator;
-            out += textBelow(node.toElement());
+            append(out, textBelow(node));
         }
     }
     if (count == 0) {
         out += BLANK;
     }
-    out.insert(countAt, numberText(count, 16));
+    const QString size = numberText(count, 16);
+    out.insert(countAt, QStringView(size).utf16(), size_t(size.size()));
     out += LINE_FEED;
 }
 
-void writeNothing(QString &, const QDomElement &) {}
-
-using Writer = void (*)(QString &out, const QDomElement &e);
+// By shape; a field that has none has no line.
+using Writer = void (*)(PacketText &out, QStringView tag, const QDomElement &e);
 constexpr Writer WRITERS[] = {
-    writeNothing,
+    nullptr,
     writeSimple,
     writeKey,
     writeNumberArray,
@@ -258,47 +257,67 @@ constexpr Writer WRITERS[] = {
     writeBinary,
 };
 static_assert(std::size(WRITERS) == Binary + 1, "one writer for each shape");
-// @}
 
-void writeContent(QString &out, const QDomElement &e, const FieldTable *fields, int level);
+// The fields of an "item" element whose "datatype" attribute has that text.
+std::shared_ptr<const FieldTable> fieldsOfType(const QString &text)
+{
+    unsigned int datatype = 0;
+    readNumber(text, 16, datatype);
+    return FieldTable::of(datatype);
+}
+
+void writeContent(PacketText &out, const QDomNode &parent, const FieldTable *fields, int level);
+
+void writeBracket(PacketText &out, const QString &word, QStringView value)
+{
+    startLine(out, word);
+    append(out, value);
+    out += LINE_FEED;
+}
 
 // Writes an item or list with all below.
-void writeBlock(QString &out, const QDomElement &e, bool isItem, int level)
+void writeBlock(PacketText &out, const QDomElement &e, bool isItem, int level)
 {
     if (level > MAX_NESTING) {
         return;
     }
-    out += isItem ? XMLPacketable::START_ITEM : XMLPacketable::START_LIST;
-    out += BLANK;
-    out += e.attribute(isItem ? XMLPacketable::DATATYPE : XMLPacketable::SIZE);
-    out += LINE_FEED;
-    if (e.hasChildNodes()) {
-        const auto fields = isItem ? FieldTable::of(XMLPacketable::getType(e)) : nullptr;
-        if (fields || !isItem) {
+    if (isItem) {
+        const QString type = e.attribute(XMLPacketable::DATATYPE);
+        writeBracket(out, XMLPacketable::START_ITEM, type);
+        if (const auto fields = fieldsOfType(type)) {
             writeContent(out, e, fields.get(), level);
         }
+        writeBracket(out, XMLPacketable::END_ITEM, END_VALUE);
+    } else {
+        writeBracket(out, XMLPacketable::START_LIST, e.attribute(XMLPacketable::SIZE));
+        writeContent(out, e, nullptr, level);
+        writeBracket(out, XMLPacketable::END_LIST, END_VALUE);
     }
-    out += isItem ? XMLPacketable::END_ITEM : XMLPacketable::END_LIST;
-    out += BLANK;
-    out += END_VALUE;
-    out += LINE_FEED;
 }
 
-void writeContent(QString &out, const QDomElement &e, const FieldTable *fields, int level)
+void writeField(
+    PacketText &out, const QDomNode &node, const QString &name, const FieldTable &fields)
 {
-    for (QDomNode node = e.firstChild(); !node.isNull(); node = node.nextSibling()) {
+    unsigned int number = 0;
+    const QStringView tag = tagOf(name);
+    const FieldTable::Field *field = readNumber(tag, 16, number) ? fields.find(number) : nullptr;
+    if (field && field->shape != NoShape) {
+        WRITERS[field->shape](out, tag, node.toElement());
+    }
+}
+
+void writeContent(PacketText &out, const QDomNode &parent, const FieldTable *fields, int level)
+{
+    for (QDomNode node = parent.firstChild(); !node.isNull(); node = node.nextSibling()) {
         if (!node.isElement()) {
             continue;
         }
         const QString name = node.nodeName();
         const bool isItem = name == XMLPacketable::ITEM;
-        unsigned int tag = 0;
         if (isItem || name == XMLPacketable::LIST) {
             writeBlock(out, node.toElement(), isItem, level + 1);
-        } else if (fields && readNumber(tagOf(name), 16, tag)) {
-            if (const FieldTable::Field *field = fields->find(tag)) {
-                WRITERS[field->shape](out, node.toElement());
-            }
+        } else if (fields) {
+            writeField(out, node, name, *fields);
         }
     }
 }
@@ -325,43 +344,49 @@ unsigned int readPacketLines(QDomElement &parent, const QStringList &lines, unsi
     return source.index() - 1 + (terminated ? 0 : unsigned(reader.openLevels()));
 }
 
-void writePacketText(QString &out, const QDomElement &e)
+void writePacketText(PacketText &out, const QDomElement &e)
 {
-    const bool isItem = e.tagName() == XMLPacketable::ITEM;
-    const auto fields = isItem ? FieldTable::of(XMLPacketable::getType(e)) : nullptr;
-    if (fields || !isItem) {
+    if (e.tagName() != XMLPacketable::ITEM) {
+        writeContent(out, e, nullptr, 0);
+    } else if (const auto fields = fieldsOfType(e.attribute(XMLPacketable::DATATYPE))) {
         writeContent(out, e, fields.get(), 0);
     }
 }
 
-void writeSimple(QString &out, const QDomElement &e)
+void writeSimple(PacketText &out, QStringView tag, const QDomElement &e)
 {
     const QString value = e.attribute(XMLPacketable::VALUE);
     if (!value.isEmpty()) {
-        writeTag(out, e);
-        out += value;
+        startLine(out, tag);
+        append(out, value);
         out += LINE_FEED;
     }
 }
 
-void writeKey(QString &out, const QDomElement &e)
+void writeKey(PacketText &out, QStringView tag, const QDomElement &e)
 {
-    writeTag(out, e);
-    out += e.attribute(XMLPacketable::KEY);
+    startLine(out, tag);
+    append(out, e.attribute(XMLPacketable::KEY));
     out += BLANK;
-    out += e.attribute(XMLPacketable::HKEY);
+    append(out, e.attribute(XMLPacketable::HKEY));
     out += LINE_FEED;
 }
 
-void writeNumberArray(QString &out, const QDomElement &e) { writeArray(out, e, BLANK); }
-
-void writeStringArray(QString &out, const QDomElement &e) { writeArray(out, e, STRING_SEPARATOR); }
-
-void writeBinary(QString &out, const QDomElement &e)
+void writeNumberArray(PacketText &out, QStringView tag, const QDomElement &e)
 {
-    writeTag(out, e);
-    out += e.attribute(XMLPacketable::SIZE);
+    writeArray(out, tag, e, BLANK);
+}
+
+void writeStringArray(PacketText &out, QStringView tag, const QDomElement &e)
+{
+    writeArray(out, tag, e, STRING_SEPARATOR);
+}
+
+void writeBinary(PacketText &out, QStringView tag, const QDomElement &e)
+{
+    startLine(out, tag);
+    append(out, e.attribute(XMLPacketable::SIZE));
     out += BLANK;
-    out += textBelow(e);
+    append(out, textBelow(e));
     out += LINE_FEED;
 }

@@ -3,8 +3,20 @@
 
 #include <QDomDocument>
 #include <QStringList>
+#include <QStringView>
+
+#include <string>
 
 // Reading and writing of packet text.
+
+// Text that is being written: a field takes many short pieces, for which QString::append() costs
+// more than reading them.
+using PacketText = std::u16string;
+
+inline void append(PacketText &out, QStringView piece)
+{
+    out.append(piece.utf16(), size_t(piece.size()));
+}
 
 // Appends what the text says to parent.
 void readPacketText(QDomElement &parent, QStringView text);
@@ -14,15 +26,16 @@ void readPacketText(QDomElement &parent, QStringView text);
 unsigned int readPacketLines(QDomElement &parent, const QStringList &lines, unsigned int index);
 
 // Appends the text of an element's content.
-void writePacketText(QString &out, const QDomElement &e);
+void writePacketText(PacketText &out, const QDomElement &e);
 
-// Appends the line of a field's element. A simple field without a value has none.
+// Appends the line of a field's element, which starts with its tag. A simple field without a value
+// has none.
 // @{
-void writeSimple(QString &out, const QDomElement &e);
-void writeKey(QString &out, const QDomElement &e);
-void writeNumberArray(QString &out, const QDomElement &e);
-void writeStringArray(QString &out, const QDomElement &e);
-void writeBinary(QString &out, const QDomElement &e);
+void writeSimple(PacketText &out, QStringView tag, const QDomElement &e);
+void writeKey(PacketText &out, QStringView tag, const QDomElement &e);
+void writeNumberArray(PacketText &out, QStringView tag, const QDomElement &e);
+void writeStringArray(PacketText &out, QStringView tag, const QDomElement &e);
+void writeBinary(PacketText &out, QStringView tag, const QDomElement &e);
 // @}
 
 #endif

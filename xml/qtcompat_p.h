@@ -1,8 +1,7 @@
 #ifndef QTCOMPAT_P_H
 #define QTCOMPAT_P_H
 
-#include <QString>
-#include <QStringView>
+#include <QtGlobal>
 
 // All that differs between Qt 5.15 and Qt 6.
 
@@ -11,10 +10,5 @@ using TextSize = int;
 #else
 using TextSize = qsizetype;
 #endif
-
-inline void appendTo(QString &text, QStringView part)
-{
-    text.append(part.data(), TextSize(part.size()));
-}
 
 #endif

@@ -1,7 +1,8 @@
 #ifndef TEXT_P_H
 #define TEXT_P_H
 
-#include "qtcompat_p.h"
+#include <QString>
+#include <QStringView>
 
 // Calls visit with each part of text between the separators, without the empty ones.
 template<typename Visit>

@@ -3,6 +3,7 @@
 #include "domtree_p.h"
 #include "fieldbuilders_p.h"
 #include "packettext_p.h"
+#include "qtcompat_p.h"
 #include "text_p.h"
 #include "xpkreference.h"
 
@@ -48,6 +49,29 @@ QDomElement appendField(Shape shape, QDomElement &parent, const QString &name, c
 {
     QDomDocument document = parent.ownerDocument();
     return buildField(shape, document, parent, name, text);
+}
+
+QString toQString(const PacketText &text)
+{
+    return QString(reinterpret_cast<const QChar *>(text.data()), TextSize(text.size()));
+}
+
+// The packet text of an element's content.
+PacketText contentOf(const QDomElement &e)
+{
+    PacketText text;
+    text.reserve(TEXT_ROOM);
+    writePacketText(text, e);
+    return text;
+}
+
+// The line that a writer gives for a field's element.
+QString lineOf(void (*write)(PacketText &, QStringView, const QDomElement &), const QDomElement &e)
+{
+    const QString tag = XMLPacketable::getDATATAGFromXMLTagName(e.tagName());
+    PacketText line;
+    write(line, tag, e);
+    return line.empty() ? QString() : toQString(line);
 }
 
 // The first element below e, at any depth, that is accepted.
@@ -312,11 +336,12 @@ void XMLPacketable::setData(const TQPacketable &packetable)
     }
 
     unsigned int length = 0;
-    const std::unique_ptr<char, FreeBuffer> text(packetable.toPacket(length));
+    std::unique_ptr<char, FreeBuffer> text(packetable.toPacket(length));
     if (!text || length > unsigned(INT_MAX)) {
         return;
     }
     readPacketText(element(), QString::fromUtf8(text.get(), TextSize(length)));
+    text.reset();
     getDataConst();
 }
 
@@ -327,50 +352,37 @@ unsigned int XMLPacketable::toDom(QDomElement &parent, QStringList &lines, unsig
 
 QString XMLPacketable::toPacket(const QDomElement &e) const
 {
-    QString text;
-    if (e.hasChildNodes()) {
-        text.reserve(TEXT_ROOM);
-        writePacketText(text, e);
-    }
-    return text;
+    return e.hasChildNodes() ? toQString(contentOf(e)) : QString();
 }
 
 void XMLPacketable::appendSimpleValuePacket(QString &out, const QDomElement &e) const
 {
-    writeSimple(out, e);
+    out += lineOf(writeSimple, e);
 }
 
 QString XMLPacketable::toSimpleValuePacket(const QDomElement &e) const
 {
-    QString line;
-    writeSimple(line, e);
-    return line;
+    return lineOf(writeSimple, e);
 }
 
 QString XMLPacketable::toTQKEYValuePacket(const QDomElement &e) const
 {
-    QString line;
-    writeKey(line, e);
-    return line;
+    return lineOf(writeKey, e);
 }
 
 QString XMLPacketable::toNumberArrayValuePacket(const QDomElement &e) const
 {
-    QString line;
-    writeNumberArray(line, e);
-    return line;
+    return lineOf(writeNumberArray, e);
 }
 
 QString XMLPacketable::toStringArrayValuePacket(const QDomElement &e) const
 {
-    QString line;
-    writeStringArray(line, e);
-    return line;
+    return lineOf(writeStringArray, e);
 }
 
 void XMLPacketable::appendBinaryDataPacket(QString &out, const QDomElement &e) const
 {
-    writeBinary(out, e);
+    out += lineOf(writeBinary, e);
 }
 
 TQPacketable *XMLPacketable::getDataConst()
@@ -378,7 +390,7 @@ TQPacketable *XMLPacketable::getDataConst()
     if (m_packetable) {
         return m_packetable;
     }
-    QByteArray text = toPacket(element()).toUtf8();
+    QByteArray text = QStringView(contentOf(element())).toUtf8();
     std::unique_ptr<TQPacketable> item(PacketableUtil::getPacketable(getType()));
     if (!item || text.size() > INT_MAX ||
         !item->fromPacket(text.data(), unsigned(text.size()), false, true)) {

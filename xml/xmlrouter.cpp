@@ -165,7 +165,8 @@ void XMLRouter::schedule()
     QAbstractEventDispatcher *const dispatcher = QAbstractEventDispatcher::instance(thread());
     if (!dispatcher) {
         // No timer can run yet, but what is posted now arrives once there is an event loop.
-        if (m_packetQueue.size() == 1) {
+        if (!m_isPosted) {
+            m_isPosted = true;
             QMetaObject::invokeMethod(this, "send", Qt::QueuedConnection);
         }
     } else if (!m_sendTimer->isActive() || m_dispatcher != dispatcher) {
@@ -177,6 +178,7 @@ void XMLRouter::schedule()
 void XMLRouter::send()
 {
     const QPointer<XMLRouter> self(this);
+    m_isPosted = false;
     while (self && !m_packetQueue.isEmpty()) {
         XMLPacket *const packet = m_packetQueue.takeFirst();
         packet->m_takenBy = nullptr;
