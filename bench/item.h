@@ -1,0 +1,29 @@
+#ifndef ITEM_H
+#define ITEM_H
+
+#include <QByteArray>
+#include <QDomDocument>
+
+#include <memory>
+
+class TQPacketable;
+
+// The mixed item that the figures are about: 12 simple values, 3 keys, 2 number arrays of 8, a
+// string array of 4, 200 bytes of binary data and a list of two items of 3 fields.
+namespace Item {
+
+// Packet text with that many such items, one after the other.
+QByteArray text(int items = 1);
+
+// The same tree made by direct QtXml calls from UTF-8 values; a child of parent.
+void build(QDomDocument &document, QDomElement &parent);
+
+// A server item that writes that text.
+std::unique_ptr<TQPacketable> serverItem();
+
+// Reads every name, attribute and text below the node and returns how many characters they are.
+qint64 walk(const QDomNode &node);
+
+}  // namespace Item
+
+#endif
