@@ -32,7 +32,7 @@ std::function<void()> readText()
 {
     return [text = Item::text()] {
         Tree tree;
-        readPacketText(tree.root, QString::fromUtf8(text));
+        readPacketText(tree.root, text.constData(), size_t(text.size()));
         keep(tree.root.hasChildNodes());
     };
 }

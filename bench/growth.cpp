@@ -22,7 +22,7 @@ Figure::Make readText(int items)
         return [text = Item::text(items)] {
             QDomDocument document = newDocument();
             QDomElement root = document.documentElement();
-            readPacketText(root, QString::fromUtf8(text));
+            readPacketText(root, text.constData(), size_t(text.size()));
         };
     };
 }

@@ -91,6 +91,14 @@ bool sameTexts(QDomNode &a, QDomNode &b)
     return true;
 }
 
+// The attribute of that name; QtXml finds one with a namespace only by that.
+QDomNode likeNamed(const QDomNamedNodeMap &attributes, const QDomNode &attribute)
+{
+    const QDomNode found = attributes.namedItem(attribute.nodeName());
+    return found.isNull() ? attributes.namedItemNS(attribute.namespaceURI(), attribute.localName())
+                          : found;
+}
+
 bool sameAttributes(const QDomElement &a, const QDomElement &b)
 {
     const QDomNamedNodeMap left = a.attributes();
@@ -100,8 +108,9 @@ bool sameAttributes(const QDomElement &a, const QDomElement &b)
     }
     for (int i = 0; i < left.length(); ++i) {
         const QDomNode attribute = left.item(i);
-        const QDomNode other = right.namedItem(attribute.nodeName());
-        if (other.isNull() || other.nodeValue() != attribute.nodeValue() ||
+        const QDomNode other = likeNamed(right, attribute);
+        if (other.nodeName() != attribute.nodeName() ||
+            other.nodeValue() != attribute.nodeValue() ||
             other.namespaceURI() != attribute.namespaceURI()) {
             return false;
         }

@@ -7,10 +7,10 @@
 
 namespace {
 
-constexpr QChar BLANK(u' ');
-constexpr QChar STRING_SEPARATOR(u'\r');
+constexpr char16_t BLANK = u' ';
+constexpr char16_t STRING_SEPARATOR = u'\r';
 
-unsigned int countParts(QStringView text, QChar separator)
+unsigned int countParts(QStringView text, char16_t separator)
 {
     unsigned int count = 0;
     forEachPart(text, separator, [&](QStringView) { ++count; });
@@ -20,10 +20,10 @@ unsigned int countParts(QStringView text, QChar separator)
 // The first part of a text cut at blanks.
 QStringView firstPart(QStringView text)
 {
-    while (text.startsWith(BLANK)) {
+    while (text.startsWith(QChar(BLANK))) {
         text = text.mid(1);
     }
-    const auto end = text.indexOf(BLANK);
+    const qsizetype end = indexOf(text, BLANK);
     return end < 0 ? text : text.left(end);
 }
 
@@ -90,7 +90,7 @@ void fillStringArray(QDomDocument &document, QDomElement &e, QStringView text)
     }
     setSize(e, size);
     // All behind the first blank, also where that leads the text: then the count is a string.
-    const QStringView strings = text.mid(text.indexOf(BLANK) + 1);
+    const QStringView strings = text.mid(indexOf(text, BLANK) + 1);
     if (size != 0 && countParts(strings, STRING_SEPARATOR) == size) {
         forEachPart(
             strings, STRING_SEPARATOR, [&](QStringView part) { appendValue(document, e, part); });
@@ -100,7 +100,7 @@ void fillStringArray(QDomDocument &document, QDomElement &e, QStringView text)
 // Without a blank the whole text is both the size and the data.
 void fillBinary(QDomDocument &document, QDomElement &e, QStringView text)
 {
-    const auto blank = text.indexOf(BLANK);
+    const qsizetype blank = indexOf(text, BLANK);
     setText(e, XMLPacketable::SIZE, blank < 0 ? text : text.left(blank));
     e.appendChild(document.createTextNode(text.mid(blank + 1).toString()));
 }

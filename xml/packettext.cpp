@@ -6,6 +6,10 @@
 #include "text_p.h"
 #include "xmlpacketable.h"
 
+#include <QVarLengthArray>
+
+#include <algorithm>
+#include <cstring>
 #include <iterator>
 #include <vector>
 
@@ -16,30 +20,64 @@ constexpr char16_t BLANK = u' ';
 constexpr char16_t STRING_SEPARATOR = u'\r';
 const QString END_VALUE = QStringLiteral("0");  // what the lines that close a block carry
 
-// Hands out the lines of a text; empty ones do not count.
+// Hands out the lines of a UTF-8 text; empty ones do not count. A line is valid until the next.
 class TextLines
 {
 public:
-    explicit TextLines(QStringView text)
-        : m_rest(text)
+    TextLines(const char *text, size_t length)
+        : m_begin(text)
+        , m_at(text)
+        , m_end(text + length)
     {
     }
 
     bool take(QStringView &line)
     {
-        do {
-            if (m_rest.isEmpty()) {
-                return false;
+        while (m_at != m_end) {
+            const char *const start = m_at;
+            const auto *feed = static_cast<const char *>(
+                std::memchr(start, int(LINE_FEED), size_t(m_end - start)));
+            m_at = feed ? feed + 1 : m_end;
+            decode(start, feed ? feed : m_end);
+            if (!m_line.isEmpty()) {
+                line = QStringView(m_line.constData(), m_line.size());
+                return true;
             }
-            const auto end = m_rest.indexOf(QChar(LINE_FEED));
-            line = end < 0 ? m_rest : m_rest.left(end);
-            m_rest = end < 0 ? QStringView() : m_rest.mid(end + 1);
-        } while (line.isEmpty());
-        return true;
+        }
+        return false;
     }
 
 private:
-    QStringView m_rest;
+    // One buffer serves all lines: memory for each, or for the text at once, would cost more than
+    // the reading.
+    void decode(const char *begin, const char *end)
+    {
+        m_line.resize(TextSize(end - begin));
+        unsigned char bits = 0;
+        std::transform(begin, end, m_line.begin(), [&bits](char c) {
+            bits |= static_cast<unsigned char>(c);
+            return char16_t(static_cast<unsigned char>(c));
+        });
+        if (bits >= 0x80) {
+            decodeAll(begin, end);
+        }
+    }
+
+    // Decodes a line that is not all ASCII.
+    void decodeAll(const char *begin, const char *end)
+    {
+        // A byte order mark counts as one only at the start of the text, so later lines are read
+        // with the line feed before them.
+        const int before = begin == m_begin ? 0 : 1;
+        const QString text = QString::fromUtf8(begin - before, TextSize(end - begin) + before);
+        m_line.resize(text.size() - before);
+        std::copy(text.utf16() + before, text.utf16() + text.size(), m_line.begin());
+    }
+
+    const char *m_begin;
+    const char *m_at;
+    const char *m_end;
+    QVarLengthArray<char16_t, 512> m_line;
 };
 
 // Hands out the lines of a list; index is that of the next one.
@@ -130,7 +168,7 @@ public:
         for (QStringView line; m_lines.take(line);) {
             line = line.trimmed();
             Level &level = m_levels.back();
-            const auto blank = line.indexOf(QChar(BLANK));
+            const qsizetype blank = indexOf(line, BLANK);
             if (blank >= 0) {
                 level.tag = { 0, int(blank) };
                 level.value = { int(blank) + 1, int(line.size() - blank) - 1 };
@@ -324,9 +362,9 @@ void writeContent(PacketText &out, const QDomNode &parent, const FieldTable *fie
 
 }  // namespace
 
-void readPacketText(QDomElement &parent, QStringView text)
+void readPacketText(QDomElement &parent, const char *text, size_t length)
 {
-    TextLines lines(text);
+    TextLines lines(text, length);
     Reader<TextLines> reader(lines, parent);
     if (reader.canRead()) {
         reader.read();

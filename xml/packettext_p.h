@@ -18,8 +18,8 @@ inline void append(PacketText &out, QStringView piece)
     out.append(piece.utf16(), size_t(piece.size()));
 }
 
-// Appends what the text says to parent.
-void readPacketText(QDomElement &parent, QStringView text);
+// Appends what the text, in UTF-8, says to parent.
+void readPacketText(QDomElement &parent, const char *text, size_t length);
 
 // Appends what the lines from index on say to parent; returns the index of the terminator that
 // ended it, or, behind the last line, one more for each level that was left open.

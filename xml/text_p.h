@@ -4,12 +4,22 @@
 #include <QString>
 #include <QStringView>
 
+#include <string>
+
+// Position of the first c, or -1. Parts are short: a call of QStringView::indexOf() costs more.
+inline qsizetype indexOf(QStringView text, char16_t c)
+{
+    const char16_t *const begin = text.utf16();
+    const char16_t *const found = std::char_traits<char16_t>::find(begin, size_t(text.size()), c);
+    return found ? found - begin : -1;
+}
+
 // Calls visit with each part of text between the separators, without the empty ones.
 template<typename Visit>
-void forEachPart(QStringView text, QChar separator, Visit visit)
+void forEachPart(QStringView text, char16_t separator, Visit visit)
 {
     while (!text.isEmpty()) {
-        const auto end = text.indexOf(separator);
+        const qsizetype end = indexOf(text, separator);
         const QStringView part = end < 0 ? text : text.left(end);
         if (!part.isEmpty()) {
             visit(part);

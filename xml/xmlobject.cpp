@@ -111,7 +111,7 @@ QList<T> listFrom(const QString &text, bool *ok, int base)
         return list;
     }
     bool allRead = true;
-    forEachPart(text, XMLObject::NUMLIST_SEP.at(0), [&](QStringView part) {
+    forEachPart(text, XMLObject::NUMLIST_SEP.at(0).unicode(), [&](QStringView part) {
         T value = 0;
         if (readNumber(part, base, value)) {
             list.append(value);

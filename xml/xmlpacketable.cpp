@@ -340,7 +340,7 @@ void XMLPacketable::setData(const TQPacketable &packetable)
     if (!text || length > unsigned(INT_MAX)) {
         return;
     }
-    readPacketText(element(), QString::fromUtf8(text.get(), TextSize(length)));
+    readPacketText(element(), text.get(), length);
     text.reset();
     getDataConst();
 }
