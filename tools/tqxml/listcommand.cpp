@@ -1,0 +1,187 @@
+#include "command.h"
+#include "itemtable.h"
+#include "streams.h"
+#include "values.h"
+#include "xmlwriter.h"
+
+#include "xmlaction.h"
+#include "xmlagent.h"
+#include "xmlpacket.h"
+#include "xmlrouter.h"
+
+#include "tqcommserver.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+
+#include <algorithm>
+#include <iterator>
+#include <memory>
+#include <vector>
+
+namespace {
+
+const QString KEY_OPTION = QStringLiteral("key");
+const QString PUBLICATIONS_OPTION = QStringLiteral("include-publications");
+const QString DATABASE_OPTION = QStringLiteral("database");
+const QString FORMAT_OPTION = QStringLiteral("format");
+const QString TABLE = QStringLiteral("table");
+const QString XML = QStringLiteral("xml");
+
+struct Listing
+{
+    const char *name;
+    int request;  // request type of the bridge
+    bool takesKeys;
+    std::vector<unsigned> tags;  // of the table: what tells the heading of names, then columns
+};
+
+const Listing LISTINGS[] = {
+    { "outputs", 1000, false, { 0x1, 0x2, 0x3, 0x4, 0x5, 0x6, 0x8, 0x9 } },
+    { "publications", 1001, true, { 0x5, 0x2, 0x6, 0x7, 0xf } },
+    { "books", 1002, true, { 0x1, 0x2, 0x4, 0x5, 0x6, 0x7, 0x3 } },
+    { "jobs", 1003, true, { 0x1, 0x2, 0x5, 0x6, 0x7, 0x9, 0xc, 0x3, 0x4 } },
+};
+
+// Receives the reply to one request.
+class Asker : public XMLAgent
+{
+public:
+    static constexpr int TYPE = 1;
+
+    Asker()
+        : XMLAgent(TYPE)
+    {
+    }
+
+    void receive(XMLPacket *packet) override { m_reply.reset(packet); }
+    std::unique_ptr<XMLPacket> takeReply() { return std::move(m_reply); }
+
+private:
+    std::unique_ptr<XMLPacket> m_reply;
+};
+
+struct Request
+{
+    const Listing *listing = nullptr;
+    std::vector<TQKEY_ELEMENT> keys;
+    bool includesPublications = false;
+};
+
+void fill(XMLAction &action, Request &request)
+{
+    QList<TQKEY_ELEMENT *> keys;
+    for (TQKEY_ELEMENT &key : request.keys) {
+        keys << &key;
+    }
+    if (!keys.isEmpty()) {
+        action.setTQKEYList(keys);
+    }
+    action.setExcludePublications(!request.includesPublications);
+}
+
+// The bridge's reply; null when it sent none.
+std::unique_ptr<XMLPacket> ask(TQCommServer &server, Request &request)
+{
+    XMLRouter router(&server, nullptr, nullptr);
+    Asker asker;
+    router.add(&asker);
+    XMLAction action(
+        QLatin1String(request.listing->name), request.listing->request, asker.getAgentID());
+    fill(action, request);
+    XMLPacket *packet = asker.getXMLPacket(router.getXMLCommServerID());
+    packet->appendV(action);
+    // The bridge lets go of a request when it has served it, and the packet then goes from the
+    // event loop, after the delivery of all replies. Not every request is answered.
+    QObject::connect(packet, &QObject::destroyed, QCoreApplication::instance(),
+        [] { QCoreApplication::quit(); });
+    router.send(packet);
+    QCoreApplication::exec();
+    router.remove(&asker);
+    return asker.takeReply();
+}
+
+int print(const XMLPacket *reply, const Listing &listing, bool asXml)
+{
+    std::list<QDomNode> items;
+    if (!reply || reply->getNodesOfType(XMLObject::XMLOBJECT_PACKETABLE, items) == 0) {
+        note(QStringLiteral("no %1 found").arg(QLatin1String(listing.name)));
+        return DONE;
+    }
+    return asXml ? printXml(items.front().ownerDocument().documentElement())
+                 : writeOutput(itemTable(items, listing.tags));
+}
+
+int list(Request &request, const QByteArray &url, bool asXml)
+{
+    TQCommServer server(url.constData());
+    const auto error = [&server] { return QString::fromUtf8(server.errorText()); };
+    if (!error().isEmpty()) {
+        return fail(error());
+    }
+    const std::unique_ptr<XMLPacket> reply = ask(server, request);
+    if (!error().isEmpty()) {
+        return fail(error());
+    }
+    return print(reply.get(), *request.listing, asXml);
+}
+
+const Listing *findListing(const QStringList &arguments)
+{
+    const auto found = std::find_if(
+        std::begin(LISTINGS), std::end(LISTINGS), [&arguments](const Listing &listing) {
+            return arguments == QStringList(QLatin1String(listing.name));
+        });
+    return found == std::end(LISTINGS) ? nullptr : found;
+}
+
+void declareOptions(QCommandLineParser &parser)
+{
+    parser.addOption({ KEY_OPTION, QString(), KEY_OPTION });
+    parser.addOption({ PUBLICATIONS_OPTION, QString() });
+    parser.addOption({ DATABASE_OPTION, QString(), DATABASE_OPTION });
+    parser.addOption({ FORMAT_OPTION, QString(), FORMAT_OPTION, TABLE });
+}
+
+int run(const Command &command, const QCommandLineParser &parser)
+{
+    Request request;
+    request.listing = findListing(parser.positionalArguments());
+    if (!request.listing) {
+        return misuse(command, QStringLiteral("name one thing to list"));
+    }
+    const QString format = parser.value(FORMAT_OPTION);
+    if (format != XML && format != TABLE) {
+        return misuse(command, QStringLiteral("there is no format \"%1\"").arg(format));
+    }
+    const QStringList keys = parser.values(KEY_OPTION);
+    if (!keys.isEmpty() && !request.listing->takesKeys) {
+        return misuse(command, QStringLiteral("outputs are not listed by key"));
+    }
+    for (const QString &text : keys) {
+        const std::optional<TQKEY_ELEMENT> key = readKey(text);
+        if (!key) {
+            return fail(QStringLiteral("\"%1\" is no key: write KEY:HKEY, like 1f:56").arg(text));
+        }
+        request.keys.push_back(*key);
+    }
+    request.includesPublications = parser.isSet(PUBLICATIONS_OPTION);
+    return list(request,
+        parser.isSet(DATABASE_OPTION) ? databaseUrl(parser.value(DATABASE_OPTION)) : sampleUrl(),
+        format == XML);
+}
+
+}  // namespace
+
+const Command LIST_COMMAND = {
+    "list",
+    "outputs|publications|books|jobs [--key KEY:HKEY]... [--include-publications]"
+    " [--database DATABASE] [--format xml|table]",
+    "Lists what a store holds; by default all, from the sample that comes with tqxml.\n\n"
+    "  --key KEY:HKEY         Only what belongs to this owner of books, or to this output.\n"
+    "  --include-publications List the jobs of publications, too.\n"
+    "  --database DATABASE    The store.\n"
+    "  --format xml|table     The reply packet as XML, or a table for people (the default).\n",
+    declareOptions,
+    run,
+};

@@ -1,0 +1,95 @@
+#include "command.h"
+#include "streams.h"
+#include "values.h"
+
+#include "tqstore.h"
+
+#include <QCommandLineParser>
+#include <QFile>
+
+namespace {
+
+const QString JOBS_OPTION = QStringLiteral("jobs");
+
+int finish(bool ok, const std::string &error)
+{
+    return ok ? DONE : fail(QString::fromStdString(error));
+}
+
+TQPROGRESS progressOf(ProgressBar &bar)
+{
+    return [&bar](size_t done, size_t total) { bar.show(done, total); };
+}
+
+void declareInitOptions(QCommandLineParser &parser)
+{
+    parser.addOption({ JOBS_OPTION, QString(), JOBS_OPTION });
+}
+
+int runInit(const Command &command, const QCommandLineParser &parser)
+{
+    const QStringList arguments = parser.positionalArguments();
+    if (arguments.size() != 1) {
+        return misuse(command, QStringLiteral("give one database"));
+    }
+    bool isNumber = true;
+    const QString jobs = parser.value(JOBS_OPTION);
+    const unsigned count = parser.isSet(JOBS_OPTION) ? jobs.toUInt(&isNumber) : 0;
+    if (!isNumber) {
+        return misuse(command, QStringLiteral("\"%1\" is no number of jobs").arg(jobs));
+    }
+    const QByteArray url = databaseUrl(arguments.first());
+    std::string error;
+    bool ok = false;
+    {
+        ProgressBar bar(QStringLiteral("creating"));
+        ok = parser.isSet(JOBS_OPTION)
+            ? TQCreateGeneratedStore(url.constData(), count, progressOf(bar), error)
+            : TQCreateSampleStore(url.constData(), progressOf(bar), error);
+    }
+    return finish(ok, error);
+}
+
+void declareNoOptions(QCommandLineParser &) {}
+
+int runImport(const Command &command, const QCommandLineParser &parser)
+{
+    const QStringList arguments = parser.positionalArguments();
+    if (arguments.size() < 2) {
+        return misuse(command, QStringLiteral("give a database and files"));
+    }
+    std::vector<std::string> files;
+    for (const QString &file : arguments.mid(1)) {
+        files.push_back(QFile::encodeName(file).toStdString());
+    }
+    std::string error;
+    bool ok = false;
+    {
+        ProgressBar bar(QStringLiteral("importing"));
+        ok = TQImportProfiles(
+            databaseUrl(arguments.first()).constData(), files, progressOf(bar), error);
+    }
+    return finish(ok, error);
+}
+
+}  // namespace
+
+const Command INIT_COMMAND = {
+    "init",
+    "DATABASE [--jobs N]",
+    "Creates a store with the sample. A store that is there already is left alone, and an\n"
+    "interrupted run leaves none.\n\n"
+    "  --jobs N               Generated content with that many jobs instead of the sample.\n",
+    declareInitOptions,
+    runInit,
+};
+
+const Command IMPORT_ICC_COMMAND = {
+    "import-icc",
+    "DATABASE FILE...",
+    "Stores ICC profiles, each under the name of its file without the extension, in place of one\n"
+    "that has this name. A file that is no whole profile leaves the store as it was, like an\n"
+    "interrupted run.\n\n",
+    declareNoOptions,
+    runImport,
+};

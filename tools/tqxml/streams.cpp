@@ -1,0 +1,100 @@
+#include "streams.h"
+
+#include "command.h"
+#include "values.h"
+
+#include <QFile>
+
+#include <cerrno>
+#include <cstring>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr int BAR_WIDTH = 40;
+constexpr char CLEAR_LINE[] = "\r\033[K";
+
+// Writes everything; 0, or the error's number.
+int writeTo(int descriptor, const QByteArray &bytes)
+{
+    const char *next = bytes.constData();
+    const char *const end = next + bytes.size();
+    while (next < end) {
+        const ssize_t written = ::write(descriptor, next, size_t(end - next));
+        if (written < 0 && errno != EINTR) {
+            return errno;
+        }
+        next += qMax<ssize_t>(written, 0);
+    }
+    return 0;
+}
+
+QString line(const QString &message)
+{
+    return QStringLiteral("tqxml: ") + printable(message) + QLatin1Char('\n');
+}
+
+}  // namespace
+
+void claimStandardStreams()
+{
+    // Opened the wrong way round: using the stream still fails.
+    constexpr int MODES[] = { O_WRONLY, O_RDONLY, O_RDONLY };
+    for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {
+        if (::fcntl(descriptor, F_GETFD) < 0) {
+            ::open("/dev/null", MODES[descriptor]);  // takes the lowest free number
+        }
+    }
+}
+
+int writeOutput(const QByteArray &bytes)
+{
+    const int error = writeTo(STDOUT_FILENO, bytes);
+    if (error == 0 || error == EPIPE) {
+        return DONE;
+    }
+    return fail(QStringLiteral("standard output: %1").arg(QString::fromUtf8(std::strerror(error))));
+}
+
+void note(const QString &message) { writeTo(STDERR_FILENO, line(message).toUtf8()); }
+
+int fail(const QString &message)
+{
+    note(message);
+    return FAILED;
+}
+
+int complain(int exitCode, const QString &message, const QString &help)
+{
+    writeTo(STDERR_FILENO, (line(message) + help + QLatin1Char('\n')).toUtf8());
+    return exitCode;
+}
+
+ProgressBar::ProgressBar(const QString &label)
+    : m_label(label)
+    , m_isVisible(::isatty(STDERR_FILENO) != 0)
+{
+}
+
+ProgressBar::~ProgressBar()
+{
+    if (m_percent >= 0) {
+        writeTo(STDERR_FILENO, CLEAR_LINE);
+    }
+}
+
+void ProgressBar::show(size_t done, size_t total)
+{
+    const int percent = total == 0 ? 100 : int(100.0 * double(done) / double(total));
+    if (!m_isVisible || percent == m_percent) {
+        return;
+    }
+    m_percent = percent;
+    const int filled = BAR_WIDTH * percent / 100;
+    const QString bar =
+        QString(filled, QLatin1Char('#')) + QString(BAR_WIDTH - filled, QLatin1Char('.'));
+    const QString text = QStringLiteral("%1 [%2] %3 %").arg(m_label, bar).arg(percent, 3);
+    writeTo(STDERR_FILENO, QByteArray(CLEAR_LINE) + text.toUtf8());
+}

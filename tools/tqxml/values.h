@@ -1,0 +1,29 @@
+#ifndef VALUES_H
+#define VALUES_H
+
+#include "tqtypes.h"
+
+#include <QString>
+
+#include <optional>
+
+/// A key from "KEY:HKEY", both words hexadecimal; nothing for any other text.
+std::optional<TQKEY_ELEMENT> readKey(const QString &text);
+/// "KEY:HKEY", as readKey() takes it.
+QString keyText(const TQKEY_ELEMENT &key);
+QString keyText(const QString &key, const QString &hkey);
+
+/// A data type from its name ("job", "book", ...) or its hexadecimal number; nothing otherwise.
+std::optional<PACKETDATATYPES> readType(const QString &text);
+/// The name of a data type; its hexadecimal number when it has none.
+QString typeText(PACKETDATATYPES type);
+
+/// URL of the store that a DATABASE argument means.
+QByteArray databaseUrl(const QString &database);
+/// URL of the sample in memory.
+QByteArray sampleUrl();
+
+/// The text with every control character replaced, so that it is one line and safe to show.
+QString printable(const QString &text);
+
+#endif

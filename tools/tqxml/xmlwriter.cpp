@@ -1,0 +1,144 @@
+#include "xmlwriter.h"
+
+#include "streams.h"
+
+#include <QDomNamedNodeMap>
+
+#include <map>
+
+namespace {
+
+constexpr QLatin1Char LINE_FEED('\n');
+
+enum Place { InText, InAttribute };
+
+bool isXmlCharacter(uint c)
+{
+    return c == '\t' || c == '\n' || c == '\r' || (c >= 0x20 && c < 0xd800) ||
+        (c > 0xdfff && c < 0xfffe) || c > 0xffff;
+}
+
+class Writer
+{
+public:
+    explicit Writer(QString &error)
+        : m_error(error)
+    {
+    }
+
+    void write(const QDomElement &e, int depth)
+    {
+        m_out += QString(depth, QLatin1Char(' ')) + QLatin1Char('<') + e.tagName();
+        for (const auto &[name, value] : attributesOf(e)) {
+            m_out += QLatin1Char(' ') + name + QLatin1String("=\"");
+            writeText(value, InAttribute);
+            m_out += QLatin1Char('"');
+        }
+        if (!e.hasChildNodes()) {
+            m_out += QLatin1String("/>");
+        } else {
+            m_out += QLatin1Char('>');
+            writeContent(e, depth);
+            m_out += QLatin1String("</") + e.tagName() + QLatin1Char('>');
+        }
+    }
+
+    QByteArray text() const { return (m_out + LINE_FEED).toUtf8(); }
+
+private:
+    static std::map<QString, QString> attributesOf(const QDomElement &e)
+    {
+        std::map<QString, QString> sorted;
+        const QDomNamedNodeMap attributes = e.attributes();
+        for (int i = 0; i < attributes.size(); ++i) {
+            const QDomAttr attribute = attributes.item(i).toAttr();
+            sorted.emplace(attribute.name(), attribute.value());
+        }
+        if (!e.namespaceURI().isEmpty()) {
+            sorted.emplace(QStringLiteral("xmlns"), e.namespaceURI());
+        }
+        return sorted;
+    }
+
+    // White space between elements is layout, beside text it would become part of the text.
+    void writeContent(const QDomElement &e, int depth)
+    {
+        bool isBesideText = false;
+        for (QDomNode node = e.firstChild(); !node.isNull(); node = node.nextSibling()) {
+            if (node.isText()) {
+                isBesideText = true;
+                writeText(node.nodeValue(), InText);
+            } else if (node.isElement()) {
+                m_out += isBesideText ? QString() : QString(LINE_FEED);
+                write(node.toElement(), isBesideText ? 0 : depth + 1);
+            }
+        }
+        m_out += isBesideText ? QString() : LINE_FEED + QString(depth, QLatin1Char(' '));
+    }
+
+    void writeText(const QString &text, Place place)
+    {
+        for (const QChar *c = text.begin(), *end = text.end(); c != end; ++c) {
+            uint code = c->unicode();
+            if (c->isHighSurrogate() && c + 1 != end && c[1].isLowSurrogate()) {
+                m_out += *c++;
+                code = QChar::surrogateToUcs4(c[-1], *c);
+            }
+            if (!isXmlCharacter(code)) {
+                m_error = QStringLiteral("a value holds the character U+%1, which XML cannot hold")
+                              .arg(code, 4, 16, QLatin1Char('0'));
+            }
+            writeCharacter(*c, place);
+        }
+    }
+
+    void writeCharacter(QChar c, Place place)
+    {
+        switch (c.unicode()) {
+        case '<':
+            m_out += QLatin1String("&lt;");
+            break;
+        case '>':
+            m_out += QLatin1String("&gt;");
+            break;
+        case '&':
+            m_out += QLatin1String("&amp;");
+            break;
+        case '"':
+            m_out += place == InAttribute ? QLatin1String("&quot;") : QLatin1String("\"");
+            break;
+        case '\t':
+        case '\n':
+            // A parser turns these into blanks in an attribute, and a carriage return anywhere.
+            if (place == InText) {
+                m_out += c;
+                break;
+            }
+            Q_FALLTHROUGH();
+        case '\r':
+            m_out += QLatin1String("&#x") + QString::number(c.unicode(), 16) + QLatin1Char(';');
+            break;
+        default:
+            m_out += c;
+        }
+    }
+
+    QString m_out;
+    QString &m_error;
+};
+
+}  // namespace
+
+QByteArray xmlText(const QDomElement &element, QString &error)
+{
+    Writer writer(error);
+    writer.write(element, 0);
+    return error.isEmpty() ? writer.text() : QByteArray();
+}
+
+int printXml(const QDomElement &element)
+{
+    QString error;
+    const QByteArray text = xmlText(element, error);
+    return error.isEmpty() ? writeOutput(text) : fail(error);
+}
