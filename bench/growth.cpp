@@ -78,9 +78,7 @@ struct Archive
     TQCommServer server { "" };
     static Archive *current;
 
-    explicit Archive(int count)
-        : references(size_t(count))
-        , names(size_t(count))
+    explicit Archive(int count) : references(size_t(count)), names(size_t(count))
     {
         std::string text = "SI 30a\n";
         for (size_t i = 0; i < references.size(); ++i) {

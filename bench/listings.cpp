@@ -15,9 +15,7 @@ class Jobs
 {
 public:
     Jobs(int owners, int each)
-        : m_each(each)
-        , m_records(size_t(owners) * size_t(each))
-        , m_name("job")
+        : m_each(each), m_records(size_t(owners) * size_t(each)), m_name("job")
     {
         for (size_t i = 0; i < m_records.size(); ++i) {
             TQJOB &job = m_records[i];
@@ -80,10 +78,7 @@ struct Bridge
     TQCommServer connection { "" };
     XMLCommServer server { &connection };
 
-    Bridge(int owners, int each)
-        : jobs(owners, each)
-    {
-    }
+    Bridge(int owners, int each) : jobs(owners, each) {}
 };
 
 Figure::Make gather(int owners, int each)

@@ -77,10 +77,7 @@ Figure::Make compareFirstItems(int items)
 class Sink : public XMLAgent
 {
 public:
-    Sink()
-        : XMLAgent(1)
-    {
-    }
+    Sink() : XMLAgent(1) {}
     void receive(XMLPacket *packet) override { received += packet != nullptr; }
     int received = 0;
 };
@@ -144,10 +141,7 @@ std::function<void()> postAndDeliver()
 class Drain : public XMLAgent
 {
 public:
-    Drain()
-        : XMLAgent(1)
-    {
-    }
+    Drain() : XMLAgent(1) {}
     void receive(XMLPacket *packet) override { delete packet; }
 };
 

@@ -88,17 +88,10 @@ CONVERTSTRUCTELEMENTINFO *TQGetSystemStorageClassConv(PACKETDATATYPES type)
 }
 
 TQPacketable::TQPacketable(PACKETDATATYPES type)
-    : subrecord(nullptr)
-    , datatype(type)
-    , dbkey { 0, 0 }
-    , name(nullptr)
-    , m_fields(nullptr)
+    : subrecord(nullptr), datatype(type), dbkey { 0, 0 }, name(nullptr), m_fields(nullptr)
 {
 }
-TQPacketable::TQPacketable(const TQPacketable &other)
-    : TQPacketable(other.datatype)
-{
-}
+TQPacketable::TQPacketable(const TQPacketable &other) : TQPacketable(other.datatype) {}
 TQPacketable::~TQPacketable() { freeText(name); }
 char *TQPacketable::toPacket(unsigned int &length) const
 {
@@ -118,30 +111,17 @@ void TQPacketable::setData(unsigned char *) {}
 
 TQPacketable *PacketableUtil::getPacketable(PACKETDATATYPES type) { return new TQPacketable(type); }
 
-BOOK_CC::BOOK_CC()
-    : TQPacketable(PACKETDATATYPE_BOOK)
-{
-}
+BOOK_CC::BOOK_CC() : TQPacketable(PACKETDATATYPE_BOOK) {}
 BOOK_CC::~BOOK_CC() = default;
-TQJOB_CC::TQJOB_CC()
-    : TQPacketable(PACKETDATATYPE_JOB)
-{
-}
+TQJOB_CC::TQJOB_CC() : TQPacketable(PACKETDATATYPE_JOB) {}
 TQJOB_CC::~TQJOB_CC() = default;
 int TQJOB_CC::pageNumber(const TQJOB *job) { return job->reserved1[0]; }
 void TQJOB_CC::trimLists(TQJOB *) {}
-ICCPROFILEDATA_CC::ICCPROFILEDATA_CC()
-    : TQPacketable(PACKETDATATYPE_ICCPROFILE)
-{
-}
+ICCPROFILEDATA_CC::ICCPROFILEDATA_CC() : TQPacketable(PACKETDATATYPE_ICCPROFILE) {}
 ICCPROFILEDATA_CC::~ICCPROFILEDATA_CC() = default;
 void ICCPROFILEDATA_CC::load(std::string &, unsigned short) {}
 
-ArchiveNode::ArchiveNode(TQPacketable *item)
-    : packetable(item)
-    , m_children(nullptr)
-{
-}
+ArchiveNode::ArchiveNode(TQPacketable *item) : packetable(item), m_children(nullptr) {}
 ArchiveNode::~ArchiveNode() { delete packetable; }
 void ArchiveNode::add(ArchiveNode *) {}
 ArchiveNode *ArchiveNode::findNode(const TQDB_REFERENCE *reference) const
@@ -149,10 +129,7 @@ ArchiveNode *ArchiveNode::findNode(const TQDB_REFERENCE *reference) const
     return readyNode(reference);
 }
 
-TQCommServer::TQCommServer(const char *)
-    : m_connection(nullptr)
-{
-}
+TQCommServer::TQCommServer(const char *) : m_connection(nullptr) {}
 TQCommServer::~TQCommServer() = default;
 TQLISTRECORD *TQCommServer::getDBList(TQLPCOMMANDS &, ZQ_MESSAGE_ID &, PACKETDATATYPES)
 {
@@ -180,8 +157,7 @@ ArchiveNode *TQCommServer::getArchiveNode(
 const char *TQCommServer::errorText() const { return ""; }
 
 TextItem::TextItem(std::string text)
-    : TQPacketable(PACKETDATATYPES(BENCH_TYPE))
-    , m_text(std::move(text))
+    : TQPacketable(PACKETDATATYPES(BENCH_TYPE)), m_text(std::move(text))
 {
 }
 TextItem::~TextItem() = default;

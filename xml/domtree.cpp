@@ -2,6 +2,8 @@
 
 #include "xmlobject.h"
 
+#include <algorithm>
+#include <array>
 #include <vector>
 
 namespace {
@@ -91,12 +93,16 @@ bool sameTexts(QDomNode &a, QDomNode &b)
     return true;
 }
 
-// The attribute of that name; QtXml finds one with a namespace only by that.
-QDomNode likeNamed(const QDomNamedNodeMap &attributes, const QDomNode &attribute)
+// Names, values and namespaces of the attributes, in order.
+std::vector<std::array<QString, 3>> sorted(const QDomNamedNodeMap &attributes)
 {
-    const QDomNode found = attributes.namedItem(attribute.nodeName());
-    return found.isNull() ? attributes.namedItemNS(attribute.namespaceURI(), attribute.localName())
-                          : found;
+    std::vector<std::array<QString, 3>> list;
+    for (int i = 0; i < attributes.length(); ++i) {
+        const QDomNode attribute = attributes.item(i);
+        list.push_back({ attribute.nodeName(), attribute.nodeValue(), attribute.namespaceURI() });
+    }
+    std::sort(list.begin(), list.end());
+    return list;
 }
 
 bool sameAttributes(const QDomElement &a, const QDomElement &b)
@@ -108,11 +114,12 @@ bool sameAttributes(const QDomElement &a, const QDomElement &b)
     }
     for (int i = 0; i < left.length(); ++i) {
         const QDomNode attribute = left.item(i);
-        const QDomNode other = likeNamed(right, attribute);
-        if (other.nodeName() != attribute.nodeName() ||
-            other.nodeValue() != attribute.nodeValue() ||
+        const QDomNode other = right.namedItem(attribute.nodeName());
+        if (other.nodeValue() != attribute.nodeValue() ||
+            other.nodeName() != attribute.nodeName() ||
             other.namespaceURI() != attribute.namespaceURI()) {
-            return false;
+            // QtXml does not find those with a prefix by name.
+            return sorted(left) == sorted(right);
         }
     }
     return true;

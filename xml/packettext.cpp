@@ -24,12 +24,7 @@ const QString END_VALUE = QStringLiteral("0");  // what the lines that close a b
 class TextLines
 {
 public:
-    TextLines(const char *text, size_t length)
-        : m_begin(text)
-        , m_at(text)
-        , m_end(text + length)
-    {
-    }
+    TextLines(const char *text, size_t length) : m_begin(text), m_at(text), m_end(text + length) {}
 
     bool take(QStringView &line)
     {
@@ -84,11 +79,7 @@ private:
 class ListLines
 {
 public:
-    ListLines(const QStringList &lines, unsigned int index)
-        : m_lines(lines)
-        , m_index(index)
-    {
-    }
+    ListLines(const QStringList &lines, unsigned int index) : m_lines(lines), m_index(index) {}
 
     bool take(QStringView &line)
     {
@@ -148,9 +139,7 @@ template<typename Lines>
 class Reader
 {
 public:
-    Reader(Lines &lines, const QDomElement &root)
-        : m_lines(lines)
-        , m_document(root.ownerDocument())
+    Reader(Lines &lines, const QDomElement &root) : m_lines(lines), m_document(root.ownerDocument())
     {
         m_levels.push_back({ root, fieldsOf(root), {}, {} });
     }

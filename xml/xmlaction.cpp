@@ -91,13 +91,9 @@ int firstOr0(const QList<int> &list) { return list.isEmpty() ? 0 : list.first();
 
 }  // namespace
 
-XMLAction::XMLAction()
-    : XMLObject(XMLOBJECT_ACTION)
-{
-}
+XMLAction::XMLAction() : XMLObject(XMLOBJECT_ACTION) {}
 
-XMLAction::XMLAction(const QString &name, int type, int originator)
-    : XMLAction()
+XMLAction::XMLAction(const QString &name, int type, int originator) : XMLAction()
 {
     setName(name);
     setType(type);

@@ -6,8 +6,7 @@
 
 #include <algorithm>
 
-XMLActionGroup::XMLActionGroup(QObject *parent, const char *name)
-    : QObject(parent)
+XMLActionGroup::XMLActionGroup(QObject *parent, const char *name) : QObject(parent)
 {
     setObjectName(QString::fromLatin1(name));
 }

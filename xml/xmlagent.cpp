@@ -4,10 +4,7 @@
 
 #include <memory>
 
-XMLAgent::XMLAgent(int agentType)
-    : m_agentType(agentType)
-{
-}
+XMLAgent::XMLAgent(int agentType) : m_agentType(agentType) {}
 
 XMLAgent::~XMLAgent() = default;
 

@@ -51,15 +51,11 @@ class RecordList
 {
 public:
     RecordList(PACKETDATATYPES family, TQLISTRECORD *records)
-        : m_family(family)
-        , m_head(records)
-        , m_tail(cutOpen(records))
+        : m_family(family), m_head(records), m_tail(cutOpen(records))
     {
     }
     RecordList(RecordList &&other) noexcept
-        : m_family(other.m_family)
-        , m_head(other.release())
-        , m_tail(other.m_tail)
+        : m_family(other.m_family), m_head(other.release()), m_tail(other.m_tail)
     {
     }
     RecordList &operator=(RecordList &&) = delete;
@@ -217,11 +213,7 @@ std::vector<OwnedRecord> takePublications(RecordList &jobs)
 
 }  // namespace
 
-XMLCommServer::XMLCommServer(TQCommServer *server)
-    : XMLAgent(0)
-    , m_commServer(server)
-{
-}
+XMLCommServer::XMLCommServer(TQCommServer *server) : XMLAgent(0), m_commServer(server) {}
 
 XMLCommServer::~XMLCommServer() = default;
 

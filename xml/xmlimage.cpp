@@ -7,16 +7,9 @@ const QString NAME = QStringLiteral("name");
 
 }  // namespace
 
-XMLImage::XMLImage()
-    : XMLObject(XMLOBJECT_IMAGE)
-{
-}
+XMLImage::XMLImage() : XMLObject(XMLOBJECT_IMAGE) {}
 
-XMLImage::XMLImage(const QString &name)
-    : XMLImage()
-{
-    setName(name);
-}
+XMLImage::XMLImage(const QString &name) : XMLImage() { setName(name); }
 
 XMLImage::~XMLImage() = default;
 

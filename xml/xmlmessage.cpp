@@ -6,16 +6,9 @@ const QString MESSAGE = QStringLiteral("msg");
 
 }  // namespace
 
-XMLMessage::XMLMessage()
-    : XMLObject(XMLOBJECT_MSG)
-{
-}
+XMLMessage::XMLMessage() : XMLObject(XMLOBJECT_MSG) {}
 
-XMLMessage::XMLMessage(const QString &text)
-    : XMLMessage()
-{
-    setMessage(text);
-}
+XMLMessage::XMLMessage(const QString &text) : XMLMessage() { setMessage(text); }
 
 XMLMessage::~XMLMessage() = default;
 

@@ -150,8 +150,7 @@ QString numberText(qint64 value, int base)
                      : QString::number(quint64(value), radix);
 }
 
-XMLObject::XMLObject(XMLOBJECT_TYPE type)
-    : m_type(type)
+XMLObject::XMLObject(XMLOBJECT_TYPE type) : m_type(type)
 {
     if (type != XMLOBJECT_PACKET) {  // a packet has a document of its own and seldom needs this one
         element();

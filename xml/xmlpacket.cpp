@@ -15,11 +15,7 @@ const QString XMLPacket::DESTINATION = QStringLiteral("dst");
 const QString XMLPacket::BODY = QStringLiteral("body");
 const QString XMLPacket::AGENT_ID = QStringLiteral("agent_id");
 
-XMLPacket::XMLPacket()
-    : XMLObject(XMLOBJECT_PACKET)
-{
-    init(nullptr);
-}
+XMLPacket::XMLPacket() : XMLObject(XMLOBJECT_PACKET) { init(nullptr); }
 
 XMLPacket::~XMLPacket() = default;
 

@@ -89,10 +89,7 @@ QDomElement findBelow(const QDomElement &e, Accept accept)
 
 }  // namespace
 
-XMLPacketable::XMLPacketable()
-    : XMLObject(XMLOBJECT_PACKETABLE)
-{
-}
+XMLPacketable::XMLPacketable() : XMLObject(XMLOBJECT_PACKETABLE) {}
 
 XMLPacketable::~XMLPacketable() { dropCache(); }
 

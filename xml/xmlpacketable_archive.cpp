@@ -86,10 +86,7 @@ void loadProfile(TQCommServer &server, TQPacketable *item)
 class XMLPacketable::Inlining
 {
 public:
-    explicit Inlining(TQCommServer &server)
-        : m_server(server)
-    {
-    }
+    explicit Inlining(TQCommServer &server) : m_server(server) {}
 
     void load(XMLPacketable &item, const ArchiveNode *node);
     void insert(XMLPacketable &item, const ReferringFields &fields, const ArchiveNode *child);

@@ -22,9 +22,7 @@ constexpr int MAX_SUPPLYING = 64;
 }  // namespace
 
 XMLRouter::XMLRouter(TQCommServer *server, QObject *parent, const char *name)
-    : QObject(parent)
-    , m_sendTimer(new QTimer(this))
-    , m_commServerAgent(new XMLCommServer(server))
+    : QObject(parent), m_sendTimer(new QTimer(this)), m_commServerAgent(new XMLCommServer(server))
 {
     setObjectName(QString::fromLatin1(name));
     m_commServerAgent->setAgentID(COMM_SERVER_ID);

@@ -31,16 +31,9 @@ void changeActions(const QDomElement &page, int type, int originator, Change cha
 
 }  // namespace
 
-XMLUI::XMLUI()
-    : XMLObject(XMLOBJECT_UI)
-{
-}
+XMLUI::XMLUI() : XMLObject(XMLOBJECT_UI) {}
 
-XMLUI::XMLUI(const QString &name)
-    : XMLUI()
-{
-    setName(name);
-}
+XMLUI::XMLUI(const QString &name) : XMLUI() { setName(name); }
 
 XMLUI::~XMLUI() = default;
 
