@@ -94,6 +94,7 @@ public:
 private:
     friend class XMLRouter;  // marks what it has taken over
 
+    bool isShown(const QDomElement &id) const;  // unless an application took it out of the document
     QDomElement appendCopy(const XMLObject &item);
     void appendMoved(XMLObject &item);
 

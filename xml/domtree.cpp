@@ -105,16 +105,23 @@ std::vector<std::array<QString, 3>> sorted(const QDomNamedNodeMap &attributes)
     return list;
 }
 
-bool sameAttributes(const QDomElement &a, const QDomElement &b)
+// Likely is the name of the attribute that was compared last: elements in a row mostly have the
+// same one, and to find it by name is quicker than by position.
+bool sameAttributes(const QDomElement &a, const QDomElement &b, QString &likely)
 {
     const QDomNamedNodeMap left = a.attributes();
     const QDomNamedNodeMap right = b.attributes();
-    if (left.length() != right.length()) {
+    const int count = left.length();
+    if (count != right.length()) {
         return false;
     }
-    for (int i = 0; i < left.length(); ++i) {
-        const QDomNode attribute = left.item(i);
-        const QDomNode other = right.namedItem(attribute.nodeName());
+    for (int i = 0; i < count; ++i) {
+        QDomNode attribute = count == 1 ? left.namedItem(likely) : QDomNode();
+        if (attribute.isNull()) {
+            attribute = left.item(i);
+            likely = attribute.nodeName();
+        }
+        const QDomNode other = right.namedItem(likely);
         if (other.nodeValue() != attribute.nodeValue() ||
             other.nodeName() != attribute.nodeName() ||
             other.namespaceURI() != attribute.namespaceURI()) {
@@ -125,15 +132,15 @@ bool sameAttributes(const QDomElement &a, const QDomElement &b)
     return true;
 }
 
-// Compares two nodes without what is below them.
-bool sameNode(const QDomNode &a, const QDomNode &b)
+// Compares two nodes without what is below them; see sameAttributes() for likely.
+bool sameNode(const QDomNode &a, const QDomNode &b, QString &likely)
 {
     if (a.nodeType() != b.nodeType()) {
         return false;
     }
     if (a.isElement()) {
         return a.nodeName() == b.nodeName() && a.namespaceURI() == b.namespaceURI() &&
-            sameAttributes(a.toElement(), b.toElement());
+            sameAttributes(a.toElement(), b.toElement(), likely);
     }
     return a.isDocument() || XMLObject::toString(a) == XMLObject::toString(b);
 }
@@ -185,12 +192,13 @@ bool sameDocument(const QDomDocument &a, const QDomDocument &b)
     QDomNode parentB = b;
     QDomNode nodeA = a.firstChild();
     QDomNode nodeB = b.firstChild();
+    QString likely;
     for (;;) {
         if (!sameTexts(nodeA, nodeB) || nodeA.isNull() != nodeB.isNull()) {
             return false;
         }
         if (!nodeA.isNull()) {
-            if (!sameNode(nodeA, nodeB)) {
+            if (!sameNode(nodeA, nodeB, likely)) {
                 return false;
             }
             parentA = nodeA;

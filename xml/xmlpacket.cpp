@@ -47,9 +47,19 @@ XMLPacket &XMLPacket::operator=(const XMLPacket &other)
 bool XMLPacket::operator==(const XMLPacket &other) const
 {
     // Most packets differ in their ids already, which saves the walk over both documents.
-    return m_source.attribute(AGENT_ID) == other.m_source.attribute(AGENT_ID) &&
-        m_destination.attribute(AGENT_ID) == other.m_destination.attribute(AGENT_ID) &&
-        sameDocument(m_packetDocument, other.m_packetDocument);
+    const bool sameSource = m_source.attribute(AGENT_ID) == other.m_source.attribute(AGENT_ID);
+    const bool sameIDs =
+        sameSource && m_destination.attribute(AGENT_ID) == other.m_destination.attribute(AGENT_ID);
+    if (!sameIDs && isShown(sameSource ? m_destination : m_source)) {
+        return false;
+    }
+    return sameDocument(m_packetDocument, other.m_packetDocument);
+}
+
+bool XMLPacket::isShown(const QDomElement &id) const
+{
+    return !id.parentNode().isNull() && !m_header.parentNode().isNull() &&
+        !m_root.parentNode().isNull();
 }
 
 bool XMLPacket::operator!=(const XMLPacket &other) const { return !(*this == other); }

@@ -83,7 +83,7 @@ void loadProfile(TQCommServer &server, TQPacketable *item)
 }  // namespace
 
 // One conversion of an archive node with all that it refers to.
-class XMLPacketable::Inlining
+class TQXML_NO_EXPORT XMLPacketable::Inlining
 {
 public:
     explicit Inlining(TQCommServer &server) : m_server(server) {}
