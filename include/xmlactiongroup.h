@@ -5,6 +5,7 @@
 
 #include <QList>
 #include <QObject>
+#include <QPointer>
 
 class XMLAction;
 
@@ -47,7 +48,7 @@ public Q_SLOTS:
     void approveToggle(bool &approved);
 
 private:
-    QList<XMLAction *> m_actions;  // not owned, no pointer to a deleted action
+    QList<QPointer<XMLAction>> m_actions;  // not owned; null where an action is dying or gone
     bool m_updating = false;  // inside updateActions()
 };
 

@@ -16,6 +16,9 @@
 /// Nothing here reports errors: what is absent or unreadable reads as 0, false, a null string or
 /// an empty list, and what cannot be done changes nothing. Null elements are allowed everywhere.
 ///
+/// A deep copy, here and in all that derives from it, reaches 384 levels down and leaves out what
+/// lies deeper: QtXml would copy and write that at the risk of the stack.
+///
 /// Objects have no QObject parent and belong to whoever makes them. They and their elements are
 /// for one thread at a time. A handle of an element taken from an object does not keep the
 /// object's document alive; keep the object, or a QDomDocument of the element, as long as it.
@@ -52,7 +55,7 @@ public:
     QString rootNodeName() const;
 
     /// Text of a node with all below, indented by one blank per level. Attributes stand in no
-    /// fixed order. What lies more than 512 levels below the node is left out.
+    /// fixed order. What lies more than 384 levels below the node is left out.
     static QString toString(const QDomNode &n);
     QString toString() const;
 
@@ -72,6 +75,7 @@ public:
         const QString &namespaceURI, const QString &qualifiedName);
     /// Makes the same document and drops it.
     static void createDocumentV(const QString &namespaceURI, const QString &qualifiedName);
+    /// The document element; null when the document has none.
     static QDomElement getDocumentRoot(const QDomDocument &d);
 
     /// @{
@@ -116,6 +120,7 @@ public:
     /// @{
     /// Writes a property: appends the child element with one text node, or replaces the first text
     /// node of the one that is there. An existing element without any text node stays as it is.
+    /// Where another kind of node has the name, it is found first, and another element is appended.
     /// A double keeps 6 significant digits; a negative number has a leading "-" in every base.
     static void setProperty(QDomElement &e, const QString &name, const QString &text);
     static void setProperty(QDomElement &e, const QString &name, double value);

@@ -81,7 +81,7 @@ public:
     /// The first element below e, at any depth, that is named by the data tag, or an attribute of
     /// it; a null node or a null string when there is none.
     static QDomNode getTagNode(const QDomElement &e, int tag);
-    static QString getTagAttribute(const QDomElement &e, int tag, const QString &attribute);
+    static QString getTagAttribute(const QDomElement &e, int tag, QString attribute);
     /// @}
     /// @{
     /// Packetable elements of that data type directly below root: the first one, or all. The list
@@ -146,8 +146,9 @@ public:
     /// A new item, owned by the caller, filled by setData(server, node); null for a null node.
     [[nodiscard]] static XMLPacketable *fromArchiveNode(TQCommServer &server, ArchiveNode *node);
     /// Puts a copy of the child node's item, with all that it refers to, into every field of this
-    /// item that refers to it by key or, when its key is not valid, by name. Does nothing unless
-    /// this item has a cached server item.
+    /// item that refers to it by key or, when its key is not valid, by name. Names are compared as
+    /// Latin-1 text: only those in ASCII match what the fields hold. Does nothing unless this item
+    /// has a cached server item.
     void insertInlineData(TQCommServer &server, const ArchiveNode *child);
     /// Appends a new reference, owned by the caller, for each field that holds an inlined item;
     /// true when there was one. Items inside the item's lists are not searched.

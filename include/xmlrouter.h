@@ -38,7 +38,8 @@ public:
     ~XMLRouter() override;
 
     /// Registers an agent under a new id; null is ignored. An agent added again gets a further id
-    /// and stays reachable under the earlier one.
+    /// and stays reachable under the earlier one, which remove() leaves: it must outlive the
+    /// router.
     void add(XMLAgent *agent);
     /// Takes the agent off under its current id, and tells the others; null is ignored. Packets
     /// queued for it count as undeliverable.
@@ -88,6 +89,7 @@ private:
     XMLAgentBroker *m_agentBroker = nullptr;  // owned; null until set
     QPointer<QAbstractEventDispatcher> m_dispatcher;  // the one that knows of the running timer
     bool m_isPosted = false;  // a call of send() waits for an event loop to be there
+    int m_deliveries = 0;  // calls of send() that are delivering, one inside the other
     QList<int> m_supplying;  // types the broker is being asked for
 };
 

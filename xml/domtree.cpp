@@ -140,6 +140,7 @@ bool sameNode(const QDomNode &a, const QDomNode &b, QString &likely)
     }
     if (a.isElement()) {
         return a.nodeName() == b.nodeName() && a.namespaceURI() == b.namespaceURI() &&
+            a.namespaceURI().isNull() == b.namespaceURI().isNull() &&
             sameAttributes(a.toElement(), b.toElement(), likely);
     }
     return a.isDocument() || XMLObject::toString(a) == XMLObject::toString(b);

@@ -259,9 +259,12 @@ XMLActionGroup *XMLAction::actionGroup() const { return m_actionGroup; }
 
 QDomElement XMLAction::append(TQPacketable &item)
 {
+    if (element().isNull()) {
+        return QDomElement();
+    }
     XMLPacketable converted;
     converted.setData(item);
-    return append(converted);
+    return element().appendChild(converted.getNodeConst()).toElement();
 }
 
 QDomElement XMLAction::append(XMLPacketable &item)

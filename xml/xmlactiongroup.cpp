@@ -2,10 +2,6 @@
 
 #include "xmlaction.h"
 
-#include <QPointer>
-
-#include <algorithm>
-
 XMLActionGroup::XMLActionGroup(QObject *parent, const char *name) : QObject(parent)
 {
     setObjectName(QString::fromLatin1(name));
@@ -24,12 +20,21 @@ XMLAction *XMLActionGroup::addAction(XMLAction *action)
     return action;
 }
 
-QList<XMLAction *> XMLActionGroup::actions() const { return m_actions; }
+QList<XMLAction *> XMLActionGroup::actions() const
+{
+    QList<XMLAction *> living;
+    for (const QPointer<XMLAction> &action : m_actions) {
+        if (action) {
+            living.append(action);
+        }
+    }
+    return living;
+}
 
 XMLAction *XMLActionGroup::checkedAction() const
 {
-    for (XMLAction *action : m_actions) {
-        if (action->isSelected()) {
+    for (const QPointer<XMLAction> &action : m_actions) {
+        if (action && action->isSelected()) {
             return action;
         }
     }
@@ -38,7 +43,7 @@ XMLAction *XMLActionGroup::checkedAction() const
 
 void XMLActionGroup::toggleAction(XMLAction *action)
 {
-    if (m_actions.lastIndexOf(action) >= 0 && !action->isChecked()) {
+    if (action && m_actions.contains(action) && !action->isChecked()) {
         action->toggle();
     }
 }
@@ -50,16 +55,11 @@ void XMLActionGroup::updateActions()
         return;
     }
     // What the slots of the others' signals do may delete members, or this group.
-    QList<QPointer<XMLAction>> others;
-    for (XMLAction *action : m_actions) {
-        if (action != reporter) {
-            others.append(action);
-        }
-    }
+    const QList<QPointer<XMLAction>> members = m_actions;
     const QPointer<XMLActionGroup> self(this);
     m_updating = true;
-    for (const QPointer<XMLAction> &action : others) {
-        if (action) {
+    for (const QPointer<XMLAction> &action : members) {
+        if (action && action != reporter) {
             action->setChecked(false);
         }
         if (!self) {
@@ -72,24 +72,18 @@ void XMLActionGroup::updateActions()
 void XMLActionGroup::removeAction(XMLAction *action)
 {
     if (!action) {
-        const QObject *reporter = sender();
         action = qobject_cast<XMLAction *>(sender());
-        if (!action) {
-            // In its signal destroyed() an action is no longer one: it is only compared.
-            m_actions.erase(std::remove_if(m_actions.begin(), m_actions.end(),
-                                [reporter](const QObject *member) { return member == reporter; }),
-                m_actions.end());
-            return;
-        }
         if (!m_actions.contains(action)) {
-            return;
+            action = nullptr;
         }
     }
-    action->setActionGroup(nullptr);
-    disconnect(action, nullptr, this, nullptr);
-    m_actions.removeOne(action);
-    if (m_actions.contains(action)) {  // it was added twice, and must not outlive itself here
-        connect(action, SIGNAL(destroyed(QObject *)), this, SLOT(removeAction()));
+    if (action) {
+        action->setActionGroup(nullptr);
+        disconnect(action, nullptr, this, nullptr);
+        m_actions.removeOne(action);
+    } else {
+        m_actions.removeAll(
+            QPointer<XMLAction>());  // an action that signals destroyed() is null here already
     }
 }
 
@@ -98,5 +92,5 @@ void XMLActionGroup::removeAction() { removeAction(nullptr); }
 void XMLActionGroup::approveToggle(bool &approved)
 {
     auto *action = qobject_cast<XMLAction *>(sender());
-    approved = m_actions.lastIndexOf(action) < 0 || !action->isChecked();
+    approved = !action || !m_actions.contains(action) || !action->isChecked();
 }

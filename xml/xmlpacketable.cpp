@@ -185,28 +185,31 @@ QDomNode XMLPacketable::getTagNode(const QDomElement &e, int tag)
         e, [&name](const QDomElement &candidate) { return candidate.tagName() == name; });
 }
 
-QString XMLPacketable::getTagAttribute(const QDomElement &e, int tag, const QString &attribute)
+QString XMLPacketable::getTagAttribute(const QDomElement &e, int tag, QString attribute)
 {
     return getAttribute(getTagNode(e, tag).toElement(), attribute);
 }
 
 QDomNode XMLPacketable::getFirstPacketableNodeOfType(const QDomElement &root, PACKETDATATYPES type)
 {
-    std::list<QDomNode> nodes;
-    getPacketableNodesOfType(root, type, nodes);
-    return nodes.empty() ? QDomNode() : nodes.front();
+    QDomElement e = root.firstChildElement(rootNodeName(XMLOBJECT_PACKETABLE));
+    while (!e.isNull() && getType(e) != type) {
+        e = e.nextSiblingElement(rootNodeName(XMLOBJECT_PACKETABLE));
+    }
+    return e;
 }
 
 int XMLPacketable::getPacketableNodesOfType(
     const QDomElement &root, PACKETDATATYPES type, std::list<QDomNode> &out)
 {
-    std::list<QDomNode> nodes;
-    getNodesOfType(root, XMLOBJECT_PACKETABLE, nodes);
-    nodes.remove_if([type](const QDomNode &node) {
-        return !node.isElement() || getType(node.toElement()) != type;
-    });
-    const int count = int(nodes.size());
-    out.splice(out.end(), nodes);
+    int count = 0;
+    for (QDomElement e = root.firstChildElement(rootNodeName(XMLOBJECT_PACKETABLE)); !e.isNull();
+         e = e.nextSiblingElement(rootNodeName(XMLOBJECT_PACKETABLE))) {
+        if (getType(e) == type) {
+            out.push_back(e);
+            ++count;
+        }
+    }
     return count;
 }
 

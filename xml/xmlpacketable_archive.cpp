@@ -99,9 +99,9 @@ private:
 
 void XMLPacketable::Inlining::load(XMLPacketable &item, const ArchiveNode *node)
 {
-    item.dropCache();
     TQPacketable *source = node->packetable;
     if (!source) {
+        item.dropCache();
         return;
     }
     if (source->datatype == PACKETDATATYPE_ICCPROFILE) {
@@ -173,7 +173,9 @@ void XMLPacketable::setData(TQCommServer &server, const ArchiveNode *node)
 
 void XMLPacketable::insertInlineData(TQCommServer &server, const ArchiveNode *child)
 {
-    Inlining(server).insert(*this, ReferringFields(element(), getType()), child);
+    if (m_packetable && child) {
+        Inlining(server).insert(*this, ReferringFields(element(), getType()), child);
+    }
 }
 
 bool XMLPacketable::getXPKReferences(QList<XPKReference *> &references) const

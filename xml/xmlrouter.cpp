@@ -9,12 +9,16 @@
 #include <QTimer>
 
 #include <limits>
+#include <utility>
 
 namespace {
 
 constexpr int COMM_SERVER_ID = -1;
 constexpr int UNKNOWN_AGENT_TYPE = 5;
 constexpr int NO_AGENT = 0;
+
+// Calls of send() inside of receive() that go on delivering; the stack is no place for a queue.
+constexpr int MAX_DELIVERIES = 64;
 
 // Types that a broker may be asked for while it is supplying others.
 constexpr int MAX_SUPPLYING = 64;
@@ -35,8 +39,8 @@ XMLRouter::XMLRouter(TQCommServer *server, QObject *parent, const char *name)
 XMLRouter::~XMLRouter()
 {
     remove(m_commServerAgent);
-    delete m_commServerAgent;
-    delete m_agentBroker;
+    delete std::exchange(m_commServerAgent, nullptr);
+    delete std::exchange(m_agentBroker, nullptr);
 }
 
 void XMLRouter::add(XMLAgent *agent)
@@ -175,8 +179,12 @@ void XMLRouter::schedule()
 
 void XMLRouter::send()
 {
-    const QPointer<XMLRouter> self(this);
     m_isPosted = false;
+    if (m_deliveries >= MAX_DELIVERIES) {
+        return;  // the outer ones deliver the rest
+    }
+    const QPointer<XMLRouter> self(this);
+    ++m_deliveries;
     while (self && !m_packetQueue.isEmpty()) {
         XMLPacket *const packet = m_packetQueue.takeFirst();
         packet->m_takenBy = nullptr;
@@ -191,5 +199,8 @@ void XMLRouter::send()
             delete packet;
             notifyAgentRemovals(destination);
         }
+    }
+    if (self) {
+        --m_deliveries;
     }
 }

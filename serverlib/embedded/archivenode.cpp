@@ -51,11 +51,7 @@ struct ArchiveNode::Children
     std::unordered_map<std::string, Found> byName;
 };
 
-ArchiveNode::ArchiveNode(TQPacketable *item)
-    : packetable(item)
-    , m_children(new Children)
-{
-}
+ArchiveNode::ArchiveNode(TQPacketable *item) : packetable(item), m_children(new Children) {}
 
 ArchiveNode::~ArchiveNode()
 {

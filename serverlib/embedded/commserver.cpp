@@ -74,10 +74,7 @@ int idOf(const TQKEY_ELEMENT &key)
 class Archivist
 {
 public:
-    explicit Archivist(Database &database)
-        : m_database(database)
-    {
-    }
+    explicit Archivist(Database &database) : m_database(database) {}
 
     // The item of that type with that id or name and what it refers to; null when there is none.
     std::unique_ptr<ArchiveNode> load(
@@ -161,7 +158,7 @@ private:
 
 }  // namespace
 
-struct TQCommServer::Connection
+struct __attribute__((visibility("hidden"))) TQCommServer::Connection
 {
     bool open(const char *url);
     // Starts a command; false, with the command failed, when the store cannot be reached.
@@ -215,8 +212,7 @@ TQLISTRECORD *TQCommServer::Connection::list(TQLPCOMMANDS &record, PACKETDATATYP
     return records;
 }
 
-TQCommServer::TQCommServer(const char *url)
-    : m_connection(new Connection)
+TQCommServer::TQCommServer(const char *url) : m_connection(new Connection)
 {
     if (!m_connection->open(url ? url : "")) {
         m_connection->error = m_connection->database.error().toUtf8();

@@ -72,19 +72,12 @@ struct TQPacketable::Fields
 };
 
 TQPacketable::TQPacketable(PACKETDATATYPES type)
-    : subrecord(nullptr)
-    , datatype(type)
-    , dbkey(TQKEY_CC::getNullKey())
-    , name(nullptr)
-    , m_fields(new Fields)
+    : subrecord(nullptr), datatype(type), dbkey(TQKEY_CC::getNullKey()), name(nullptr),
+      m_fields(new Fields)
 {
 }
 
-TQPacketable::TQPacketable(const TQPacketable &other)
-    : TQPacketable()
-{
-    operator=(other);
-}
+TQPacketable::TQPacketable(const TQPacketable &other) : TQPacketable() { operator=(other); }
 
 TQPacketable::~TQPacketable()
 {
@@ -182,24 +175,15 @@ TQPacketable &TQPacketable::operator=(const TQPacketable &other)
 
 void TQPacketable::setName(const char *value) { assignText(name, value); }
 
-BOOK_CC::BOOK_CC()
-    : TQPacketable(PACKETDATATYPE_BOOK)
-{
-}
+BOOK_CC::BOOK_CC() : TQPacketable(PACKETDATATYPE_BOOK) {}
 
 BOOK_CC::~BOOK_CC() = default;
 
-TQJOB_CC::TQJOB_CC()
-    : TQPacketable(PACKETDATATYPE_JOB)
-{
-}
+TQJOB_CC::TQJOB_CC() : TQPacketable(PACKETDATATYPE_JOB) {}
 
 TQJOB_CC::~TQJOB_CC() = default;
 
-ICCPROFILEDATA_CC::ICCPROFILEDATA_CC()
-    : TQPacketable(PACKETDATATYPE_ICCPROFILE)
-{
-}
+ICCPROFILEDATA_CC::ICCPROFILEDATA_CC() : TQPacketable(PACKETDATATYPE_ICCPROFILE) {}
 
 ICCPROFILEDATA_CC::~ICCPROFILEDATA_CC() = default;
 

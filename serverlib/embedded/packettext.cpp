@@ -31,10 +31,7 @@ std::optional<std::string_view> takeLine(std::string_view &text)
 class Checker
 {
 public:
-    explicit Checker(PACKETDATATYPES type)
-        : m_type(type)
-    {
-    }
+    explicit Checker(PACKETDATATYPES type) : m_type(type) {}
 
     bool check(std::string_view text)
     {

@@ -78,9 +78,7 @@ class Seeder
 {
 public:
     Seeder(Database &database, const TQPROGRESS &progress, size_t total)
-        : m_database(database)
-        , m_progress(progress)
-        , m_total(total)
+        : m_database(database), m_progress(progress), m_total(total)
     {
     }
 
@@ -241,11 +239,10 @@ void fillSample(Seeder &seeder)
 struct GeneratedSizes
 {
     explicit GeneratedSizes(size_t jobCount)
-        : jobs(jobCount)
-        , outputs(std::size(Sample::OUTPUTS) + jobs / JOBS_PER_OUTPUT)
-        , owners(std::size(Sample::OWNERS) + jobs / JOBS_PER_OWNER)
-        , books(std::size(Sample::BOOKS) + jobs / JOBS_PER_BOOK)
-        , publications((jobs / 2 + GENERATED_ISSUE_PAGES - 1) / GENERATED_ISSUE_PAGES)
+        : jobs(jobCount), outputs(std::size(Sample::OUTPUTS) + jobs / JOBS_PER_OUTPUT),
+          owners(std::size(Sample::OWNERS) + jobs / JOBS_PER_OWNER),
+          books(std::size(Sample::BOOKS) + jobs / JOBS_PER_BOOK),
+          publications((jobs / 2 + GENERATED_ISSUE_PAGES - 1) / GENERATED_ISSUE_PAGES)
     {
     }
     size_t rows() const

@@ -163,8 +163,7 @@ bool isUsable(const TQSTORAGEFIELD *fields, size_t count)
 }  // namespace
 
 StorageClass::StorageClass(PACKETDATATYPES type, const TQSTORAGEFIELD *fields, size_t count)
-    : m_type(type)
-    , m_source(sourceOf(type))
+    : m_type(type), m_source(sourceOf(type))
 {
     for (size_t i = 0; i < count; ++i) {
         TQSTORAGEFIELD field = fields[i];

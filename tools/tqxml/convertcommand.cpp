@@ -46,13 +46,14 @@ void readPacketText(XMLPacket &packet, const QString &text)
     for (unsigned index = 0; index < count; ++index) {
         index = all.toDom(root, lines, index);
     }
-    for (QDomElement item = root.firstChildElement(XMLPacketable::ITEM); !item.isNull();
-         item = root.firstChildElement(XMLPacketable::ITEM)) {
+    for (QDomElement item = root.firstChildElement(XMLPacketable::ITEM); !item.isNull();) {
+        const QDomElement next = item.nextSiblingElement(XMLPacketable::ITEM);
         XMLPacketable packetable;
         packetable.setType(XMLPacketable::getType(item));
         QDomElement element = packetable.getNodeConst();
         element.appendChild(item);
         packet.appendV(packetable);
+        item = next;
     }
 }
 
@@ -97,8 +98,7 @@ class Comparison
 {
 public:
     Comparison(const QByteArray &text, const QByteArray &other)
-        : m_text(text.constData(), size_t(text.size()))
-        , m_isEqual(text == other)
+        : m_text(text.constData(), size_t(text.size())), m_isEqual(text == other)
     {
         const std::string_view with(other.constData(), size_t(other.size()));
         const size_t shorter = std::min(m_text.size(), with.size());

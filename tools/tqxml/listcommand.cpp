@@ -6,6 +6,7 @@
 
 #include "xmlaction.h"
 #include "xmlagent.h"
+#include "xmlcommserver.h"
 #include "xmlpacket.h"
 #include "xmlrouter.h"
 
@@ -37,10 +38,11 @@ struct Listing
 };
 
 const Listing LISTINGS[] = {
-    { "outputs", 1000, false, { 0x1, 0x2, 0x3, 0x4, 0x5, 0x6, 0x8, 0x9 } },
-    { "publications", 1001, true, { 0x5, 0x2, 0x6, 0x7, 0xf } },
-    { "books", 1002, true, { 0x1, 0x2, 0x4, 0x5, 0x6, 0x7, 0x3 } },
-    { "jobs", 1003, true, { 0x1, 0x2, 0x5, 0x6, 0x7, 0x9, 0xc, 0x3, 0x4 } },
+    { "outputs", XMLCommServer::REQUEST_OUTPUTS, false,
+        { 0x1, 0x2, 0x3, 0x4, 0x5, 0x6, 0x8, 0x9 } },
+    { "publications", XMLCommServer::REQUEST_PUBLICATIONS, true, { 0x5, 0x2, 0x6, 0x7, 0xf } },
+    { "books", XMLCommServer::REQUEST_BOOKS, true, { 0x1, 0x2, 0x4, 0x5, 0x6, 0x7, 0x3 } },
+    { "jobs", XMLCommServer::REQUEST_JOBS, true, { 0x1, 0x2, 0x5, 0x6, 0x7, 0x9, 0xc, 0x3, 0x4 } },
 };
 
 // Receives the reply to one request.
@@ -49,10 +51,7 @@ class Asker : public XMLAgent
 public:
     static constexpr int TYPE = 1;
 
-    Asker()
-        : XMLAgent(TYPE)
-    {
-    }
+    Asker() : XMLAgent(TYPE) {}
 
     void receive(XMLPacket *packet) override { m_reply.reset(packet); }
     std::unique_ptr<XMLPacket> takeReply() { return std::move(m_reply); }

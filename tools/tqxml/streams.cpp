@@ -73,8 +73,7 @@ int complain(int exitCode, const QString &message, const QString &help)
 }
 
 ProgressBar::ProgressBar(const QString &label)
-    : m_label(label)
-    , m_isVisible(::isatty(STDERR_FILENO) != 0)
+    : m_label(label), m_isVisible(::isatty(STDERR_FILENO) != 0)
 {
 }
 

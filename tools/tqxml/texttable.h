@@ -12,10 +12,7 @@
 class TextTable
 {
 public:
-    explicit TextTable(const QStringList &headings)
-        : m_headings(headings)
-    {
-    }
+    explicit TextTable(const QStringList &headings) : m_headings(headings) {}
 
     /// One cell for each heading.
     void addRow(const QStringList &cells);

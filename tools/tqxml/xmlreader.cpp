@@ -12,9 +12,7 @@ constexpr int MAX_DEPTH = 1000;  // levels of elements; inlined items take three
 class Reader
 {
 public:
-    Reader(const QByteArray &text, LineFeeds lineFeeds)
-        : m_xml(text)
-        , m_lineFeeds(lineFeeds)
+    Reader(const QByteArray &text, LineFeeds lineFeeds) : m_xml(text), m_lineFeeds(lineFeeds)
     {
         m_xml.setNamespaceProcessing(false);  // elements are told by name alone
     }

@@ -21,10 +21,7 @@ bool isXmlCharacter(uint c)
 class Writer
 {
 public:
-    explicit Writer(QString &error)
-        : m_error(error)
-    {
-    }
+    explicit Writer(QString &error) : m_error(error) {}
 
     void write(const QDomElement &e, int depth)
     {
