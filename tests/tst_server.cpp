@@ -50,10 +50,7 @@ bool fill(TQPacketable &item, const QByteArray &text)
 // A connection and what its listings hold.
 struct Client
 {
-    explicit Client(const QByteArray &url)
-        : server(url.constData())
-    {
-    }
+    explicit Client(const QByteArray &url) : server(url.constData()) {}
     ~Client()
     {
         for (TQLISTRECORD *list : lists) {
@@ -155,10 +152,7 @@ bool killed(Work work)
 class Generator
 {
 public:
-    explicit Generator(unsigned seed)
-        : m_random(seed)
-    {
-    }
+    explicit Generator(unsigned seed) : m_random(seed) {}
 
     QByteArray item(int depth)
     {

@@ -1,0 +1,23 @@
+#ifndef DETAILPANE_H
+#define DETAILPANE_H
+
+#include <QTreeWidget>
+
+class QDomElement;
+
+/// The fields of one item, with the items that it refers to below the fields that do.
+class DetailPane : public QTreeWidget
+{
+    Q_OBJECT
+
+public:
+    explicit DetailPane(QWidget *parent);
+
+    /// Shows a packetable element; a null element leaves the pane empty.
+    void setItem(const QDomElement &packetable);
+
+private:
+    void addFields(QTreeWidgetItem *parent, const QDomElement &packetable);
+};
+
+#endif

@@ -1,0 +1,145 @@
+#include "packetlog.h"
+
+#include "xmlmessage.h"
+#include "xmlpacket.h"
+#include "xmlpacketable.h"
+
+#include <QIODevice>
+#include <QLocale>
+#include <QTextStream>
+#include <QTime>
+
+#include <algorithm>
+
+namespace {
+
+constexpr const char *WAYS[] = { "sent", "received" };  // by direction
+constexpr int TEXT_ROLE = Qt::UserRole;
+constexpr Qt::Alignment RIGHT = Qt::AlignRight | Qt::AlignVCenter;
+const QString TIME_FORMAT = QStringLiteral("HH:mm:ss.zzz");
+
+QString sizeText(qint64 bytes) { return QLocale().formattedDataSize(bytes); }
+
+// Counts all that is written and keeps the beginning, so that the text of a large packet never
+// exists as a whole.
+class Beginning : public QIODevice
+{
+public:
+    Beginning() { open(QIODevice::WriteOnly | QIODevice::Unbuffered); }
+
+    // What was written, with a remark where it is cut.
+    QString text() const
+    {
+        if (m_kept.size() == written) {
+            return QString::fromUtf8(m_kept);
+        }
+        const QByteArray lines = m_kept.left(m_kept.lastIndexOf('\n') + 1);
+        return QString::fromUtf8(lines) + QStringLiteral("… and ") +
+            sizeText(written - lines.size()) + QStringLiteral(" more");
+    }
+
+    qint64 written = 0;
+
+protected:
+    qint64 readData(char *, qint64) override { return -1; }
+    qint64 writeData(const char *data, qint64 length) override
+    {
+        const qint64 room = PacketLog::MAX_TEXT - m_kept.size();
+        m_kept.append(data, int(std::min(length, room)));
+        written += length;
+        return length;
+    }
+
+private:
+    QByteArray m_kept;
+};
+
+void write(const QDomNode &node, QIODevice &device)
+{
+    QTextStream stream(&device);
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
+    stream.setCodec("UTF-8");
+#endif
+    node.save(stream, 1);
+}
+
+// The packet's document, reached through an item; of an empty packet, that of a copy.
+QDomDocument documentOf(const XMLPacket &packet)
+{
+    for (const auto type : { XMLObject::XMLOBJECT_PACKETABLE, XMLObject::XMLOBJECT_ACTION,
+             XMLObject::XMLOBJECT_UI, XMLObject::XMLOBJECT_MSG, XMLObject::XMLOBJECT_IMAGE }) {
+        std::list<QDomNode> nodes;
+        if (packet.getNodesOfType(type, nodes) > 0) {
+            return nodes.front().ownerDocument();
+        }
+    }
+    XMLPacket copy;
+    copy = packet;
+    XMLMessage message;
+    QDomElement item = copy.append(message);
+    const QDomDocument document = item.ownerDocument();
+    item.parentNode().removeChild(item);
+    return document;
+}
+
+struct Naming
+{
+    XMLObject::XMLOBJECT_TYPE type;
+    const char *prefix;
+};
+constexpr Naming NAMED[] = {
+    { XMLObject::XMLOBJECT_ACTION, "request for " },
+    { XMLObject::XMLOBJECT_UI, "page " },
+};
+
+QString summary(const XMLPacket &packet)
+{
+    std::list<QDomNode> nodes;
+    for (const Naming &named : NAMED) {
+        if (packet.getNodesOfType(named.type, nodes) > 0) {
+            const QString name =
+                XMLObject::getAttribute(nodes.front().toElement(), XMLPacketable::NAME);
+            return QLatin1String(named.prefix) + name;
+        }
+    }
+    const int items = packet.getNodesOfType(XMLObject::XMLOBJECT_PACKETABLE, nodes);
+    return items == 1 ? QStringLiteral("1 item") : QStringLiteral("%1 items").arg(items);
+}
+
+}  // namespace
+
+PacketLog::PacketLog()
+{
+    setHorizontalHeaderLabels({ QStringLiteral("Time"), QStringLiteral("Direction"),
+        QStringLiteral("From and to"), QStringLiteral("Content"), QStringLiteral("Size") });
+    horizontalHeaderItem(Size)->setTextAlignment(RIGHT);
+}
+
+void PacketLog::setAgentName(int agentID, const QString &name) { m_agentNames[agentID] = name; }
+
+QString PacketLog::agentName(int agentID) const
+{
+    return m_agentNames.value(agentID, QString::number(agentID));
+}
+
+void PacketLog::add(Direction direction, const XMLPacket &packet)
+{
+    Beginning beginning;
+    write(documentOf(packet), beginning);
+    const QString agents = agentName(packet.getSourceAgentID()) + QStringLiteral(" → ") +
+        agentName(packet.getDestinationAgentID());
+    const QString texts[ColumnCount] = { QTime::currentTime().toString(TIME_FORMAT),
+        QLatin1String(WAYS[direction]), agents, summary(packet), sizeText(beginning.written) };
+    QList<QStandardItem *> row;
+    for (const QString &text : texts) {
+        row << new QStandardItem(text);
+        row.last()->setEditable(false);
+        row.last()->setToolTip(text);
+    }
+    row[Size]->setTextAlignment(RIGHT);
+    row[Time]->setData(beginning.text(), TEXT_ROLE);
+    insertRow(0, row);
+    setRowCount(std::min(rowCount(), MAX_PACKETS));
+}
+
+QString PacketLog::text(int row) const { return index(row, Time).data(TEXT_ROLE).toString(); }

@@ -1,0 +1,41 @@
+#include "packetpane.h"
+
+#include "packetlog.h"
+
+#include <QFontDatabase>
+#include <QHeaderView>
+#include <QPlainTextEdit>
+#include <QTreeView>
+
+PacketPane::PacketPane(PacketLog &log, QWidget *parent)
+    : QSplitter(Qt::Horizontal, parent), m_log(log), m_list(new QTreeView(this)),
+      m_text(new QPlainTextEdit(this))
+{
+    m_list->setObjectName(QStringLiteral("packets"));
+    m_list->setModel(&log);
+    m_list->setRootIsDecorated(false);
+    m_list->setUniformRowHeights(true);
+    m_list->setAlternatingRowColors(true);
+    m_text->setObjectName(QStringLiteral("packetText"));
+    m_text->setReadOnly(true);
+    m_text->setLineWrapMode(QPlainTextEdit::NoWrap);
+    m_text->setPlaceholderText(QStringLiteral("Choose a packet to read it."));
+    m_text->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    connect(m_list->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
+        [this](const QModelIndex &row) { m_text->setPlainText(m_log.text(row.row())); });
+
+    QHeaderView *header = m_list->header();
+    header->setStretchLastSection(false);
+    for (const auto &[column, sample] : {
+             std::pair { PacketLog::Time, "00:00:00.000" },
+             std::pair { PacketLog::Way, "Direction" },
+             std::pair { PacketLog::Agents, "Server bridge → Job list" },
+             std::pair { PacketLog::Size, "1000.00 KiB" },
+         }) {
+        const int width = fontMetrics().horizontalAdvance(QString::fromUtf8(sample));
+        header->resizeSection(column, width + fontMetrics().averageCharWidth() * 3);
+    }
+    header->setSectionResizeMode(PacketLog::Content, QHeaderView::Stretch);
+    setStretchFactor(0, 3);
+    setStretchFactor(1, 2);
+}

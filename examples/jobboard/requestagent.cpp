@@ -1,0 +1,87 @@
+#include "requestagent.h"
+
+#include "jobmodel.h"
+#include "packetlog.h"
+#include "xmlaction.h"
+#include "xmlpacket.h"
+#include "xmlrouter.h"
+#include "xmlui.h"
+
+#include <algorithm>
+#include <memory>
+
+RequestAgent::RequestAgent(XMLRouter &to, PacketLog &log) : XMLAgent(TYPE), m_log(log)
+{
+    to.add(this);
+    m_log.setAgentName(getAgentID(), QStringLiteral("Job list"));
+}
+
+RequestAgent::~RequestAgent() { router->remove(this); }
+
+void RequestAgent::ask(const Request &request)
+{
+    m_waiting.push_back(request);
+    if (!m_underWay) {
+        sendNext();
+    }
+}
+
+void RequestAgent::prefer(const TQKEY_ELEMENT &owner)
+{
+    std::stable_partition(m_waiting.begin(), m_waiting.end(),
+        [&owner](const Request &request) { return request.owner && *request.owner == owner; });
+}
+
+void RequestAgent::stop() { m_waiting.clear(); }
+
+int RequestAgent::pending() const { return int(m_waiting.size()) + (m_underWay ? 1 : 0); }
+
+void RequestAgent::sendPage(XMLUI &page, int agentID)
+{
+    XMLPacket *packet = getXMLPacket(agentID);
+    packet->append(page);
+    send(packet);
+}
+
+void RequestAgent::send(XMLPacket *packet)
+{
+    m_log.add(PacketLog::Sent, *packet);
+    router->send(packet);
+}
+
+void RequestAgent::sendNext()
+{
+    m_underWay = m_waiting.front();
+    m_waiting.pop_front();
+    XMLAction action(m_underWay->name, m_underWay->type, getAgentID());
+    action.setExcludePublications(false);
+    if (m_underWay->owner) {
+        action.setTQKEYList({ &*m_underWay->owner });
+    }
+    XMLPacket *packet = getXMLPacket(router->getXMLCommServerID());
+    packet->appendV(action);
+    // The bridge lets go of a request when it has served it; the packet ends in a later turn of
+    // the event loop, after the reply was delivered. Not every request is replied to.
+    connect(packet, &QObject::destroyed, this, &RequestAgent::finish);
+    send(packet);
+}
+
+void RequestAgent::finish()
+{
+    m_underWay.reset();
+    if (!m_waiting.empty()) {
+        sendNext();
+    }
+    Q_EMIT served();
+}
+
+void RequestAgent::receive(XMLPacket *packet)
+{
+    const std::unique_ptr<XMLPacket> reply(packet);  // ours, and dropped when its rows are taken
+    m_log.add(PacketLog::Received, *reply);
+    std::list<QDomNode> items;
+    reply->getNodesOfType(XMLObject::XMLOBJECT_PACKETABLE, items);
+    if (m_underWay) {
+        Q_EMIT replied(m_underWay->type, items);
+    }
+}

@@ -1,0 +1,43 @@
+#ifndef SOURCETREE_H
+#define SOURCETREE_H
+
+#include "jobmodel.h"
+
+#include <QHash>
+#include <QTreeWidget>
+
+/// Outputs, publications and books, each with the number of its jobs.
+class SourceTree : public QTreeWidget
+{
+    Q_OBJECT
+
+public:
+    explicit SourceTree(QWidget *parent);
+
+    /// Takes up what the bridge replied to a request of that type. A publication that several
+    /// outputs print is listed once.
+    void add(int requestType, const std::list<QDomNode> &items);
+    /// Counts the rows of the model from that one on.
+    void count(const JobModel &jobs, int firstRow);
+    void clearSources();
+
+Q_SIGNALS:
+    void chosen(const Source &source);
+
+private:
+    struct Group
+    {
+        QTreeWidgetItem *top;  // child of the tree
+        QHash<QString, QTreeWidgetItem *> byName;  // or by the text of the key
+    };
+
+    Group addGroup(const QString &name, Source::Kind kind);
+    static void raiseCount(QHash<QTreeWidgetItem *, int> &raised, QTreeWidgetItem *item);
+
+    Group m_all;
+    Group m_outputs;
+    Group m_publications;
+    Group m_books;
+};
+
+#endif

@@ -1,0 +1,71 @@
+#ifndef SCRIPT_H
+#define SCRIPT_H
+
+#include "archivenode.h"
+#include "tqstorageclass.h"
+
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+/// One record of a scripted list.
+struct ScriptRecord
+{
+    TQKEY_ELEMENT key;
+    std::string name;
+    int page = 0;
+    std::string publication = {};  ///< empty for a job outside any publication
+    unsigned int publicationId = 0;
+};
+
+/// What the scripted server library answers, what it was asked, and what became of its answers.
+struct Script
+{
+    using Records = std::vector<ScriptRecord>;
+    using Table = std::vector<CONVERTSTRUCTELEMENTINFO>;
+
+    std::map<unsigned int, Records> owners;  ///< by data type
+    std::map<unsigned int, Records> books;  ///< by the key word of their owner
+    std::map<int, Records> jobs;  ///< by the id of their owner, 1000 and its key word
+    std::map<unsigned int, Table> tables;  ///< by data type, without the record that ends them
+    std::string host = "press.example";
+    int port = 0x12345;
+
+    /// Calls that fail, and how: "getBooks null" (nothing, or false), "getBooks error" (records,
+    /// but the command failed), "getBooks null name" (the first record's), "getBooks cycle N" (the
+    /// last record is followed by that one), "toPacket empty".
+    std::set<std::string> faults;
+
+    /// False: ArchiveNode::add() takes no ownership, so that a node may be below several others,
+    /// and below itself.
+    bool ownsNodes = true;
+
+    /// Name and arguments of each call, in order.
+    std::vector<std::string> calls;
+    bool isRecording = true;
+    size_t steps = 0;  ///< records that list operations walked over
+
+    /// What was handed out and not yet given back, and what was given back wrongly: twice, as
+    /// another family, or never handed out.
+    std::set<const void *> records;
+    std::set<const void *> buffers;
+    std::set<const void *> items;
+    int wrongFrees = 0;
+
+    bool isFaulty(const std::string &call, const std::string &how = "null") const
+    {
+        return faults.count(call + ' ' + how) > 0;
+    }
+    void record(const std::string &call)
+    {
+        if (isRecording) {
+            calls.push_back(call);
+        }
+    }
+};
+
+/// The one script. Assign a new one to start anew.
+Script &script();
+
+#endif

@@ -1,0 +1,208 @@
+#ifndef TQXML_TESTS_UTIL_H
+#define TQXML_TESTS_UTIL_H
+
+#include "xmlagent.h"
+#include "xmlmessage.h"
+#include "xmlpacket.h"
+
+#include <QDomDocument>
+#include <QPointer>
+#include <QStringList>
+#include <QTemporaryFile>
+#include <QtTest>
+
+#include <cstdio>
+#include <cstring>
+#include <functional>
+
+#include <unistd.h>
+
+// What several tests need.
+
+inline QString str(const char *utf8) { return QString::fromUtf8(utf8); }
+
+/// An element made from text, and the document it lives in. Bad XML ends the test.
+struct Xml
+{
+    explicit Xml(const QString &text)
+    {
+        QString error;
+        if (!document.setContent(text, false, &error)) {
+            qFatal("%s: %s", qPrintable(error), qPrintable(text));
+        }
+        root = document.documentElement();
+    }
+    explicit Xml(const char *utf8) : Xml(str(utf8)) {}
+
+    QDomDocument document;
+    QDomElement root;
+};
+
+/// A tree as text that shows everything but the order of attributes.
+inline QString canonical(const QDomNode &node)
+{
+    if (!node.isElement()) {
+        return QStringLiteral("[%1 %2:%3]")
+            .arg(QString::number(node.nodeType()), node.nodeName(), node.nodeValue());
+    }
+    QStringList attributes;
+    for (int i = 0; i < node.attributes().count(); ++i) {
+        const QDomNode attribute = node.attributes().item(i);
+        attributes += attribute.nodeName() + QLatin1Char('=') + attribute.nodeValue();
+    }
+    attributes.sort();
+    QString text = QLatin1Char('<') + node.nodeName() + QLatin1Char(' ') +
+        attributes.join(QLatin1Char(';')) + QLatin1Char('>');
+    for (QDomNode n = node.firstChild(); !n.isNull(); n = n.nextSibling()) {
+        text += canonical(n);
+    }
+    return text + QStringLiteral("</>");
+}
+
+/// A chain of that many elements, the innermost made first: asking an element for its document
+/// costs its depth. The handle is of the outermost one, which has no parent.
+inline QDomElement deepTree(QDomDocument &document, const QString &name, int levels)
+{
+    QDomElement tree = document.createElement(name);
+    while (--levels > 0) {
+        QDomElement outer = document.createElement(name);
+        outer.appendChild(tree);
+        tree = outer;
+    }
+    return tree;
+}
+
+/// What an operation writes to the standard output.
+inline QByteArray printed(const std::function<void()> &print)
+{
+    std::fflush(stdout);
+    QTemporaryFile file;
+    const int saved = dup(STDOUT_FILENO);
+    if (!file.open() || dup2(file.handle(), STDOUT_FILENO) < 0) {
+        qFatal("cannot redirect the standard output");
+    }
+    print();
+    std::fflush(stdout);
+    dup2(saved, STDOUT_FILENO);
+    close(saved);
+    file.seek(0);
+    return file.readAll();
+}
+
+// @{
+/// Static operations, or those of a class, with exactly that signature: does not compile where one
+/// is missing.
+template<typename Signature>
+bool exist(std::initializer_list<Signature *> operations)
+{
+    return operations.size() > 0;
+}
+template<typename Class, typename Signature>
+bool existIn(std::initializer_list<Signature Class::*> operations)
+{
+    return operations.size() > 0;
+}
+// @}
+
+/// Place of a virtual operation among those of its class.
+template<typename Signature, typename Class>
+size_t slotOf(Signature Class::*operation)
+{
+    size_t offset = 0;
+    std::memcpy(&offset, &operation, sizeof(offset));
+    return offset / sizeof(void *);
+}
+
+/// A class with one virtual operation more: its place tells how many its base has.
+template<typename Base>
+struct Derived : Base
+{
+    virtual void last() {}
+};
+
+// @{
+/// Data rows from a table of structures that start with their name, and the row of a test.
+template<typename Row, size_t N>
+void addRows(const Row (&table)[N])
+{
+    QTest::addColumn<quintptr>("row");
+    for (const Row &row : table) {
+        QTest::newRow(row.name) << quintptr(&row);
+    }
+}
+template<typename Row>
+const Row &currentRow()
+{
+    QFETCH(quintptr, row);
+    return *reinterpret_cast<const Row *>(row);
+}
+// @}
+
+/// Handles all events that wait, deferred deletions too.
+inline void runEvents()
+{
+    for (int i = 0; i < 3; ++i) {
+        QCoreApplication::processEvents();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+}
+
+/// A packet with one text message; the caller's.
+inline XMLPacket *makePacket(int from, int to, const QString &text)
+{
+    auto packet = new XMLPacket;
+    packet->setSourceAgentID(from);
+    packet->setDestinationAgentID(to);
+    XMLMessage message(text);
+    packet->append(message);
+    return packet;
+}
+
+/// Text of the first message of a packet; empty without one.
+inline QString messageOf(const XMLPacket &packet)
+{
+    std::list<QDomNode> nodes;
+    packet.getNodesOfType(XMLObject::XMLOBJECT_MSG, nodes);
+    return nodes.empty() ? QString() : nodes.front().toElement().attribute(str("msg"));
+}
+
+/// An agent that keeps the packets it gets, and logs as "ID<TEXT" what it receives and as
+/// "ID-REMOVED" the removals it hears of.
+class RecordingAgent : public XMLAgent
+{
+public:
+    RecordingAgent(int type, QStringList *log, bool wantsRemovals = true)
+        : XMLAgent(type), m_log(log)
+    {
+        wantRemovalNotifications = wantsRemovals;
+    }
+    ~RecordingAgent() override { qDeleteAll(packets); }
+
+    void receive(XMLPacket *packet) override
+    {
+        packets.append(packet);
+        *m_log += QStringLiteral("%1<%2").arg(QString::number(getAgentID()), messageOf(*packet));
+        const auto reaction = onReceive;  // may delete this agent
+        if (reaction) {
+            reaction(packet);
+        }
+    }
+    void agentRemoved(int agentID) override
+    {
+        *m_log += QStringLiteral("%1-%2").arg(getAgentID()).arg(agentID);
+        const auto reaction = onRemoved;
+        if (reaction) {
+            reaction(agentID);
+        }
+    }
+    XMLRouter *currentRouter() const { return router; }
+
+    QList<XMLPacket *> packets;  // owned
+    std::function<void(XMLPacket *)> onReceive;
+    std::function<void(int)> onRemoved;
+
+private:
+    QStringList *m_log;
+};
+
+#endif
