@@ -256,6 +256,16 @@ void tst_XMLActionGroup::destruction_data()
         delete std::exchange(s.actions[0], s.group->addAction(action));
         s.group->toggleAction(action);
     });
+    row("destroyed, before the group hears", "12", [](Scene &s) {
+        auto *action = new XMLAction;
+        connect(action, &QObject::destroyed, [&s] {
+            s.actions[1]->setChecked(true);
+            QVERIFY(!s.group->checkedAction());
+            QCOMPARE(s.group->actions().size(), 2);
+        });
+        delete std::exchange(s.actions[0], s.group->addAction(action));
+        delete action;
+    });
     row("in another's toggled", "1", [](Scene &s) {
         s.onToggle(0, [&s] {
             delete s.actions[2];

@@ -274,6 +274,12 @@ void tst_XMLRouter::broker()
 void tst_XMLRouter::brokerRubbish()
 {
     World w;
+    struct Leaver : XMLAgentBroker
+    {
+        ~Leaver() override { router->setAgentBroker(nullptr); }
+        int supplyAgent(int) override { return 0; }
+    };
+    XMLRouter(nullptr, nullptr, nullptr).setAgentBroker(new Leaver);
     w.router->setAgentBroker(new Broker(&w.log, [](XMLRouter *, int type) { return -type; }));
     QCOMPARE(w.router->supplyAgentOfType(12345), -12345);
     int calls = 0;
@@ -434,12 +440,13 @@ void tst_XMLRouter::leftBehind()
 void tst_XMLRouter::longQueue()
 {
     World w;
-    constexpr int COUNT = 20000;
+    constexpr int COUNT = 100000;
     int next = 0;
     w.agents[2]->onReceive = [&](XMLPacket *packet) {
         next += messageOf(*packet) == QString::number(next);
         w.agents[2]->packets.clear();
         delete packet;
+        w.router->send();  // nested deliveries must not take a stack frame for each packet
     };
     for (int i = 0; i < COUNT; ++i) {
         w.run(QStringLiteral("1>2:%1").arg(i));
