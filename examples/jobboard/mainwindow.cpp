@@ -297,6 +297,9 @@ void MainWindow::showJob(const QModelIndex &row)
         const std::unique_ptr<ArchiveNode> node(
             m_server.getArchiveNode(command, message, PACKETDATATYPE_JOB, key));
         m_job.reset(XMLPacketable::fromArchiveNode(m_server, node.get()));
+        if (m_server.iserror(command)) {
+            statusBar()->showMessage(QString::fromUtf8(m_server.errorText()));
+        }
     }
     m_detail->setItem(m_job ? m_job->getNodeConst() : QDomElement());
     if (hadJob != (m_job != nullptr)) {

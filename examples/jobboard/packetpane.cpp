@@ -36,6 +36,6 @@ PacketPane::PacketPane(PacketLog &log, QWidget *parent)
         header->resizeSection(column, width + fontMetrics().averageCharWidth() * 3);
     }
     header->setSectionResizeMode(PacketLog::Content, QHeaderView::Stretch);
-    setStretchFactor(0, 3);
-    setStretchFactor(1, 2);
+    setSizes({ 760, 740 });
+    setStretchFactor(1, 1);
 }

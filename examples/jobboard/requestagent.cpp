@@ -69,10 +69,10 @@ void RequestAgent::sendNext()
 void RequestAgent::finish()
 {
     m_underWay.reset();
-    if (!m_waiting.empty()) {
+    Q_EMIT served();
+    if (!m_underWay && !m_waiting.empty()) {
         sendNext();
     }
-    Q_EMIT served();
 }
 
 void RequestAgent::receive(XMLPacket *packet)
