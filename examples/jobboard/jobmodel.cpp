@@ -46,7 +46,7 @@ bool operator==(const TQKEY_ELEMENT &a, const TQKEY_ELEMENT &b)
 
 QCollator textOrder()
 {
-    QCollator collator(QLocale(QLocale::English));
+    QCollator collator { QLocale(QLocale::English) };
     collator.setNumericMode(true);
     collator.setCaseSensitivity(Qt::CaseInsensitive);
     return collator;
