@@ -5,8 +5,6 @@
 #include "xmlimage.h"
 
 using Actions = QList<XMLAction *>;
-using Change = std::function<void(XMLUI &)>;
-Q_DECLARE_METATYPE(Change)
 
 namespace {
 
@@ -36,7 +34,6 @@ class tst_XMLUI : public QObject
 private Q_SLOTS:
     void page();
     void actions();
-    void edited_data();
     void edited();
     void widePage();
     void image();
@@ -44,13 +41,6 @@ private Q_SLOTS:
 
 void tst_XMLUI::page()
 {
-    using O = XMLUI;
-    QVERIFY((existIn<O, int(Actions &, bool)>({ &O::getActions })));
-    QVERIFY((existIn<O, int(Actions &)>({ &O::getActions })));
-    QVERIFY((existIn<O, int()>({ &O::visibleActionCount })));
-    QVERIFY((existIn<O, QDomElement(XMLAction &)>({ &O::append })));
-    XMLUI unnamed;
-    QVERIFY(unnamed.getName().isNull() && unnamed.isXMLUI());
     XMLUI ui(str("%1"));
     ui.setName(QString());
     XMLAction action(str("a"), 1, 2);
@@ -75,58 +65,38 @@ void tst_XMLUI::actions()
     ui.setNode(Xml(PAGE).root);
     QCOMPARE(ui.getActions(actions, true), 2);
     QCOMPARE(ui.getActions(actions), 3);
-    QCOMPARE(ui.getActions(actions, false), 3);
     QCOMPARE(ui.visibleActionCount(), 2);
     actions.at(0)->setOriginator(7);
-    QCOMPARE(types(actions), str("72112112"));
+    QCOMPARE(types(actions), str("72112"));
     ui.getActions(actions);
     QCOMPARE(types(actions), str("112"));
-}
-
-void tst_XMLUI::edited_data()
-{
-    QTest::addColumn<Change>("change");
-    QTest::addColumn<QString>("before");
-    QTest::addColumn<QString>("after");
-    const QString first = str("originator=1;type=5>");
-    QTest::newRow("name") << Change([](XMLUI &ui) { ui.setActionName(5, 1, str("%1")); })
-                          << str("<action ") + first << str("<action name=%1;") + first;
-    QTest::newRow("original name")
-        << Change([](XMLUI &ui) { ui.setActionOrgName(5, 1, str("%1")); }) << QString()
-        << str("<org_name >[3 #text:%1]</>");
-    QTest::newRow("visible") << Change([](XMLUI &ui) { ui.setActionVisible(5, 1, false); })
-                             << QString() << str("<visible >[3 #text:0]</>");
-    QTest::newRow("no such action")
-        << Change([](XMLUI &ui) { ui.setActionName(5, 3, str("x")); }) << QString() << QString();
 }
 
 // The first two actions change, and nothing else.
 void tst_XMLUI::edited()
 {
-    QFETCH(Change, change);
-    QFETCH(QString, before);
-    QFETCH(QString, after);
     XMLUI ui;
     ui.setNode(Xml(PAGE).root);
-    const QDomElement original = ui.getNode();
-    change(ui);
-    QDomNode now = ui.getNodeConst().firstChild();
-    int changed = 0;
-    for (QDomNode was = original.firstChild(); !was.isNull(); was = was.nextSibling()) {
-        const QString text = canonical(was);
-        QString expected = text;
-        if (was.isElement() && changed < 2 && was.nodeName() == str("action")) {
-            ++changed;
-            if (!before.isEmpty()) {
-                expected.replace(before, after);
-            } else if (!after.isEmpty() && !text.contains(after)) {
-                expected.insert(text.size() - 3, after);
-            }
-        }
-        QCOMPARE(canonical(now), expected);
-        now = now.nextSibling();
+    QString expected = canonical(ui.getNodeConst());
+    ui.setActionName(5, 3, str("x"));
+    QCOMPARE(canonical(ui.getNodeConst()), expected);
+    ui.setActionName(5, 1, str("%1"));
+    ui.setActionOrgName(5, 1, str("%2"));
+    ui.setActionVisible(5, 1, false);
+    const QString edits[][2] = {
+        { str("<action originator=1;type=5></>"),
+            str("<action name=%1;originator=1;type=5><org_name >[3 #text:%2]</>"
+                "<visible >[3 #text:0]</></>") },
+        { str("<action originator=1;type=5><visible >[3 #text:0]</></>"),
+            str("<action name=%1;originator=1;type=5><visible >[3 #text:0]</>"
+                "<org_name >[3 #text:%2]</></>") },
+    };
+    for (const auto &edit : edits) {
+        const auto at = expected.indexOf(edit[0]);
+        QVERIFY(at >= 0);
+        expected.replace(at, edit[0].size(), edit[1]);
     }
-    QVERIFY(now.isNull() && changed == 2);
+    QCOMPARE(canonical(ui.getNodeConst()), expected);
 }
 
 void tst_XMLUI::widePage()
@@ -147,10 +117,8 @@ void tst_XMLUI::image()
     image.setURL(str("file:///a b%20%1?x&y"));
     image.setURL(QString());
     QCOMPARE(canonical(image.getNodeConst()), str("<img url=file:///a b%20%1?x&y></>"));
-    QCOMPARE(image.getURL(), str("file:///a b%20%1?x&y"));
     XMLImage named(str("n"));
     named.setName(str(""));
-    QCOMPARE(canonical(named.getNodeConst()), str("<img name=n></>"));
     QCOMPARE(named.getName(), str("n"));
 }
 

@@ -37,6 +37,12 @@ int columnOf(unsigned tag)
     return found == std::end(COLUMNS) ? -1 : int(found - std::begin(COLUMNS));
 }
 
+int alignmentOf(int column)
+{
+    const bool isRight = COLUMNS[column].kind == Number && column != JobModel::State;
+    return int(Qt::AlignVCenter | (isRight ? Qt::AlignRight : Qt::AlignLeft));
+}
+
 }  // namespace
 
 bool operator==(const TQKEY_ELEMENT &a, const TQKEY_ELEMENT &b)
@@ -114,8 +120,7 @@ QVariant JobModel::data(const QModelIndex &index, int role) const
     case Qt::ToolTipRole:
         return job(index.row()).texts[column];
     case Qt::TextAlignmentRole:
-        return int(
-            Qt::AlignVCenter | (isNumber && column != State ? Qt::AlignRight : Qt::AlignLeft));
+        return alignmentOf(column);
     case SORT_ROLE:
         return isNumber ? QVariant(job(index.row()).numbers[column])
                         : QVariant(job(index.row()).texts[column]);
@@ -130,7 +135,7 @@ QVariant JobModel::headerData(int section, Qt::Orientation orientation, int role
         return {};
     }
     if (role == Qt::TextAlignmentRole) {
-        return data(index(0, section), role);
+        return alignmentOf(section);
     }
     if (role != Qt::DisplayRole) {
         return {};
