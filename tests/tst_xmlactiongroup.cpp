@@ -3,256 +3,203 @@
 #include "util.h"
 #include "xmlaction.h"
 
+#include <algorithm>
+
 namespace {
 
-// A group of three actions, which any step may delete.
+// A group, X, with the actions 0 to 2, of which 0 is in a second group, too. Any step may delete
+// any of them.
 struct Scene
 {
-    Scene() : group(new XMLActionGroup(nullptr, "g"))
+    Scene() : group(new XMLActionGroup(nullptr, "g")), other(nullptr, "other")
     {
-        for (QPointer<XMLAction> &action : actions) {
-            action = group->addAction(new XMLAction);
-            QObject::connect(
-                action, &XMLAction::toggled, [this](bool on) { toggles += on ? '1' : '0'; });
+        for (int i = 0; i < 3; ++i) {
+            auto action = new XMLAction;
+            actions += action;
+            const auto react = [this, i](const char *what) {
+                run(reactions.take(str(what) + QString::number(i)));
+            };
+            QObject::connect(action, &XMLAction::toggled, [react] { react("early"); });
+            QObject::connect(action, &QObject::destroyed, [react] { react("gone"); });
+            if (i == 0) {
+                other.addAction(action);
+            }
+            group->addAction(action);
+            QObject::connect(action, &XMLAction::toggled, [this, react](bool on) {
+                log += QString::number(on);
+                react("late");
+            });
         }
     }
-    ~Scene()
+    ~Scene() { run(str("X ~0 ~1 ~2")); }
+
+    // Steps as words: what is done, and the action's number.
+    void run(const QString &words)
     {
-        delete group;
-        for (const QPointer<XMLAction> &action : actions) {
-            delete action;
+        for (const QString &word : words.split(QLatin1Char(' '))) {
+            XMLAction *action = actions[word.mid(1).toInt()];
+            const QMap<QString, std::function<void()>> steps {
+                { str("+"), [&] { group->addAction(action); } },
+                { str("-"), [&] { group->removeAction(action); } },
+                { str("~"), [&] { delete action; } },
+                { str("X"), [&] { delete group; } },
+                { str("c"), [&] { action->setChecked(true); } },
+                { str("u"), [&] { action->setChecked(false); } },
+                { str("s"), [&] { action->setSelected(true); } },
+                { str("t"), [&] { action->toggle(); } },
+                { str("T"), [&] { group->toggleAction(action); } },
+                { str("m"), [&] { log += state(); } },
+            };
+            steps.value(word.left(1), [] {})();
         }
     }
-    // Checked states, '-' for one that is gone.
-    QString states() const
+    // Numbers of the members, '*' behind the selected one; of all actions whether they are checked,
+    // '-' for one that is gone.
+    QString state() const
     {
         QString text;
+        for (XMLAction *member : group ? group->actions() : QList<XMLAction *>()) {
+            text += QString::number(actions.indexOf(member));
+            text += str(member == group->checkedAction() ? "*" : "");
+        }
+        text += QLatin1Char(':');
         for (const QPointer<XMLAction> &action : actions) {
             text += action ? QString::number(action->isChecked()) : str("-");
         }
         return text;
     }
-    // The members by number.
-    QString members() const
-    {
-        QString text;
-        const QList<XMLAction *> list = group->actions();
-        for (const XMLAction *member : list) {
-            for (int i = 0; i < 3; ++i) {
-                text += member == actions[i] ? QString::number(i) : QString();
-            }
-        }
-        return text.size() == list.size() ? text : str("stale");
-    }
-    template<typename React>
-    void onToggle(int action, React react)
-    {
-        QObject::connect(actions[action], &XMLAction::toggled, react);
-    }
 
     QPointer<XMLActionGroup> group;
-    QPointer<XMLAction> actions[3];
-    QByteArray toggles;
+    XMLActionGroup other;
+    QList<QPointer<XMLAction>> actions;
+    QMap<QString, QString> reactions;  // steps by event, see Row
+    QString log;  // what toggled() said
 };
 
-using Step = std::function<void(Scene &)>;
+struct Row
+{
+    const char *name;
+    // Of action 0 or 1: "early0" is its toggled() before the group hears of it, "late0" after
+    // that, "gone0" its end before the group hears.
+    const char *event;
+    const char *reaction;
+    const char *steps;
+    const char *state;
+    const char *log;
+};
+constexpr Row UPDATES[] = {
+    { "one at a time", "", "", "c0 T1", "012:010", "001001" },
+    { "checked already", "", "", "c0 T0 t2", "012:001", "001001" },
+    { "unchecked", "", "", "c0 u0", "012:000", "001000" },
+    { "changed meanwhile", "late0", "c2", "t1", "012:010", "0101" },
+    { "selected", "", "", "s2 m s1", "01*2:000", "012*:000" },
+    { "listed twice, then left", "", "", "+0 -0 c1 c0 m -0", "12:110", "0011120:110" },
+};
+// What dies, or leaves, at the worst moment.
+constexpr Row DEATHS[] = {
+    { "in its own toggled", "late1", "~1", "t1", "02:0-0", "001" },
+    { "in its own, before the group hears", "early1", "~1", "T1", "02:0-0", "" },
+    { "destroyed, before the group hears", "gone0", "c1 m", "~0", "12:-10", "0112:-10" },
+    { "added twice, removed once", "", "", "+0 -0 ~0", "12:-00", "" },
+    { "in another's toggled", "late0", "~2 ~0", "t1", "1:-1-", "01" },
+    { "all in another's toggled", "late0", "X ~0 ~1 ~2", "t1", ":---", "0" },
+    { "removed in another's toggled", "late0", "-1 -2", "t1", "0:010", "001" },
+};
 
 }  // namespace
-Q_DECLARE_METATYPE(Step)
 
 class tst_XMLActionGroup : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void membership();
-    void selection();
-    void approval();
-    void steps_data();
-    void steps();
+    void updates_data() { addRows(UPDATES); }
+    void updates();
+    void lifetime_data();
+    void lifetime();
+    void strangers();
 };
 
-void tst_XMLActionGroup::membership()
+void tst_XMLActionGroup::updates()
+{
+    const auto &row = currentRow<Row>();
+    Scene scene;
+    connect(scene.group, &XMLActionGroup::triggered, [] { QFAIL("emitted by the library"); });
+    scene.reactions[str(row.event)] = str(row.reaction);
+    scene.run(str(row.steps));
+    QCOMPARE(scene.state(), str(row.state));
+    QCOMPARE(scene.log, str(row.log));
+    QCOMPARE(scene.other.actions().size(), scene.actions[0] ? 1 : 0);
+}
+
+void tst_XMLActionGroup::lifetime_data()
+{
+    addRows(DEATHS);
+    QTest::newRow("every order") << quintptr(0);
+}
+
+// The rows; and group and actions in every order, one by one and all inside of a signal.
+void tst_XMLActionGroup::lifetime()
+{
+    QFETCH(quintptr, row);
+    if (row != 0) {
+        return updates();
+    }
+    const char *const events[][2] = { { "none", "" }, { "early0", "t0" }, { "late0", "c1" },
+        { "late1", "T1" }, { "gone0", "~0" } };
+    for (const auto &[event, trigger] : events) {
+        QStringList deaths = { str("X"), str("~0"), str("~1"), str("~2") };
+        do {
+            Scene scene;
+            scene.run(str("+1 c2"));
+            scene.reactions[str(event)] = deaths.join(QLatin1Char(' '));
+            scene.run(str(trigger));
+            QCOMPARE(scene.state(), str(*trigger ? ":---" : "0121:001"));
+            for (const QString &death : deaths) {
+                scene.run(death);
+                scene.run(scene.group && scene.actions[1] ? str("u1 T1") : QString());
+            }
+            QCOMPARE(scene.state(), str(":---"));
+        } while (std::next_permutation(deaths.begin(), deaths.end()));
+    }
+}
+
+// Signals of others than members, and calls without any.
+void tst_XMLActionGroup::strangers()
 {
     Scene scene;
     XMLActionGroup &group = *scene.group;
     XMLAction *const first = scene.actions[0];
-    QCOMPARE(slotOf(&Derived<XMLActionGroup>::last), size_t(12));
-    QVERIFY(!group.addAction(nullptr));
-    QCOMPARE(first->actionGroup(), &group);
-    QCOMPARE(group.addAction(first), first);
-    QCOMPARE(scene.members(), str("0120"));
-    group.removeAction(first);
-    QCOMPARE(scene.members(), str("120"));
-    QVERIFY(!first->actionGroup());
-    scene.actions[1]->setChecked(true);
-    first->setChecked(true);  // no longer connected, though still listed
-    QCOMPARE(scene.states(), str("110"));
-    group.removeAction(first);
-    group.removeAction();
-    group.removeAction(nullptr);
-    QCOMPARE(scene.members(), str("12"));
-    XMLAction other;
-    other.setActionGroup(&group);
-    group.removeAction(&other);  // never was a member
-    QVERIFY(!other.actionGroup());
-    group.updateActions();  // no sender, no effect
-    QCOMPARE(scene.states(), str("110"));
-}
-
-void tst_XMLActionGroup::selection()
-{
-    Scene scene;
-    scene.actions[0]->setChecked(true);
-    QVERIFY(!scene.group->checkedAction());
-    scene.actions[2]->setSelected(true);
-    QCOMPARE(scene.group->checkedAction(), scene.actions[2].data());
-    scene.actions[1]->setSelected(true);
-    QCOMPARE(scene.group->checkedAction(), scene.actions[1].data());
-}
-
-void tst_XMLActionGroup::approval()
-{
-    Scene scene;
     XMLAction outsider;
-    scene.actions[0]->setChecked(true);
-    outsider.setChecked(true);
-    for (XMLAction *action : { scene.actions[0].data(), scene.actions[1].data(), &outsider }) {
-        connect(action, SIGNAL(toggling(bool &)), scene.group, SLOT(approveToggle(bool &)));
-        bool approved = action == scene.actions[0];
-        const bool expected = !approved;
+    outsider.setActionGroup(&group);  // which is not to be a member
+    first->setChecked(true);
+    for (XMLAction *action : { first, scene.actions[1].data(), &outsider }) {
+        connect(action, SIGNAL(toggling(bool &)), &group, SLOT(approveToggle(bool &)));
+        bool approved = action == first;
         Q_EMIT action->toggling(approved);
-        QCOMPARE(approved, expected);
+        QCOMPARE(approved, action != first);
     }
     bool approved = false;
-    scene.group->approveToggle(approved);
-    QVERIFY(approved);
-}
-
-void tst_XMLActionGroup::steps_data()
-{
-    QTest::addColumn<Step>("step");
-    QTest::addColumn<QString>("members");  // null: the group is gone
-    QTest::addColumn<QString>("states");
-    QTest::addColumn<QString>("toggles");  // null: any
-    const auto row = [](const char *name, const char *members, const char *states,
-                         const char *toggles, const Step &step) {
-        QTest::newRow(name) << step << str(members) << str(states) << str(toggles);
-    };
-    row("toggleAction", "012", "010", "001001", [](Scene &s) {
-        s.actions[0]->setChecked(true);
-        s.group->toggleAction(s.actions[1]);
-    });
-    row("checked already, null, toggle", "012", "001", "001001", [](Scene &s) {
-        s.actions[0]->setChecked(true);
-        s.group->toggleAction(s.actions[0]);
-        s.group->toggleAction(nullptr);
-        s.actions[2]->toggle();
-    });
-    row("not a member", "012", "100", "001", [](Scene &s) {
-        XMLAction other;
-        s.actions[0]->setChecked(true);
-        s.group->toggleAction(&other);
-        QVERIFY(!other.isChecked());
-    });
-    row("unchecked itself", "012", "000", "001000", [](Scene &s) {
-        s.actions[0]->setChecked(true);
-        s.actions[0]->setChecked(false);
-    });
-    row("changed meanwhile", "012", "010", "0010101", [](Scene &s) {
-        s.actions[0]->setChecked(true);
-        s.onToggle(0, [&s] { s.actions[2]->setChecked(true); });
-        s.actions[1]->toggle();
-    });
-    row("added twice, removed once", "12", "-00", nullptr, [](Scene &s) {
-        s.group->addAction(s.actions[0]);
-        s.group->removeAction(s.actions[0]);
-        delete s.actions[0];
-    });
-    row("in two groups", "12", "-00", nullptr, [](Scene &s) {
-        XMLActionGroup other(nullptr, "other");
-        other.addAction(s.actions[0]);
-        delete s.actions[0];
-        QVERIFY(other.actions().isEmpty());
-    });
-    row("in its own toggled", "02", "0-0", nullptr, [](Scene &s) {
-        s.onToggle(1, [&s] { delete s.actions[1]; });
-        s.actions[1]->toggle();
-    });
-    row("in its own toggled, before the group hears", "12", "-00", nullptr, [](Scene &s) {
-        auto *action = new XMLAction;
-        connect(action, &XMLAction::toggled, [action] { delete action; });
-        delete std::exchange(s.actions[0], s.group->addAction(action));
-        s.group->toggleAction(action);
-    });
-    row("destroyed, before the group hears", "12", "-10", nullptr, [](Scene &s) {
-        auto *action = new XMLAction;
-        connect(action, &QObject::destroyed, [&s] {
-            s.actions[1]->setChecked(true);
-            QVERIFY(!s.group->checkedAction());
-            QCOMPARE(s.group->actions().size(), 2);
-        });
-        delete std::exchange(s.actions[0], s.group->addAction(action));
-        delete action;
-    });
-    row("in another's toggled", "1", "-1-", nullptr, [](Scene &s) {
-        s.onToggle(0, [&s] {
-            delete s.actions[2];
-            delete s.actions[0];
-        });
-        s.actions[1]->toggle();
-    });
-    row("all inside updateActions", nullptr, "---", nullptr, [](Scene &s) {
-        s.onToggle(0, [&s] {
-            delete s.group;
-            for (const QPointer<XMLAction> &action : s.actions) {
-                delete action;
-            }
-        });
-        s.actions[1]->toggle();
-    });
-    row("removed by its own signal", "02", "010", nullptr, [](Scene &s) {
-        connect(s.actions[1], SIGNAL(toggled(bool)), s.group, SLOT(removeAction()));
-        s.actions[1]->toggle();
-    });
-    row("signal of a stranger", "012", "000", "", [](Scene &s) {
-        QObject stranger;
-        connect(&stranger, SIGNAL(objectNameChanged(QString)), s.group, SLOT(removeAction()));
-        stranger.setObjectName(str("x"));
-    });
-    row("removed inside updateActions", "0", "010", nullptr, [](Scene &s) {
-        s.onToggle(0, [&s] {
-            s.group->removeAction(s.actions[1]);
-            s.group->removeAction(s.actions[2]);
-        });
-        s.actions[1]->toggle();
-    });
-}
-
-void tst_XMLActionGroup::steps()
-{
-    QFETCH(Step, step);
-    QFETCH(QString, members);
-    QFETCH(QString, states);
-    QFETCH(QString, toggles);
-    Scene scene;
-    connect(scene.group, &XMLActionGroup::triggered, [] { QFAIL("emitted by the library"); });
-    step(scene);
-    QCOMPARE(scene.states(), states);
-    QVERIFY(toggles.isNull() || str(scene.toggles.constData()) == toggles);
-    QCOMPARE(scene.group.isNull(), members.isNull());
-    if (scene.group) {
-        QCOMPARE(scene.members(), members);
-        for (XMLAction *member : scene.group->actions()) {
-            scene.group->toggleAction(member);
-        }
-        QVERIFY(!scene.group->checkedAction());
+    group.approveToggle(approved);
+    QObject other;
+    for (QObject *stranger : { static_cast<QObject *>(&outsider), &other }) {
+        connect(stranger, SIGNAL(objectNameChanged(QString)), &group, SLOT(removeAction()));
+        stranger->setObjectName(str("x"));
     }
-    for (const QPointer<XMLAction> &action : scene.actions) {
-        if (action) {
-            action->setChecked(true);
-        }
-    }
+    group.removeAction();
+    group.removeAction(nullptr);
+    group.updateActions();
+    group.toggleAction(nullptr);
+    group.toggleAction(&outsider);
+    QVERIFY(approved && !outsider.isChecked() && outsider.actionGroup() == &group);
+    QVERIFY(!group.addAction(nullptr));
+    QCOMPARE(scene.state(), str("012:100"));
+    connect(first, SIGNAL(toggled(bool)), &group, SLOT(removeAction()));
+    QCOMPARE(first->actionGroup(), &group);
+    first->toggle();
+    QVERIFY(!first->actionGroup());
+    QCOMPARE(scene.state(), str("12:000"));
+    QCOMPARE(slotOf(&Derived<XMLActionGroup>::last), size_t(12));
 }
 
 QTEST_GUILESS_MAIN(tst_XMLActionGroup)

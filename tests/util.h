@@ -6,7 +6,6 @@
 #include "xmlpacket.h"
 
 #include <QDomDocument>
-#include <QPointer>
 #include <QStringList>
 #include <QTemporaryFile>
 #include <QtTest>
@@ -14,6 +13,7 @@
 #include <cstdio>
 #include <cstring>
 #include <functional>
+#include <utility>
 
 #include <unistd.h>
 
@@ -26,9 +26,8 @@ struct Xml
 {
     explicit Xml(const QString &text)
     {
-        QString error;
-        if (!document.setContent(text, false, &error)) {
-            qFatal("%s: %s", qPrintable(error), qPrintable(text));
+        if (!document.setContent(text)) {
+            qFatal("no XML: %s", qPrintable(text));
         }
         root = document.documentElement();
     }
@@ -51,12 +50,12 @@ inline QString canonical(const QDomNode &node)
         attributes += attribute.nodeName() + QLatin1Char('=') + attribute.nodeValue();
     }
     attributes.sort();
-    QString text = QLatin1Char('<') + node.nodeName() + QLatin1Char(' ') +
-        attributes.join(QLatin1Char(';')) + QLatin1Char('>');
+    QString below;
     for (QDomNode n = node.firstChild(); !n.isNull(); n = n.nextSibling()) {
-        text += canonical(n);
+        below += canonical(n);
     }
-    return text + QStringLiteral("</>");
+    const QString shown = attributes.join(QLatin1Char(';'));
+    return QStringLiteral("<%1 %2>%3</>").arg(node.nodeName(), shown, below);
 }
 
 /// A chain of that many elements, the innermost made first: asking an element for its document
@@ -65,9 +64,8 @@ inline QDomElement deepTree(QDomDocument &document, const QString &name, int lev
 {
     QDomElement tree = document.createElement(name);
     while (--levels > 0) {
-        QDomElement outer = document.createElement(name);
-        outer.appendChild(tree);
-        tree = outer;
+        const QDomElement inner = std::exchange(tree, document.createElement(name));
+        tree.appendChild(inner);
     }
     return tree;
 }
@@ -89,21 +87,6 @@ inline QByteArray printed(const std::function<void()> &print)
     return file.readAll();
 }
 
-// @{
-/// Static operations, or those of a class, with exactly that signature: does not compile where one
-/// is missing.
-template<typename Signature>
-bool exist(std::initializer_list<Signature *> operations)
-{
-    return operations.size() > 0;
-}
-template<typename Class, typename Signature>
-bool existIn(std::initializer_list<Signature Class::*> operations)
-{
-    return operations.size() > 0;
-}
-// @}
-
 /// Place of a virtual operation among those of its class.
 template<typename Signature, typename Class>
 size_t slotOf(Signature Class::*operation)
@@ -118,6 +101,14 @@ template<typename Base>
 struct Derived : Base
 {
     virtual void last() {}
+};
+
+/// What most tables of cases hold.
+struct Case
+{
+    const char *name;
+    const char *given;
+    const char *expected;
 };
 
 // @{
@@ -182,20 +173,17 @@ public:
     {
         packets.append(packet);
         *m_log += QStringLiteral("%1<%2").arg(QString::number(getAgentID()), messageOf(*packet));
-        const auto reaction = onReceive;  // may delete this agent
-        if (reaction) {
+        if (const auto reaction = onReceive) {  // a copy, as it may delete this agent
             reaction(packet);
         }
     }
     void agentRemoved(int agentID) override
     {
         *m_log += QStringLiteral("%1-%2").arg(getAgentID()).arg(agentID);
-        const auto reaction = onRemoved;
-        if (reaction) {
+        if (const auto reaction = onRemoved) {
             reaction(agentID);
         }
     }
-    XMLRouter *currentRouter() const { return router; }
 
     QList<XMLPacket *> packets;  // owned
     std::function<void(XMLPacket *)> onReceive;

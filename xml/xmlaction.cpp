@@ -2,6 +2,9 @@
 
 #include "xmlpacketable.h"
 
+#include <QScopeGuard>
+#include <QtAlgorithms>
+
 #include <cstdio>
 #include <type_traits>
 
@@ -189,9 +192,11 @@ QList<TQKEY_ELEMENT *> XMLAction::getTQKEYList() const
     QList<TQKEY_ELEMENT *> keys;
     const int count = int(qMin(keyWords.size(), hkeyWords.size()));
     keys.reserve(count);
+    auto guard = qScopeGuard([&keys] { qDeleteAll(keys); });
     for (int i = 0; i < count; ++i) {
         keys.append(new TQKEY_ELEMENT { keyWords.at(i), hkeyWords.at(i) });
     }
+    guard.dismiss();
     return keys;
 }
 

@@ -222,8 +222,8 @@ void XMLCommServer::receive(XMLPacket *packet)
     if (!packet) {
         return;
     }
+    std::unique_ptr<XMLPacket> owned(packet);
     if (packet->isEmpty()) {
-        delete packet;
         return;
     }
     std::list<QDomNode> actions;
@@ -235,6 +235,7 @@ void XMLCommServer::receive(XMLPacket *packet)
         serve(packet->getSourceAgentID(), request);
     }
     packet->deleteLater();
+    owned.release();
 }
 
 void XMLCommServer::serve(int source, XMLAction &request) const
@@ -254,7 +255,8 @@ void XMLCommServer::serve(int source, XMLAction &request) const
 void XMLCommServer::reply(std::unique_ptr<XMLPacket> packet) const
 {
     if (router) {
-        router->send(packet.release());
+        router->send(packet.get());
+        packet.release();
     }
 }
 

@@ -409,11 +409,11 @@ TQPacketable *XMLPacketable::getData()
     if (!getDataConst()) {
         return nullptr;
     }
-    TQPacketable *copy = PacketableUtil::getPacketable(getType());
+    std::unique_ptr<TQPacketable> copy(PacketableUtil::getPacketable(getType()));
     if (copy) {
         *copy = *m_packetable;
     }
-    return copy;
+    return copy.release();
 }
 
 void XMLPacketable::nullifyReference(XPKReference *) {}

@@ -9,10 +9,11 @@
 #include "tqcommserver.h"
 #include "tqitems.h"
 
-#include <QHash>
+#include <QHash>  // std::hash of a QString
 
 #include <algorithm>
 #include <memory>
+#include <unordered_map>
 #include <vector>
 
 namespace {
@@ -49,9 +50,9 @@ public:
     // In document order.
     QList<QDomElement> byKey(const TQKEY_ELEMENT &key) const
     {
-        return m_byKey.value(keyNumber(key.key, key.hkey));
+        return find(m_byKey, keyNumber(key.key, key.hkey));
     }
-    QList<QDomElement> byName(const QString &name) const { return m_byName.value(name); }
+    QList<QDomElement> byName(const QString &name) const { return find(m_byName, name); }
 
 private:
     void add(const QDomElement &field)
@@ -66,8 +67,19 @@ private:
         }
     }
 
-    QHash<quint64, QList<QDomElement>> m_byKey;
-    QHash<QString, QList<QDomElement>> m_byName;
+    // Not QHash, which ends the program where there is no memory.
+    template<typename Key>
+    using Index = std::unordered_map<Key, QList<QDomElement>>;
+
+    template<typename Key>
+    static QList<QDomElement> find(const Index<Key> &index, const Key &key)
+    {
+        const auto found = index.find(key);
+        return found == index.end() ? QList<QDomElement>() : found->second;
+    }
+
+    Index<quint64> m_byKey;
+    Index<QString> m_byName;
 };
 
 // ICC profiles keep their data on the server until they are loaded.
@@ -200,11 +212,12 @@ bool XMLPacketable::getXPKReferences(QList<XPKReference *> &references) const
         }
         auto copy = std::make_unique<XMLPacketable>();
         copy->setData(inlined);
-        if (field->type == REFERENCE_BY_NAME) {
-            references.append(new XPKReference(copy.release(), getAttribute(e, VALUE)));
-        } else {
-            references.append(new XPKReference(copy.release(), getDBkey(e)));
-        }
+        auto reference = field->type == REFERENCE_BY_NAME
+            ? std::make_unique<XPKReference>(copy.get(), getAttribute(e, VALUE))
+            : std::make_unique<XPKReference>(copy.get(), getDBkey(e));
+        copy.release();
+        references.append(reference.get());
+        reference.release();
     }
     return references.size() > before;
 }

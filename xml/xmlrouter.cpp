@@ -6,9 +6,11 @@
 #include "xmlpacket.h"
 
 #include <QAbstractEventDispatcher>
+#include <QScopeGuard>
 #include <QTimer>
 
 #include <limits>
+#include <memory>
 #include <utility>
 
 namespace {
@@ -26,14 +28,17 @@ constexpr int MAX_SUPPLYING = 64;
 }  // namespace
 
 XMLRouter::XMLRouter(TQCommServer *server, QObject *parent, const char *name)
-    : QObject(parent), m_sendTimer(new QTimer(this)), m_commServerAgent(new XMLCommServer(server))
+    : QObject(parent), m_sendTimer(new QTimer(this))
 {
+    auto bridge = std::make_unique<XMLCommServer>(server);
     setObjectName(QString::fromLatin1(name));
-    m_commServerAgent->setAgentID(COMM_SERVER_ID);
-    m_commServerAgent->setRouter(this);
-    m_agents[COMM_SERVER_ID] = m_commServerAgent;
+    bridge->setAgentID(COMM_SERVER_ID);
+    bridge->setRouter(this);
+    m_agents[COMM_SERVER_ID] = bridge.get();
     m_sendTimer->setSingleShot(true);
     connect(m_sendTimer, SIGNAL(timeout()), this, SLOT(send()));
+    const QPointer<XMLRouter> self(this);  // takes the memory that the destructor must not need
+    m_commServerAgent = bridge.release();
 }
 
 XMLRouter::~XMLRouter()
@@ -47,9 +52,9 @@ void XMLRouter::add(XMLAgent *agent)
 {
     const int id = agent ? getNextAgentID() : NO_AGENT;
     if (id != NO_AGENT) {
+        m_agents[id] = agent;
         agent->setAgentID(id);
         agent->setRouter(this);
-        m_agents[id] = agent;
     }
 }
 
@@ -110,11 +115,12 @@ int XMLRouter::supplyAgentOfType(int agentType)
     }
     const QPointer<XMLRouter> self(this);
     m_supplying.append(agentType);
-    const int id = m_agentBroker->supplyAgent(agentType);  // may replace the broker, or delete us
-    if (self) {
-        m_supplying.removeOne(agentType);
-    }
-    return id;
+    const auto guard = qScopeGuard([&self, agentType] {
+        if (self) {
+            self->m_supplying.removeOne(agentType);
+        }
+    });
+    return m_agentBroker->supplyAgent(agentType);  // may replace the broker, or delete us
 }
 
 void XMLRouter::setAgentBroker(XMLAgentBroker *broker)
@@ -152,14 +158,15 @@ void XMLRouter::send(XMLPacket *packet)
     if (!packet || packet->m_takenBy) {
         return;
     }
-    packet->m_takenBy = this;
+    // What fails for want of memory leaves the packet to the caller.
     const bool isDuplicate = !m_packetQueue.isEmpty() && *m_packetQueue.last() == *packet;
     if (isDuplicate || !contains(packet->getSourceAgentID())) {
         packet->deleteLater();
-        return;
+    } else {
+        schedule();
+        m_packetQueue.append(packet);
     }
-    m_packetQueue.append(packet);
-    schedule();
+    packet->m_takenBy = this;
 }
 
 void XMLRouter::schedule()
@@ -184,14 +191,19 @@ void XMLRouter::send()
         return;  // the outer ones deliver the rest
     }
     const QPointer<XMLRouter> self(this);
+    const auto guard = qScopeGuard([&self] {
+        if (self) {
+            --self->m_deliveries;
+        }
+    });
     ++m_deliveries;
     while (self && !m_packetQueue.isEmpty()) {
-        XMLPacket *const packet = m_packetQueue.takeFirst();
-        packet->m_takenBy = nullptr;
-        if (!m_packetQueue.isEmpty()) {
+        if (m_packetQueue.size() > 1) {
             schedule();  // for an event loop that the receiver may run
         }
-        const int destination = packet->getDestinationAgentID();
+        const int destination = m_packetQueue.first()->getDestinationAgentID();
+        XMLPacket *const packet = m_packetQueue.takeFirst();
+        packet->m_takenBy = nullptr;
         const auto entry = m_agents.find(destination);
         if (entry != m_agents.end()) {
             entry->second->receive(packet);
@@ -199,8 +211,5 @@ void XMLRouter::send()
             delete packet;
             notifyAgentRemovals(destination);
         }
-    }
-    if (self) {
-        --m_deliveries;
     }
 }

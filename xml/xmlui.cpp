@@ -2,6 +2,7 @@
 
 #include "xmlaction.h"
 
+#include <QScopeGuard>
 #include <QtAlgorithms>
 
 #include <memory>
@@ -59,7 +60,8 @@ int XMLUI::getActions(QList<XMLAction *> &actions, bool visibleOnly)
         if (visibleOnly && !action->getVisible()) {
             continue;
         }
-        actions.append(action.release());  // the caller's from here
+        actions.append(action.get());
+        action.release();  // the caller's from here
         ++count;
     }
     return count;
@@ -70,9 +72,8 @@ int XMLUI::getActions(QList<XMLAction *> &actions) { return getActions(actions, 
 int XMLUI::visibleActionCount()
 {
     QList<XMLAction *> visible;
-    const int count = getActions(visible, true);
-    qDeleteAll(visible);
-    return count;
+    const auto guard = qScopeGuard([&visible] { qDeleteAll(visible); });
+    return getActions(visible, true);
 }
 
 void XMLUI::setActionVisible(int type, int originator, bool visible)

@@ -1,65 +1,60 @@
-#include "records_p.h"
 #include "tqitems.h"
 
+#include "script.h"
+
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <deque>
-#include <sstream>
+#include <memory>
 #include <utility>
 
 namespace {
 
-void assign(char *&text, const char *value)
+// Element type code of a field, from the text of its tag.
+unsigned codeOf(PACKETDATATYPES type, const std::string &tag)
 {
-    char *copy = value ? strdup(value) : nullptr;
-    std::free(text);
-    text = copy;
-}
-
-std::string hex(unsigned number)
-{
-    std::ostringstream out;
-    out << std::hex << number;
-    return out.str();
-}
-
-unsigned typeCodeOf(PACKETDATATYPES type, unsigned tag)
-{
-    const auto table = script().tables.find(type);
-    for (size_t i = 0; table != script().tables.end() && i < table->second.size(); ++i) {
-        if (table->second[i].tag == tag) {
-            return table->second[i].type;
-        }
+    const unsigned long number = std::strtoul(tag.c_str(), nullptr, 16);
+    const CONVERTSTRUCTELEMENTINFO *field = TQGetSystemStorageClassConv(type);
+    while (field && field->type != 0 && field->tag != number) {
+        ++field;
     }
-    return 0;
+    return field ? field->type : 0;
 }
 
-std::string asText(const char *value) { return value ? value : "(null)"; }
+const char *shown(const char *text) { return text ? text : "(null)"; }
 
-void freeRecord(Record *record)
+// What a node is found by.
+std::string asKey(const TQKEY_ELEMENT &key)
 {
-    if (record) {
-        Record::destroy(record, record->family);
-    }
+    return '#' + std::to_string(key.key) + ':' + std::to_string(key.hkey);
 }
+
+struct FreeRecord
+{
+    void operator()(Record *record) const { TQPacketFreeItem(&record->list, record->family); }
+};
 
 }  // namespace
 
 struct TQPacketable::Fields
 {
+    std::string name;
+    TQSUBRECORD subrecord {};
     std::string lines;  // the item's own, without those that open and close it
-    Record *record = nullptr;
-    std::deque<std::string> names;
+    std::unique_ptr<Record, FreeRecord> record;
+    std::deque<std::string> names;  // that the chain refers to
     std::deque<TQDB_REFERENCE> chain;
 
     // Takes over the record, which may be the one that is held already.
-    Record *take(unsigned char *shown)
+    const ScriptRecord &take(const char *call, unsigned char *shown)
     {
-        if (Record *const old = std::exchange(record, Record::of(shown)); old != record) {
-            freeRecord(old);
+        if (record.get() != Record::of(shown)) {
+            record.reset(Record::of(shown));
         }
-        lines = record && !record->data.name.empty() ? "1 " + record->data.name + '\n' : "";
-        return record;
+        script().record(call, record->data.name);
+        lines = record->data.name.empty() ? "" : "1 " + record->data.name + '\n';
+        return record->data;
     }
 };
 
@@ -70,118 +65,91 @@ TQPacketable::TQPacketable(PACKETDATATYPES type)
     script().items.insert(this);
 }
 
-TQPacketable::TQPacketable(const TQPacketable &other) : TQPacketable(other.datatype)
-{
-    operator=(other);
-}
-
 TQPacketable::~TQPacketable()
 {
     script().wrongFrees += script().items.erase(this) == 0;
-    assign(name, nullptr);
-    if (subrecord) {
-        assign(subrecord->name, nullptr);
-        delete subrecord;
-    }
-    freeRecord(m_fields->record);
     delete m_fields;
-}
-
-char *TQPacketable::toPacket(unsigned int &length) const
-{
-    script().record("toPacket " + std::to_string(datatype));
-    length = 0;
-    if (script().isFaulty("toPacket")) {
-        return nullptr;
-    }
-    const std::string text = "SI " + hex(datatype) + '\n' + m_fields->lines + "TI 0\n";
-    auto buffer = static_cast<char *>(std::malloc(text.size()));
-    script().buffers.insert(buffer);
-    std::memcpy(buffer, text.data(), text.size());
-    length = script().isFaulty("toPacket", "empty") ? 0 : static_cast<unsigned>(text.size());
-    return buffer;
-}
-
-bool TQPacketable::fromPacket(char *data, unsigned int length, bool first, bool second)
-{
-    script().record("fromPacket " + std::to_string(first) + ' ' + std::to_string(second));
-    const std::string text(data, length);
-    const size_t start = text.find('\n');
-    const size_t end = text.rfind("TI 0\n");
-    if (script().isFaulty("fromPacket") || text.compare(0, 3, "SI ") != 0 ||
-        end == std::string::npos) {
-        return false;
-    }
-    m_fields->lines = text.substr(start + 1, end - start - 1);
-    return true;
-}
-
-void TQPacketable::loadRecord(unsigned char *shown)
-{
-    const Record *record = m_fields->take(shown);
-    script().record("loadRecord " + record->data.name);
-    dbkey = record->data.key;
-    if (datatype == PACKETDATATYPE_OUTPUT) {
-        subrecord = subrecord ? subrecord : new TQSUBRECORD {};
-        assign(subrecord->name, record->data.name.c_str());
-    } else {
-        assign(name, record->data.name.c_str());
-    }
-}
-
-void TQPacketable::setData(unsigned char *shown)
-{
-    const Record *record = m_fields->take(shown);
-    script().record("setData " + record->data.name);
-    dbkey = record->data.key;
-}
-
-void TQPacketable::getReferences(int first, TQDB_REFERENCE **head, int third)
-{
-    script().record("getReferences " + std::to_string(first) + ' ' + std::to_string(third));
-    m_fields->chain.clear();
-    std::istringstream lines(m_fields->lines);
-    for (std::string line; std::getline(lines, line);) {
-        const size_t blank = line.find(' ');
-        const unsigned code =
-            typeCodeOf(datatype, static_cast<unsigned>(std::strtoul(line.c_str(), nullptr, 16)));
-        TQDB_REFERENCE reference {};
-        if (code == 14) {
-            std::istringstream(line.substr(blank)) >> std::hex >> reference.key.key >>
-                reference.key.hkey;
-        } else if (code == 9) {
-            reference.name = m_fields->names.emplace_back(line.substr(blank + 1)).c_str();
-        } else {
-            continue;
-        }
-        m_fields->chain.push_back(reference);
-    }
-    auto &chain = m_fields->chain;
-    for (size_t i = 1; i < chain.size(); ++i) {
-        chain[i - 1].next = &chain[i];
-    }
-    *head = chain.empty() || script().isFaulty("getReferences") ? nullptr : &chain.front();
-    if (*head && script().isFaulty("getReferences", "cycle 0")) {
-        chain.back().next = *head;
-    }
 }
 
 TQPacketable &TQPacketable::operator=(const TQPacketable &other)
 {
-    script().record("operator=");
-    if (this != &other) {
-        datatype = other.datatype;
-        dbkey = other.dbkey;
-        assign(name, other.name);
-        m_fields->lines = other.m_fields->lines;
-    }
+    datatype = other.datatype;
+    dbkey = other.dbkey;
+    setName(other.name);
+    m_fields->lines = other.m_fields->lines;
     return *this;
 }
 
 void TQPacketable::setName(const char *value)
 {
-    script().record("setName " + asText(value));
-    assign(name, value);
+    script().record("setName", shown(value));
+    m_fields->name = value ? value : "";
+    name = value ? m_fields->name.data() : nullptr;
+}
+
+void TQPacketable::setData(unsigned char *record) { dbkey = m_fields->take("setData", record).key; }
+
+void TQPacketable::loadRecord(unsigned char *record)
+{
+    const ScriptRecord &data = m_fields->take("loadRecord", record);
+    dbkey = data.key;
+    setName(data.name.c_str());
+    if (datatype == PACKETDATATYPE_OUTPUT) {
+        subrecord = &m_fields->subrecord;
+        subrecord->name = std::exchange(name, nullptr);
+    }
+}
+
+char *TQPacketable::toPacket(unsigned int &length) const
+{
+    length = 0;
+    if (script().isFaulty("toPacket")) {
+        return nullptr;
+    }
+    char start[16];
+    std::snprintf(start, sizeof(start), "SI %x\n", unsigned(datatype));
+    const std::string text = start + m_fields->lines + "TI 0\n";
+    auto buffer = static_cast<char *>(std::malloc(text.size()));
+    script().buffers.insert(buffer);
+    length = script().isFaulty("toPacket", "empty") ? 0 : unsigned(text.size());
+    std::memcpy(buffer, text.data(), length);
+    return buffer;
+}
+
+bool TQPacketable::fromPacket(char *data, unsigned int length, bool, bool)
+{
+    const std::string text(data, length);
+    const size_t start = text.find('\n') + 1;
+    const size_t end = text.rfind("TI 0\n");
+    if (script().isFaulty("fromPacket") || text.rfind("SI ", 0) != 0 || end == text.npos) {
+        return false;
+    }
+    m_fields->lines = text.substr(start, end - start);
+    return true;
+}
+
+void TQPacketable::getReferences(int, TQDB_REFERENCE **head, int)
+{
+    auto &chain = m_fields->chain;
+    chain.clear();
+    TQDB_REFERENCE **next = head;
+    *head = nullptr;
+    std::istringstream lines(script().isFaulty("getReferences") ? "" : m_fields->lines);
+    for (std::string tag, value; lines >> tag && std::getline(lines >> std::ws, value);) {
+        const unsigned code = codeOf(datatype, tag);
+        if (code != 9 && code != 14) {
+            continue;
+        }
+        TQDB_REFERENCE &reference = chain.emplace_back();
+        if (code == 9) {  // by name
+            reference.name = m_fields->names.emplace_back(value).c_str();
+        } else {
+            std::sscanf(value.c_str(), "%x %x", &reference.key.key, &reference.key.hkey);
+        }
+        *next = &reference;
+        next = &reference.next;
+    }
+    *next = script().isFaulty("getReferences", "cycle 0") ? *head : nullptr;
 }
 
 BOOK_CC::BOOK_CC() : TQPacketable(PACKETDATATYPE_BOOK) {}
@@ -192,60 +160,38 @@ TQJOB_CC::~TQJOB_CC() = default;
 
 int TQJOB_CC::pageNumber(const TQJOB *job) { return Record::of(job)->data.page; }
 
-void TQJOB_CC::trimLists(TQJOB *job) { script().record("trimLists " + Record::of(job)->data.name); }
+void TQJOB_CC::trimLists(TQJOB *job) { script().record("trimLists", Record::of(job)->data.name); }
 
 ICCPROFILEDATA_CC::ICCPROFILEDATA_CC() : TQPacketable(PACKETDATATYPE_ICCPROFILE) {}
 ICCPROFILEDATA_CC::~ICCPROFILEDATA_CC() = default;
 
 void ICCPROFILEDATA_CC::load(std::string &host, unsigned short port)
 {
-    script().record("load " + host + ' ' + std::to_string(port));
+    script().record("load", host, port);
     if (!script().isFaulty("load")) {
         std::string text = "SI 30\n4 3 AAAA\nTI 0\n";
-        fromPacket(text.data(), static_cast<unsigned>(text.size()), false, true);
+        fromPacket(text.data(), unsigned(text.size()), false, true);
     }
 }
 
 TQPacketable *PacketableUtil::getPacketable(PACKETDATATYPES type)
 {
-    script().record("getPacketable " + std::to_string(type));
     if (script().isFaulty("getPacketable") || script().tables.count(type) == 0) {
         return nullptr;
     }
-    switch (type) {
-    case PACKETDATATYPE_BOOK:
-        return new BOOK_CC;
-    case PACKETDATATYPE_JOB:
-        return new TQJOB_CC;
-    case PACKETDATATYPE_ICCPROFILE:
-        return new ICCPROFILEDATA_CC;
-    default:
-        return new TQPacketable(type);
-    }
+    return type == PACKETDATATYPE_ICCPROFILE ? new ICCPROFILEDATA_CC : new TQPacketable(type);
 }
 
 struct ArchiveNode::Children
 {
-    std::vector<ArchiveNode *> owned;
-    std::map<std::pair<unsigned, unsigned>, ArchiveNode *> byKey;
-    std::map<std::string, ArchiveNode *> byName;
-
-    void link(ArchiveNode *child)
-    {
-        if (const TQPacketable *item = child->packetable) {
-            byKey.emplace(std::make_pair(item->dbkey.key, item->dbkey.hkey), child);
-            byName.emplace(asText(item->name), child);
-        }
-    }
+    std::vector<std::unique_ptr<ArchiveNode>> owned;
+    std::map<std::string, ArchiveNode *> found;  // by name and by key
 };
 
 ArchiveNode::ArchiveNode(TQPacketable *item) : packetable(item), m_children(new Children) {}
 
 ArchiveNode::~ArchiveNode()
 {
-    for (const ArchiveNode *child : m_children->owned) {
-        delete child;
-    }
     delete m_children;
     delete packetable;
 }
@@ -253,22 +199,19 @@ ArchiveNode::~ArchiveNode()
 void ArchiveNode::add(ArchiveNode *child)
 {
     if (script().ownsNodes) {
-        m_children->owned.push_back(child);
+        m_children->owned.emplace_back(child);
     }
-    m_children->link(child);
+    if (const TQPacketable *item = child->packetable) {
+        m_children->found.emplace(asKey(item->dbkey), child);
+        m_children->found.emplace(shown(item->name), child);
+    }
 }
 
 ArchiveNode *ArchiveNode::findNode(const TQDB_REFERENCE *reference) const
 {
-    if (script().isFaulty("findNode")) {
-        return nullptr;
-    }
-    if (reference->name) {
-        const auto found = m_children->byName.find(reference->name);
-        return found == m_children->byName.end() ? nullptr : found->second;
-    }
-    const auto found = m_children->byKey.find({ reference->key.key, reference->key.hkey });
-    return found == m_children->byKey.end() ? nullptr : found->second;
+    const auto &nodes = m_children->found;
+    const auto node = nodes.find(reference->name ? reference->name : asKey(reference->key));
+    return node == nodes.end() || script().isFaulty("findNode") ? nullptr : node->second;
 }
 
 TQKEY_ELEMENT TQKEY_CC::getNullKey() { return { 0, 0 }; }
@@ -277,15 +220,13 @@ bool TQKEY_CC::isValid(const TQKEY_ELEMENT &key) { return key.key != 0 && key.hk
 
 void TQ_free(void *buffer)
 {
-    script().record("TQ_free");
     script().wrongFrees += buffer && script().buffers.erase(buffer) == 0;
     std::free(buffer);
 }
 
 CONVERTSTRUCTELEMENTINFO *TQGetSystemStorageClassConv(PACKETDATATYPES type)
 {
-    script().record("TQGetSystemStorageClassConv " + std::to_string(type));
-    const auto table = script().tables.find(type);
+    const auto table = script().tables.find(unsigned(type));
     if (script().isFaulty("TQGetSystemStorageClassConv") || table == script().tables.end()) {
         return nullptr;
     }

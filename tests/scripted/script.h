@@ -2,10 +2,12 @@
 #define SCRIPT_H
 
 #include "archivenode.h"
+#include "tqrecords.h"
 #include "tqstorageclass.h"
 
 #include <map>
 #include <set>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -19,6 +21,23 @@ struct ScriptRecord
     unsigned int publicationId = 0;
 };
 
+/// A record that was handed out; its declared part comes first.
+struct Record
+{
+    union {
+        TQLISTRECORD list;
+        TQOWNER owner;
+        TQJOB job;  // has its name where a book has it
+    };
+    ScriptRecord data;
+    PACKETDATATYPES family;
+
+    static Record *of(const void *shown)
+    {
+        return static_cast<Record *>(const_cast<void *>(shown));
+    }
+};
+
 /// What the scripted server library answers, what it was asked, and what became of its answers.
 struct Script
 {
@@ -29,8 +48,6 @@ struct Script
     std::map<unsigned int, Records> books;  ///< by the key word of their owner
     std::map<int, Records> jobs;  ///< by the id of their owner, 1000 and its key word
     std::map<unsigned int, Table> tables;  ///< by data type, without the record that ends them
-    std::string host = "press.example";
-    int port = 0x12345;
 
     /// Calls that fail, and how: "getBooks null" (nothing, or false), "getBooks error" (records,
     /// but the command failed), "getBooks null name" (the first record's), "getBooks cycle N" (the
@@ -41,10 +58,9 @@ struct Script
     /// and below itself.
     bool ownsNodes = true;
 
-    /// Name and arguments of each call, in order.
+    /// Name and arguments of each query and of most other calls, in order.
     std::vector<std::string> calls;
     bool isRecording = true;
-    size_t steps = 0;  ///< records that list operations walked over
 
     /// What was handed out and not yet given back, and what was given back wrongly: twice, as
     /// another family, or never handed out.
@@ -53,14 +69,18 @@ struct Script
     std::set<const void *> items;
     int wrongFrees = 0;
 
-    bool isFaulty(const std::string &call, const std::string &how = "null") const
+    bool isFaulty(const char *call, const std::string &how = "null") const
     {
-        return faults.count(call + ' ' + how) > 0;
+        return !faults.empty() && faults.count(call + (' ' + how)) > 0;
     }
-    void record(const std::string &call)
+    template<typename... Arguments>
+    void record(const char *call, const Arguments &...arguments)
     {
         if (isRecording) {
-            calls.push_back(call);
+            std::ostringstream text;
+            text << call;
+            ((text << ' ' << arguments), ...);
+            calls.push_back(text.str());
         }
     }
 };
