@@ -1,68 +1,49 @@
 #include "actionbar.h"
 
-#include "packetlog.h"
-#include "xmlaction.h"
 #include "xmlactiongroup.h"
 #include "xmlpacket.h"
-#include "xmlrouter.h"
 #include "xmlui.h"
 
 #include <QAction>
 
-ActionBar::ActionBar(XMLRouter &to, PacketLog &log) : XMLAgent(TYPE), m_log(log)
+ActionBar::ActionBar(XMLRouter &to, PacketLog &log)
+    : BoardAgent(TYPE, QStringLiteral("Tool bar"), to, log)
 {
-    to.add(this);
-    m_log.setAgentName(getAgentID(), QStringLiteral("Tool bar"));
 }
 
-ActionBar::~ActionBar() { router->remove(this); }
-
-QAction *ActionBar::shown(int type) const
+void ActionBar::take(const XMLPacket &packet)
 {
-    const auto found = m_entries.find(type);
-    return found == m_entries.end() ? nullptr : found->second.shown;
-}
-
-XMLAction *ActionBar::action(int type) const
-{
-    const auto found = m_entries.find(type);
-    return found == m_entries.end() ? nullptr : found->second.action.get();
-}
-
-void ActionBar::receive(XMLPacket *packet)
-{
-    const std::unique_ptr<XMLPacket> sent(packet);  // ours from here on
-    m_log.add(PacketLog::Received, *sent);
     std::list<QDomNode> pages;
-    sent->getNodesOfType(XMLObject::XMLOBJECT_UI, pages);
+    packet.getNodesOfType(XMLObject::XMLOBJECT_UI, pages);
     for (const QDomNode &node : pages) {
         XMLUI page;
         page.setNode(node.toElement());
         QList<XMLAction *> actions;
         page.getActions(actions);
         for (XMLAction *action : actions) {
-            update(std::unique_ptr<XMLAction>(action));
+            if (m_entries.contains(action->getType())) {
+                update(*action, m_entries.value(action->getType()));
+                delete action;
+            } else {
+                add(action);
+            }
         }
     }
 }
 
-void ActionBar::update(std::unique_ptr<XMLAction> action)
+void ActionBar::update(const XMLAction &sent, const Entry &entry)
 {
-    const QString name = action->getName();
-    const bool visible = action->getVisible();
-    const bool enabled = action->isEnabled();
-    const auto known = m_entries.find(action->getType());
-    Entry &entry = known == m_entries.end() ? add(std::move(action)) : known->second;
-    entry.action->setName(name);
-    entry.action->setVisible(visible);
-    entry.action->setEnabled(enabled);
-    entry.shown->setText(name);
-    entry.shown->setVisible(visible);
-    entry.shown->setEnabled(enabled);
+    entry.action->setName(sent.getName());
+    entry.action->setVisible(sent.getVisible());
+    entry.action->setEnabled(sent.isEnabled());
+    entry.shown->setText(sent.getName());
+    entry.shown->setVisible(sent.getVisible());
+    entry.shown->setEnabled(sent.isEnabled());
 }
 
-ActionBar::Entry &ActionBar::add(std::unique_ptr<XMLAction> action)
+void ActionBar::add(XMLAction *action)
 {
+    action->setParent(this);
     if (action->getOriginator() != m_lastOriginator) {
         addSeparator();
         m_lastOriginator = action->getOriginator();
@@ -72,32 +53,23 @@ ActionBar::Entry &ActionBar::add(std::unique_ptr<XMLAction> action)
     shown->setCheckable(action->isCheckable());
     shown->setChecked(action->isChecked());
     connect(shown, &QAction::triggered, this, [this, type] { press(type); });
-    connect(action.get(), &XMLAction::toggled, this, [this, type, shown](bool checked) {
+    connect(action, &XMLAction::toggled, this, [this, type, shown](bool checked) {
         shown->setChecked(checked);
         Q_EMIT chosen(type, checked);
     });
-    if (XMLActionGroup *exclusive = group(action->getOriginator())) {
-        exclusive->addAction(action.get());
-        connect(action.get(), &XMLAction::toggling, exclusive, &XMLActionGroup::approveToggle);
+    if (action->getOriginator() != 0) {
+        XMLActionGroup *&exclusive = m_groups[action->getOriginator()];
+        exclusive = exclusive ? exclusive : new XMLActionGroup(this, nullptr);
+        exclusive->addAction(action);
+        connect(action, &XMLAction::toggling, exclusive, &XMLActionGroup::approveToggle);
     }
-    return m_entries[type] = Entry { std::move(action), shown };
-}
-
-XMLActionGroup *ActionBar::group(int originator)
-{
-    if (originator == 0) {
-        return nullptr;
-    }
-    XMLActionGroup *&known = m_groups[originator];
-    if (!known) {
-        known = new XMLActionGroup(this, nullptr);
-    }
-    return known;
+    m_entries[type] = { action, shown };
+    update(*action, m_entries[type]);
 }
 
 void ActionBar::press(int type)
 {
-    const Entry &entry = m_entries.at(type);
+    const Entry entry = m_entries.value(type);
     XMLAction &action = *entry.action;
     if (!action.isCheckable()) {
         Q_EMIT chosen(type, false);

@@ -8,7 +8,7 @@
 DetailPane::DetailPane(QWidget *parent) : QTreeWidget(parent)
 {
     setObjectName(QStringLiteral("detail"));
-    setHeaderLabels({ QStringLiteral("Details"), QString() });
+    setHeaderLabels({ QStringLiteral("Field"), QStringLiteral("Value") });
     setAlternatingRowColors(true);
     setIndentation(fontMetrics().averageCharWidth() * 2);
     setSelectionMode(NoSelection);
@@ -29,13 +29,17 @@ void DetailPane::addFields(QTreeWidgetItem *parent, const QDomElement &packetabl
 {
     const PACKETDATATYPES type = XMLPacketable::getType(packetable);
     const QString inlined = XMLObject::rootNodeName(XMLObject::XMLOBJECT_PACKETABLE);
+    QList<QTreeWidgetItem *> own;
+    QList<QTreeWidgetItem *> items;  // below the item's own values
     visitFields(packetable, [&](unsigned tag, const QDomElement &field) {
         const QString text = fieldText(type, tag, field);
-        auto *row = new QTreeWidgetItem(parent, { fieldHeading(type, tag), text });
-        row->setToolTip(1, text);
         const QDomElement referred = field.firstChildElement(inlined);
+        auto *row = new QTreeWidgetItem({ fieldHeading(type, tag), text });
+        row->setToolTip(1, text);
+        (referred.isNull() ? own : items) << row;
         if (!referred.isNull()) {
             addFields(row, referred);
         }
     });
+    parent->addChildren(own + items);
 }

@@ -5,7 +5,7 @@
 
 class QDomElement;
 
-/// The fields of one item, with the items that it refers to below the fields that do.
+/// The fields of one item: first its own values, then the items that it refers to with theirs.
 class DetailPane : public QTreeWidget
 {
     Q_OBJECT

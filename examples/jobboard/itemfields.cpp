@@ -128,7 +128,7 @@ QString plainText(const QDomElement &field)
     }
     if (field.firstChild().isText()) {
         const qint64 size = field.attribute(XMLPacketable::SIZE).toLongLong(nullptr, BASE);
-        return QLocale().formattedDataSize(size) + QStringLiteral(" of data");
+        return QLocale().formattedDataSize(size);
     }
     return entriesOf(field).join(QLatin1String(", "));
 }

@@ -15,7 +15,6 @@ enum Tag : unsigned {
     Output = 0x2,
     Book = 0x3,
     Publication = 0x5,
-    Page = 0x6,
     State = 0x7,
     Priority = 0x8,
     Copies = 0x9,

@@ -3,6 +3,7 @@
 #include "itemfields.h"
 #include "xmlpacketable.h"
 
+#include <QColor>
 #include <QLocale>
 
 #include <algorithm>
@@ -24,11 +25,18 @@ constexpr ColumnInfo COLUMNS[] = {
     { JobField::State, Number },
     { JobField::Colours, Text },
     { JobField::Created, Text },
-    { JobField::Page, Number },
     { JobField::Copies, Number },
     { JobField::Priority, Number },
 };
 static_assert(std::size(COLUMNS) == JobModel::ColumnCount, "one entry per column");
+
+constexpr QRgb STATE_COLOURS[] = { 0xff8a9299, 0xffe8a317, 0xff3fa34d };  // by state
+
+QVariant stateColour(int state)
+{
+    const bool isKnown = state >= 0 && size_t(state) < std::size(STATE_COLOURS);
+    return isKnown ? QVariant(QColor(STATE_COLOURS[state])) : QVariant();
+}
 
 int columnOf(unsigned tag)
 {
@@ -77,18 +85,14 @@ JobModel::Job JobModel::read(const QDomElement &packetable) const
     Job job { XMLPacketable::getDBkey(packetable), {}, {}, {}, {},
         m_collator.sortKey(XMLPacketable::getName(packetable)) };
     visitFields(packetable, [&job](unsigned tag, const QDomElement &field) {
-        if (tag == JobField::Book) {
-            job.book = fieldKey(field);
-            return;
-        }
-        const QString text = fieldText(PACKETDATATYPE_JOB, tag, field);
-        if (tag == JobField::Publication) {
-            job.publication = text;
-        }
         const int column = columnOf(tag);
         if (column >= 0) {
-            job.texts[column] = text;
+            job.texts[column] = fieldText(PACKETDATATYPE_JOB, tag, field);
             job.numbers[column] = field.attribute(XMLPacketable::VALUE).toInt();
+        } else if (tag == JobField::Publication) {
+            job.publication = fieldText(PACKETDATATYPE_JOB, tag, field);
+        } else if (tag == JobField::Book) {
+            job.book = fieldKey(field);
         }
     });
     return job;
@@ -121,6 +125,8 @@ QVariant JobModel::data(const QModelIndex &index, int role) const
         return job(index.row()).texts[column];
     case Qt::TextAlignmentRole:
         return alignmentOf(column);
+    case Qt::DecorationRole:
+        return column == State ? stateColour(job(index.row()).numbers[State]) : QVariant();
     case SORT_ROLE:
         return isNumber ? QVariant(job(index.row()).numbers[column])
                         : QVariant(job(index.row()).texts[column]);
@@ -153,19 +159,19 @@ JobFilter::JobFilter(JobModel &jobs, QObject *parent) : QSortFilterProxyModel(pa
 void JobFilter::setSource(const Source &source)
 {
     m_source = source;
-    invalidateFilter();
+    invalidate();  // at once, where invalidateFilter() takes the rows off one by one
 }
 
 void JobFilter::setState(std::optional<int> state)
 {
     m_state = state;
-    invalidateFilter();
+    invalidate();
 }
 
 void JobFilter::setText(const QString &text)
 {
     m_text = text;
-    invalidateFilter();
+    invalidate();
 }
 
 bool JobFilter::isOfSource(const JobModel::Job &job) const

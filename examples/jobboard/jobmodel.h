@@ -29,7 +29,7 @@ class JobModel : public QAbstractTableModel
     Q_OBJECT
 
 public:
-    enum Column { Name, Output, State, Colours, Created, Page, Copies, Priority, ColumnCount };
+    enum Column { Name, Output, State, Colours, Created, Copies, Priority, ColumnCount };
     /// Role of the value that a column is sorted by.
     static constexpr int SORT_ROLE = Qt::UserRole;
 

@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QPalette>
+#include <QProxyStyle>
 
 namespace {
 
@@ -30,9 +31,23 @@ constexpr Colour COLOURS[] = {
 constexpr QRgb DISABLED_LIGHT = 0x8a9095;
 constexpr QRgb DISABLED_DARK = 0x7b8187;
 
+// Rows are not packed as densely as the style would.
+class AiryStyle : public QProxyStyle
+{
+public:
+    AiryStyle() : QProxyStyle(QStringLiteral("Fusion")) {}
+
+    QSize sizeFromContents(ContentsType type, const QStyleOption *option, const QSize &size,
+        const QWidget *widget) const override
+    {
+        const QSize packed = QProxyStyle::sizeFromContents(type, option, size, widget);
+        return type == CT_ItemViewItem ? packed + QSize(0, 5) : packed;
+    }
+};
+
 }  // namespace
 
-void setUpLook() { QApplication::setStyle(QStringLiteral("Fusion")); }
+void setUpLook() { QApplication::setStyle(new AiryStyle); }
 
 bool isDarkLook() { return QApplication::palette().color(QPalette::Window).lightness() < 128; }
 

@@ -1,7 +1,7 @@
 #ifndef LOOK_H
 #define LOOK_H
 
-/// The style that both looks are drawn in; the colours stay the platform's.
+/// The style that both looks are drawn in, with air between rows; the colours stay the platform's.
 void setUpLook();
 /// Whether windows are dark now.
 bool isDarkLook();

@@ -7,7 +7,6 @@
 #include "sourcetree.h"
 #include "xmlaction.h"
 #include "xmlcommserver.h"
-#include "xmlpacketable.h"
 #include "xmlui.h"
 
 #include "tqcommserver.h"
@@ -20,7 +19,6 @@
 #include <QLineEdit>
 #include <QLocale>
 #include <QMessageBox>
-#include <QProgressBar>
 #include <QSplitter>
 #include <QStatusBar>
 #include <QTableView>
@@ -30,74 +28,66 @@ namespace {
 
 constexpr QSize WINDOW_SIZE(1500, 940);
 
-// The actions of the page, by type; those with the same originator stand together, and those of
-// the state exclude each other.
-enum ActionType {
-    Reload = 1,
-    Stop,
-    AnyState,
-    OnlyWaiting,
-    OnlyInProgress,
-    OnlyDone,
-    ShowDetails,
-    ShowPackets,
-    CopyXml,
-    DarkLook
-};
-
+// One action of the page. Those with the same originator stand together, and those of the state
+// exclude each other.
 struct PageAction
 {
-    ActionType type;
+    Tool::Type type;
     int originator;
     const char *name;
     bool isCheckable;
     bool isChecked;
 };
 constexpr PageAction PAGE[] = {
-    { Reload, 0, "Reload", false, false },
-    { Stop, 0, "Stop loading", false, false },
-    { AnyState, 1, "All", true, true },
-    { OnlyWaiting, 1, "Waiting", true, false },
-    { OnlyInProgress, 1, "In progress", true, false },
-    { OnlyDone, 1, "Done", true, false },
-    { CopyXml, 0, "Copy job as XML", false, false },
-    { ShowDetails, 0, "Details", true, true },
-    { ShowPackets, 0, "Packets", true, true },
-    { DarkLook, 0, "Dark", true, false },
+    { Tool::Reload, 0, "Reload", false, false },
+    { Tool::Stop, 0, "Stop loading", false, false },
+    { Tool::AnyState, 1, "All", true, true },
+    { Tool::OnlyWaiting, 1, "Waiting", true, false },
+    { Tool::OnlyInProgress, 1, "In progress", true, false },
+    { Tool::OnlyDone, 1, "Done", true, false },
+    { Tool::CopyXml, 0, "Copy job as XML", false, false },
+    { Tool::ShowDetails, 0, "Details", true, true },
+    { Tool::ShowPackets, 0, "Packets", true, true },
+    { Tool::DarkLook, 0, "Dark", true, false },
 };
 
 QString count(int number) { return QLocale().toString(number); }
 
 // The table's columns but the first are as wide as these.
-constexpr const char *WIDTHS[] = { "", "Digital Press Colour 1", "In progress",
-    "CMYK + Bleu Étain 12", "2024-03-06 06:00", "Page ▾", "Copies ▾", "Priority ▾" };
+constexpr const char *WIDTHS[] = { "", "Digital Press Colour 1", "In progress 12",
+    "CMYK + Bleu Étain 12", "2024-03-06 06:00", "Copies ▾", "Priority ▾" };
 static_assert(std::size(WIDTHS) == JobModel::ColumnCount, "one sample per column");
 
 }  // namespace
 
 MainWindow::MainWindow(TQCommServer &server)
     : m_server(server), m_router(&server, nullptr, "jobboard"), m_agent(m_router, m_log),
-      m_jobs(nullptr), m_filter(m_jobs, nullptr),
+      m_items(server, m_router, m_log), m_jobs(nullptr), m_filter(m_jobs, nullptr),
       m_bar(std::make_unique<ActionBar>(m_router, m_log))
 {
     m_log.setAgentName(m_router.getXMLCommServerID(), QStringLiteral("Server bridge"));
     build();
     connect(&m_agent, &RequestAgent::replied, this, &MainWindow::takeReply);
-    connect(&m_agent, &RequestAgent::served, this, &MainWindow::showProgress);
+    connect(&m_agent, &RequestAgent::served, this, &MainWindow::checkServed);
+    connect(&m_agent, &RequestAgent::itemReceived, this, &MainWindow::showJob);
     connect(m_bar.get(), &ActionBar::chosen, this, &MainWindow::choose);
     connect(m_sources, &SourceTree::chosen, this, &MainWindow::showSource);
     connect(m_search, &QLineEdit::textChanged, this, [this](const QString &text) {
         m_filter.setText(text);
-        showCounts();
+        showRows();
     });
-    connect(m_table->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
-        &MainWindow::showJob);
+    m_job.setNode({});
+    m_choice.setSingleShot(true);
+    connect(m_table->selectionModel(), &QItemSelectionModel::currentRowChanged, &m_choice,
+        [this] { m_choice.start(0); });
+    connect(&m_choice, &QTimer::timeout, this, &MainWindow::askJob);
     load();
 }
 
 MainWindow::~MainWindow()
 {
     m_agent.stop();
+    disconnect(&m_agent, nullptr, this, nullptr);
     m_router.remove(&m_agent);
     m_router.send();  // what is queued has no receiver any more and goes
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
@@ -124,22 +114,19 @@ void MainWindow::build()
     m_table = buildTable();
     column->addWidget(m_table);
     m_detail = new DetailPane(upper);
-    upper->setSizes({ 260, 890, 350 });
+    upper->setSizes({ 280, 900, 320 });
     upper->setStretchFactor(1, 1);
 
     auto *all = new QSplitter(Qt::Vertical, this);
     all->addWidget(upper);
     m_packets = new PacketPane(m_log, all);
-    all->setSizes({ 600, 240 });
+    all->setSizes({ 630, 220 });
     all->setStretchFactor(0, 1);
     setCentralWidget(all);
 
     m_counts = new QLabel(this);
     m_counts->setObjectName(QStringLiteral("counts"));
     statusBar()->addWidget(m_counts, 1);
-    m_progress = new QProgressBar(this);
-    m_progress->setFormat(QStringLiteral("loading %p%"));
-    statusBar()->addPermanentWidget(m_progress);
 }
 
 QTableView *MainWindow::buildTable()
@@ -153,6 +140,7 @@ QTableView *MainWindow::buildTable()
     table->setSelectionMode(QAbstractItemView::SingleSelection);
     table->setAlternatingRowColors(true);
     table->setShowGrid(false);
+    table->setIconSize({ 9, 9 });  // of the states
     table->setWordWrap(false);
     table->verticalHeader()->hide();
     table->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
@@ -175,26 +163,25 @@ void MainWindow::sendPage()
         XMLAction action(QLatin1String(entry.name), entry.type, entry.originator);
         if (entry.isCheckable) {
             action.setCheckable(true);
-            action.setChecked(entry.type == DarkLook ? isDarkLook() : entry.isChecked);
+            action.setChecked(entry.type == Tool::DarkLook ? isDarkLook() : entry.isChecked);
         }
-        action.setEnabled(entry.type != CopyXml || m_job);
+        action.setEnabled(entry.type != Tool::CopyXml || !m_job.getNodeConst().isNull());
         page.append(action);
     }
-    page.setActionVisible(m_isLoading ? Reload : Stop, 0, false);
+    page.setActionVisible(m_isLoading ? Tool::Reload : Tool::Stop, 0, false);
     m_agent.sendPage(page, m_bar->getAgentID());
 }
 
 void MainWindow::load()
 {
     m_jobs.clear();
-    showJob({});
     m_sources->clearSources();
     m_isLoading = true;
     m_requests = 2;
     m_agent.ask({ XMLCommServer::REQUEST_OUTPUTS, {}, QStringLiteral("outputs") });
     m_agent.ask({ XMLCommServer::REQUEST_BOOKS, {}, QStringLiteral("books") });
     sendPage();
-    showProgress();
+    showRows();
 }
 
 void MainWindow::takeReply(int type, const std::list<QDomNode> &items)
@@ -219,22 +206,17 @@ void MainWindow::takeReply(int type, const std::list<QDomNode> &items)
     }
 }
 
-void MainWindow::showProgress()
+void MainWindow::checkServed()
 {
     const QString error = QString::fromUtf8(m_server.errorText());
     if (!error.isEmpty()) {
         m_agent.stop();
     }
-    const int pending = m_agent.pending();
-    m_progress->setRange(0, m_requests);
-    m_progress->setValue(m_requests - pending);
-    m_progress->setVisible(pending > 0);
-    showCounts();
-    if (pending == 0 && m_isLoading) {
+    if (m_agent.pending() == 0 && m_isLoading) {
         m_isLoading = false;
         sendPage();
-        Q_EMIT loaded();
     }
+    showCounts();
     if (!error.isEmpty()) {
         fail(error);
     }
@@ -250,27 +232,28 @@ void MainWindow::fail(const QString &error)
 void MainWindow::choose(int action, bool checked)
 {
     switch (action) {
-    case Reload:
+    case Tool::Reload:
         return load();
-    case Stop:
+    case Tool::Stop:
         return m_agent.stop();
-    case AnyState:
-    case OnlyWaiting:
-    case OnlyInProgress:
-    case OnlyDone:
+    case Tool::AnyState:
+    case Tool::OnlyWaiting:
+    case Tool::OnlyInProgress:
+    case Tool::OnlyDone:
         if (checked) {
-            m_filter.setState(
-                action == AnyState ? std::nullopt : std::make_optional(action - OnlyWaiting));
-            showCounts();
+            m_filter.setState(action == Tool::AnyState
+                    ? std::nullopt
+                    : std::make_optional(action - Tool::OnlyWaiting));
+            showRows();
         }
         return;
-    case ShowDetails:
+    case Tool::ShowDetails:
         return m_detail->setVisible(checked);
-    case ShowPackets:
+    case Tool::ShowPackets:
         return m_packets->setVisible(checked);
-    case CopyXml:
-        return QApplication::clipboard()->setText(m_job ? m_job->toString() : QString());
-    case DarkLook:
+    case Tool::CopyXml:
+        return QApplication::clipboard()->setText(m_job.toString());
+    case Tool::DarkLook:
         return setDarkLook(checked);
     }
 }
@@ -283,32 +266,53 @@ void MainWindow::showSource(const Source &source)
     m_filter.setSource(source);
     m_table->setColumnHidden(JobModel::Output, source.kind == Source::Output);
     m_table->scrollToTop();
-    showCounts();
+    showRows();
 }
 
-void MainWindow::showJob(const QModelIndex &row)
+// The table's rows are others now, perhaps without the job that was chosen.
+void MainWindow::showRows()
 {
-    const bool hadJob = m_job != nullptr;
-    m_job.reset();
-    if (row.isValid()) {
-        const TQKEY_ELEMENT key = m_jobs.job(m_filter.mapToSource(row).row()).key;
-        TQLPCOMMANDS command;
-        ZQ_MESSAGE_ID message;
-        const std::unique_ptr<ArchiveNode> node(
-            m_server.getArchiveNode(command, message, PACKETDATATYPE_JOB, key));
-        m_job.reset(XMLPacketable::fromArchiveNode(m_server, node.get()));
-        if (m_server.iserror(command)) {
-            statusBar()->showMessage(QString::fromUtf8(m_server.errorText()));
-        }
+    showCounts();
+    m_choice.start(0);
+}
+
+void MainWindow::askJob()
+{
+    const QModelIndex row = m_filter.mapToSource(m_table->currentIndex());
+    const TQKEY_ELEMENT key = row.isValid() ? m_jobs.job(row.row()).key : TQKEY_ELEMENT {};
+    if (key == m_wanted) {
+        return;
     }
-    m_detail->setItem(m_job ? m_job->getNodeConst() : QDomElement());
-    if (hadJob != (m_job != nullptr)) {
+    m_wanted = key;
+    if (row.isValid()) {
+        m_agent.askItem(key, m_jobs.job(row.row()).texts[JobModel::Name], m_items.getAgentID());
+    } else {
+        showJob({});
+    }
+}
+
+void MainWindow::showJob(const QDomElement &job)
+{
+    if (job.isNull() && TQKEY_CC::isValid(m_wanted)) {
+        statusBar()->showMessage(QString::fromUtf8(m_server.errorText()));
+    } else if (!job.isNull() && !(XMLPacketable::getDBkey(job) == m_wanted)) {
+        return;  // another one was chosen meanwhile
+    }
+    const bool isOther = m_job.getNodeConst().isNull() != job.isNull();
+    m_job.setNode(job);
+    m_detail->setItem(job);
+    if (isOther) {
         sendPage();
     }
 }
 
 void MainWindow::showCounts()
 {
-    m_counts->setText(
-        QStringLiteral("%1 of %2 jobs").arg(count(m_filter.rowCount()), count(m_jobs.rowCount())));
+    QString text =
+        QStringLiteral("%1 of %2 jobs").arg(count(m_filter.rowCount()), count(m_jobs.rowCount()));
+    if (m_isLoading) {
+        const int served = m_requests - m_agent.pending();
+        text += QStringLiteral(" – loading, %1%").arg(served * 100 / m_requests);
+    }
+    m_counts->setText(text);
 }

@@ -2,12 +2,15 @@
 #define MAINWINDOW_H
 
 #include "actionbar.h"
+#include "itemagent.h"
 #include "jobmodel.h"
 #include "packetlog.h"
 #include "requestagent.h"
+#include "xmlpacketable.h"
 #include "xmlrouter.h"
 
 #include <QMainWindow>
+#include <QTimer>
 
 #include <memory>
 
@@ -15,11 +18,25 @@ class DetailPane;
 class PacketPane;
 class QLabel;
 class QLineEdit;
-class QProgressBar;
 class QTableView;
 class SourceTree;
 class TQCommServer;
-class XMLPacketable;
+
+/// Types of the tool bar's actions.
+namespace Tool {
+enum Type {
+    Reload = 1,
+    Stop,
+    AnyState,
+    OnlyWaiting,
+    OnlyInProgress,
+    OnlyDone,
+    ShowDetails,
+    ShowPackets,
+    CopyXml,
+    DarkLook
+};
+}
 
 /// The planner's window: the jobs of what is chosen, the details of one, and the packets behind it.
 class MainWindow : public QMainWindow
@@ -31,10 +48,6 @@ public:
     explicit MainWindow(TQCommServer &server);
     ~MainWindow() override;
 
-Q_SIGNALS:
-    /// Everything that was asked for has arrived, loading was stopped, or it failed.
-    void loaded();
-
 private:
     void build();
     QTableView *buildTable();
@@ -42,21 +55,26 @@ private:
 
     void load();
     void takeReply(int type, const std::list<QDomNode> &items);
-    void showProgress();
+    void checkServed();
     void fail(const QString &error);
 
     void choose(int action, bool checked);
     void showSource(const Source &source);
-    void showJob(const QModelIndex &row);
     void showCounts();
+    void showRows();
+    void askJob();
+    void showJob(const QDomElement &job);
 
     TQCommServer &m_server;
     XMLRouter m_router;
     PacketLog m_log;
     RequestAgent m_agent;
+    ItemAgent m_items;
     JobModel m_jobs;
     JobFilter m_filter;
-    std::unique_ptr<XMLPacketable> m_job;  // the one in the detail pane; null for none
+    TQKEY_ELEMENT m_wanted = {};  // the chosen job; the null key for none
+    QTimer m_choice;  // runs out when the choice of a job is settled
+    XMLPacketable m_job;  // the one in the detail pane; a null element for none
     int m_requests = 0;  // of the loading under way
     bool m_isLoading = false;
 
@@ -67,7 +85,6 @@ private:
     DetailPane *m_detail;
     PacketPane *m_packets;
     QLabel *m_counts;
-    QProgressBar *m_progress;
 };
 
 #endif

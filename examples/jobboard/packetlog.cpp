@@ -63,23 +63,13 @@ void write(const QDomNode &node, QIODevice &device)
     node.save(stream, 1);
 }
 
-// The packet's document, reached through an item; of an empty packet, that of a copy.
-QDomDocument documentOf(const XMLPacket &packet)
+// The packet's document, reached through an item that is put in for the moment.
+QDomDocument documentOf(XMLPacket &packet)
 {
-    for (const auto type : { XMLObject::XMLOBJECT_PACKETABLE, XMLObject::XMLOBJECT_ACTION,
-             XMLObject::XMLOBJECT_UI, XMLObject::XMLOBJECT_MSG, XMLObject::XMLOBJECT_IMAGE }) {
-        std::list<QDomNode> nodes;
-        if (packet.getNodesOfType(type, nodes) > 0) {
-            return nodes.front().ownerDocument();
-        }
-    }
-    XMLPacket copy;
-    copy = packet;
     XMLMessage message;
-    QDomElement item = copy.append(message);
-    const QDomDocument document = item.ownerDocument();
+    QDomElement item = packet.append(message);
     item.parentNode().removeChild(item);
-    return document;
+    return item.ownerDocument();
 }
 
 struct Naming
@@ -122,7 +112,7 @@ QString PacketLog::agentName(int agentID) const
     return m_agentNames.value(agentID, QString::number(agentID));
 }
 
-void PacketLog::add(Direction direction, const XMLPacket &packet)
+void PacketLog::add(Direction direction, XMLPacket &packet)
 {
     Beginning beginning;
     write(documentOf(packet), beginning);

@@ -22,7 +22,8 @@ public:
     PacketLog();
 
     void setAgentName(int agentID, const QString &name);
-    void add(Direction direction, const XMLPacket &packet);
+    /// Leaves the packet as it is.
+    void add(Direction direction, XMLPacket &packet);
     /// The packet as indented XML, cut with a remark when it is long; empty for no row.
     QString text(int row) const;
 

@@ -36,6 +36,6 @@ PacketPane::PacketPane(PacketLog &log, QWidget *parent)
         header->resizeSection(column, width + fontMetrics().averageCharWidth() * 3);
     }
     header->setSectionResizeMode(PacketLog::Content, QHeaderView::Stretch);
-    setSizes({ 760, 740 });
+    setSizes({ 740, 760 });
     setStretchFactor(1, 1);
 }

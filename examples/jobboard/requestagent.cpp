@@ -1,22 +1,18 @@
 #include "requestagent.h"
 
+#include "itemagent.h"
 #include "jobmodel.h"
-#include "packetlog.h"
 #include "xmlaction.h"
 #include "xmlpacket.h"
 #include "xmlrouter.h"
 #include "xmlui.h"
 
 #include <algorithm>
-#include <memory>
 
-RequestAgent::RequestAgent(XMLRouter &to, PacketLog &log) : XMLAgent(TYPE), m_log(log)
+RequestAgent::RequestAgent(XMLRouter &to, PacketLog &log)
+    : BoardAgent(TYPE, QStringLiteral("Job list"), to, log)
 {
-    to.add(this);
-    m_log.setAgentName(getAgentID(), QStringLiteral("Job list"));
 }
-
-RequestAgent::~RequestAgent() { router->remove(this); }
 
 void RequestAgent::ask(const Request &request)
 {
@@ -36,17 +32,20 @@ void RequestAgent::stop() { m_waiting.clear(); }
 
 int RequestAgent::pending() const { return int(m_waiting.size()) + (m_underWay ? 1 : 0); }
 
+void RequestAgent::askItem(const TQKEY_ELEMENT &key, const QString &name, int agentID)
+{
+    XMLAction action(name, ItemAgent::REQUEST_ITEM, getAgentID());
+    action.setTQKEY(key);
+    XMLPacket *packet = getXMLPacket(agentID);
+    packet->appendV(action);
+    send(packet);
+}
+
 void RequestAgent::sendPage(XMLUI &page, int agentID)
 {
     XMLPacket *packet = getXMLPacket(agentID);
     packet->append(page);
     send(packet);
-}
-
-void RequestAgent::send(XMLPacket *packet)
-{
-    m_log.add(PacketLog::Sent, *packet);
-    router->send(packet);
 }
 
 void RequestAgent::sendNext()
@@ -75,13 +74,13 @@ void RequestAgent::finish()
     }
 }
 
-void RequestAgent::receive(XMLPacket *packet)
+void RequestAgent::take(const XMLPacket &packet)
 {
-    const std::unique_ptr<XMLPacket> reply(packet);  // ours, and dropped when its rows are taken
-    m_log.add(PacketLog::Received, *reply);
     std::list<QDomNode> items;
-    reply->getNodesOfType(XMLObject::XMLOBJECT_PACKETABLE, items);
-    if (m_underWay) {
+    packet.getNodesOfType(XMLObject::XMLOBJECT_PACKETABLE, items);
+    if (packet.getSourceAgentID() != router->getXMLCommServerID()) {
+        Q_EMIT itemReceived(items.empty() ? QDomElement() : items.front().toElement());
+    } else if (m_underWay) {
         Q_EMIT replied(m_underWay->type, items);
     }
 }

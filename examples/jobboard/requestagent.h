@@ -1,7 +1,7 @@
 #ifndef REQUESTAGENT_H
 #define REQUESTAGENT_H
 
-#include "xmlagent.h"
+#include "boardagent.h"
 
 #include "tqtypes.h"
 
@@ -12,10 +12,10 @@
 #include <list>
 #include <optional>
 
-class PacketLog;
+class XMLAction;
 class XMLUI;
 
-/// One request for data.
+/// One request for a list.
 struct Request
 {
     int type;  ///< a request type of the server bridge
@@ -23,21 +23,19 @@ struct Request
     QString name;  ///< for people
 };
 
-/// Asks the server bridge, one request after the other, and hands on what it replies.
+/// Asks for lists, one request after the other, and for items, and hands on what is replied.
 ///
-/// Between two requests the event loop comes to its turn: a request that was sent from inside
-/// receive() would be served in the same run of the router, and the window would stand still until
-/// the last one is.
-class RequestAgent : public QObject, public XMLAgent
+/// Between two requests for lists the event loop comes to its turn: a request that was sent from
+/// inside receive() would be served in the same run of the router, and the window would stand
+/// still until the last one is.
+class RequestAgent : public QObject, public BoardAgent
 {
     Q_OBJECT
 
 public:
     static constexpr int TYPE = 1;
 
-    /// Registers itself. Router and log are not owned and must outlive the agent.
     RequestAgent(XMLRouter &to, PacketLog &log);
-    ~RequestAgent() override;
 
     void ask(const Request &request);
     /// Lets the waiting requests for that owner go first.
@@ -47,23 +45,26 @@ public:
     /// How many requests are waiting or under way.
     int pending() const;
 
+    /// Asks the agent with that id, an ItemAgent, for an item; at once.
+    void askItem(const TQKEY_ELEMENT &key, const QString &name, int agentID);
     /// Sends a page to the agent that shows it.
     void sendPage(XMLUI &page, int agentID);
 
-    void receive(XMLPacket *packet) override;
-
 Q_SIGNALS:
-    /// The items belong to the packet, which ends with the call.
+    /// The bridge replied to a request of that type. The items end with the call.
     void replied(int type, const std::list<QDomNode> &items);
     /// The bridge is done with a request, whether it replied or, having found nothing, did not.
     void served();
+    /// The reply to askItem(); null when there is no such item.
+    void itemReceived(const QDomElement &item);
+
+protected:
+    void take(const XMLPacket &packet) override;
 
 private:
-    void send(XMLPacket *packet);
     void sendNext();
     void finish();
 
-    PacketLog &m_log;
     std::deque<Request> m_waiting;
     std::optional<Request> m_underWay;
 };

@@ -5,10 +5,12 @@
 #include "xmlpacketable.h"
 
 #include <QHeaderView>
+#include <QLocale>
 
 namespace {
 
 constexpr int SOURCE_ROLE = Qt::UserRole;
+constexpr int COUNT_ROLE = SOURCE_ROLE + 1;
 enum Column { NameColumn, CountColumn };
 
 // A row, which sorts its names for people.
@@ -46,10 +48,12 @@ SourceTree::SourceTree(QWidget *parent)
     setHeaderLabels({ QStringLiteral("Jobs of"), QStringLiteral("Jobs") });
     headerItem()->setTextAlignment(CountColumn, Qt::AlignRight | Qt::AlignVCenter);
     setUniformRowHeights(true);
+    setIndentation(fontMetrics().averageCharWidth() * 2);
     header()->setStretchLastSection(false);
     header()->setSectionResizeMode(NameColumn, QHeaderView::Stretch);
     header()->setSectionResizeMode(CountColumn, QHeaderView::Fixed);
-    header()->resizeSection(CountColumn, fontMetrics().horizontalAdvance(QStringLiteral("000000")));
+    header()->resizeSection(
+        CountColumn, fontMetrics().horizontalAdvance(QStringLiteral("00,0000")));
     m_outputs.top->setExpanded(true);
     m_publications.top->setExpanded(true);
     m_books.top->setExpanded(true);
@@ -94,33 +98,31 @@ void SourceTree::add(int requestType, const std::list<QDomNode> &items)
     }
 }
 
-void SourceTree::raiseCount(QHash<QTreeWidgetItem *, int> &raised, QTreeWidgetItem *item)
-{
-    if (item) {
-        ++raised[item];
-    }
-}
-
 void SourceTree::count(const JobModel &jobs, int firstRow)
 {
     QHash<QTreeWidgetItem *, int> raised;
     for (int row = firstRow; row < jobs.rowCount(); ++row) {
         const JobModel::Job &job = jobs.job(row);
-        raiseCount(raised, m_all.top);
-        raiseCount(raised, m_outputs.byName.value(job.texts[JobModel::Output]));
-        raiseCount(raised, m_publications.byName.value(job.publication));
-        raiseCount(raised, m_books.byName.value(keyText(job.book)));
+        for (QTreeWidgetItem *item :
+            { m_all.top, m_outputs.byName.value(job.texts[JobModel::Output]),
+                m_publications.byName.value(job.publication),
+                m_books.byName.value(keyText(job.book)) }) {
+            ++raised[item];
+        }
     }
+    raised.remove(nullptr);
     for (auto i = raised.cbegin(); i != raised.cend(); ++i) {
-        const int count = i.key()->data(CountColumn, Qt::DisplayRole).toInt();
-        i.key()->setData(CountColumn, Qt::DisplayRole, count + i.value());
+        const int count = i.key()->data(CountColumn, COUNT_ROLE).toInt() + i.value();
+        i.key()->setData(CountColumn, COUNT_ROLE, count);
+        i.key()->setText(CountColumn, QLocale().toString(count));
     }
 }
 
 void SourceTree::clearSources()
 {
     setCurrentItem(m_all.top);
-    m_all.top->setData(CountColumn, Qt::DisplayRole, QVariant());
+    m_all.top->setData(CountColumn, COUNT_ROLE, 0);
+    m_all.top->setText(CountColumn, {});
     for (Group *group : { &m_outputs, &m_publications, &m_books }) {
         group->byName.clear();
         qDeleteAll(group->top->takeChildren());

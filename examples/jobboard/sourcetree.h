@@ -32,7 +32,6 @@ private:
     };
 
     Group addGroup(const QString &name, Source::Kind kind);
-    static void raiseCount(QHash<QTreeWidgetItem *, int> &raised, QTreeWidgetItem *item);
 
     Group m_all;
     Group m_outputs;
