@@ -1,0 +1,97 @@
+#include "fuzz.h"
+
+#include "tqpacketable.h"
+#include "xmlpacketable.h"
+
+#include <algorithm>
+#include <memory>
+
+// There and back: text, element, text, element; and text through an item of the server library.
+
+namespace {
+
+constexpr int NESTING = 256;  // levels that are followed
+
+struct FreeBuffer
+{
+    void operator()(char *buffer) const { TQ_free(buffer); }
+};
+
+std::unique_ptr<XMLPacketable> read(const QString &text)
+{
+    auto item = std::make_unique<XMLPacketable>();
+    QStringList lines = linesOf(text);
+    QDomElement root = item->getNodeConst();
+    item->toDom(root, lines, 0);
+    return item;
+}
+
+QString write(const XMLPacketable &item) { return item.toPacket(item.getNodeConst()); }
+
+// A line without a blank is read by the positions of the one before it.
+bool standsAlone(const QString &line) { return line.trimmed().contains(QLatin1Char(' ')); }
+
+bool isTrimmed(const QString &line) { return line.trimmed() == line; }
+
+// What follows "SI TYPE" reads the same into an item element of that type, up to the nesting.
+void checkItemRoot(QStringList lines, const XMLPacketable &expected)
+{
+    const QString first = lines.isEmpty() ? QString() : lines.first().trimmed();
+    if (!first.startsWith(QLatin1String("SI ")) || lines.size() >= NESTING) {
+        return;
+    }
+    XMLPacketable owner;
+    QDomElement parent = owner.getNodeConst();
+    QDomElement item = XMLPacketable::createItemElement(parent, first.mid(3));
+    owner.toDom(item, lines, 1);
+    require(haveSameContent(item, expected.getNodeConst().firstChild()),
+        "an item reads alike from inside and from outside");
+}
+
+void checkText(const QString &text)
+{
+    const auto first = read(text);
+    checkItemRoot(linesOf(text), *first);
+    const QString written = write(*first);
+    const QStringList lines = linesOf(written);
+    if (!std::all_of(lines.begin(), lines.end(), standsAlone)) {
+        return;
+    }
+    const auto second = read(written);
+    const auto third = read(write(*second));
+    require(haveSameContent(second->getNodeConst(), third->getNodeConst()),
+        "what was written reads back");
+}
+
+// An item takes all of a text or nothing, and what it took it gives back.
+void checkServerItem(QByteArray text, const QStringList &lines)
+{
+    const std::unique_ptr<TQPacketable> item(PacketableUtil::getPacketable(typeOf(lines)));
+    if (!item || !item->fromPacket(text.data(), unsigned(text.size()), false, true)) {
+        return;
+    }
+    unsigned int length = 0;
+    const std::unique_ptr<char, FreeBuffer> written(item->toPacket(length));
+    require(
+        QByteArray::fromRawData(written.get(), int(length)) == text, "the same bytes come back");
+    TQDB_REFERENCE *reference = nullptr;
+    item->getReferences(0, &reference, 0);
+    for (; reference; reference = reference->next) {
+        require(reference->name || TQKEY_CC::isValid(reference->key), "a reference refers");
+    }
+    XMLPacketable copy;
+    copy.setData(TQPacketable(*item));
+    const bool isExact = std::all_of(lines.begin(), lines.end(), isTrimmed);
+    require(copy.getDataConst() || !isExact, "what an item takes it takes again");
+}
+
+}  // namespace
+
+int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    const auto bytes = reinterpret_cast<const char *>(data);
+    const QString text = QString::fromUtf8(bytes, static_cast<int>(size));
+    checkText(text);
+    checkServerItem(QByteArray(bytes, static_cast<int>(size)), linesOf(text));
+    return 0;
+}
