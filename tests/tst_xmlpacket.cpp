@@ -141,11 +141,11 @@ void tst_XMLPacket::header()
     for (const int id : { -1, 1, INT_MAX, INT_MIN, 0 }) {
         packet.setSourceAgentID(id);
         QVERIFY(packet != copy && &(copy = packet) == &copy && packet == copy);
-        packet.setDestinationAgentID(-(id + 1));
+        packet.setDestinationAgentID(~id);
         QVERIFY(packet != copy && packet.isEmpty());
         const XMLPacket &same = packet;
         packet = same;
-        QVERIFY(packet.getSourceAgentID() == id && packet.getDestinationAgentID() == -(id + 1));
+        QVERIFY(packet.getSourceAgentID() == id && packet.getDestinationAgentID() == ~id);
     }
     packet.init(nullptr);
     QVERIFY(packet == XMLPacket());

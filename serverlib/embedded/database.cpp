@@ -15,7 +15,9 @@ namespace {
 
 constexpr int DEFAULT_PORT = 5432;
 constexpr const char *SQLITE_OPTIONS = "QSQLITE_OPEN_URI;QSQLITE_BUSY_TIMEOUT=3000";
-constexpr const char *POSTGRESQL_OPTIONS = "connect_timeout=5";
+// The client library would print notices on standard error.
+constexpr const char *POSTGRESQL_OPTIONS =
+    "connect_timeout=5;options='-c client_min_messages=error'";
 
 // Every store that items can load more from.
 std::vector<Database *> &published()
@@ -232,14 +234,18 @@ QSqlQuery *Database::run(const QString &statement, const QVariantList &values)
     return &query;
 }
 
+bool Database::finish(QSqlQuery &query)
+{
+    const QSqlError error = query.lastError();
+    query.finish();  // an unfinished query keeps the store locked
+    return !error.isValid() || failed(error);
+}
+
 QVariant Database::valueOf(const QString &statement, const QVariantList &values)
 {
     QSqlQuery *query = run(statement, values);
     const QVariant value = query && query->next() ? query->value(0) : QVariant();
-    if (query) {
-        query->finish();  // an unfinished query keeps the store locked
-    }
-    return value;
+    return query && finish(*query) ? value : QVariant();
 }
 
 bool Database::execute(const QString &statement)

@@ -52,6 +52,8 @@ public:
     // Runs a prepared statement; null when it fails. The query is the database's, valid until the
     // statement runs again.
     QSqlQuery *run(const QString &statement, const QVariantList &values = {});
+    // Ends a query; false when it failed among its rows.
+    bool finish(QSqlQuery &query);
     // The first column of the first row; null when there is none or the statement failed.
     QVariant valueOf(const QString &statement, const QVariantList &values = {});
     // Runs a statement as it is.

@@ -160,7 +160,10 @@ bool readRecords(Database &database, const StorageClass &type, const Selection &
         }
         last = record;
     }
-    query->finish();
+    if (!database.finish(*query)) {
+        TQPacketFreeList(list, type.type());
+        return false;
+    }
     return true;
 }
 

@@ -46,7 +46,7 @@ constexpr int GENERATED_ISSUE_PAGES = 24;
 constexpr size_t JOBS_PER_OUTPUT = 250;
 constexpr size_t JOBS_PER_BOOK = 20;
 constexpr size_t JOBS_PER_OWNER = 1000;
-constexpr size_t PROGRESS_STEP = 512;  // rows
+constexpr size_t PROGRESS_STEP = 64;  // rows
 
 QString utf8(const char *text) { return QString::fromUtf8(text); }
 
@@ -179,8 +179,8 @@ private:
         values.prepend(++m_lastId);
         m_ok = m_ok && m_database.run(statement, values);
         const auto done = static_cast<size_t>(m_lastId);
-        if (m_progress && (done % PROGRESS_STEP == 0 || done == m_total)) {
-            m_progress(done, m_total);
+        if (m_ok && m_progress && (done % PROGRESS_STEP == 0 || done == m_total)) {
+            m_ok = m_progress(done, m_total) || m_database.fail(QLatin1String(INTERRUPTED));
         }
         return m_lastId;
     }
@@ -289,21 +289,21 @@ void fillGenerated(Seeder &seeder, const GeneratedSizes &sizes)
     std::vector<int> owners;
     std::vector<Named> books;
     std::vector<Named> issues;
-    for (size_t i = 0; i < sizes.outputs; ++i) {
+    for (size_t i = 0; i < sizes.outputs && seeder.ok(); ++i) {
         const Sample::Output &output = cycled(Sample::OUTPUTS, i);
         outputs.push_back(seeder.output(output, numbered(output.name, i)));
     }
-    for (size_t i = 0; i < sizes.owners; ++i) {
+    for (size_t i = 0; i < sizes.owners && seeder.ok(); ++i) {
         const Sample::Owner &owner = cycled(Sample::OWNERS, i);
         owners.push_back(seeder.owner(owner, numbered(owner.name, i)));
     }
     seeder.profiles();
-    for (size_t i = 0; i < sizes.books; ++i) {
+    for (size_t i = 0; i < sizes.books && seeder.ok(); ++i) {
         const Sample::Book &book = cycled(Sample::BOOKS, i);
         const QString title = numbered(book.title, i);
         books.emplace_back(title, seeder.book(book, title, owners[i % owners.size()], i));
     }
-    for (size_t i = 0; i < sizes.publications; ++i) {
+    for (size_t i = 0; i < sizes.publications && seeder.ok(); ++i) {
         const QString name = numbered(cycled(Sample::PERIODICALS, i).name, i);
         const QDate issued = QDate(2000, 1, 1).addDays(static_cast<qint64>(i));
         issues.emplace_back(name, seeder.publication(name, issued));

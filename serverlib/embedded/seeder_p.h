@@ -4,6 +4,9 @@
 #include "database_p.h"
 #include "tqstore.h"
 
+// The error of work that its progress function stopped.
+constexpr const char *INTERRUPTED = "interrupted";
+
 // Each creates the tables in an empty store and fills them, all in one transaction; false with
 // the database's error when that fails.
 bool seedSample(Database &database, const TQPROGRESS &progress);

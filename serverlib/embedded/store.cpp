@@ -56,6 +56,16 @@ bool renameToNew(const QString &from, const QString &to)
     return ::link(source.constData(), target.constData()) == 0 && ::unlink(source.constData()) == 0;
 }
 
+bool isRunning(int process)
+{
+    if (::kill(process, 0) != 0 && errno == ESRCH) {
+        return false;
+    }
+    // One that has ended, but was not waited for, has no arguments any more.
+    QFile arguments(QStringLiteral("/proc/%1/cmdline").arg(process));
+    return !arguments.open(QIODevice::ReadOnly) || !arguments.readAll().isEmpty();
+}
+
 // Removes what processes that were killed while they created this store have left.
 void removeOrphans(const QFileInfo &target)
 {
@@ -64,7 +74,7 @@ void removeOrphans(const QFileInfo &target)
     for (const QString &name : folder.entryList(QDir::Files)) {
         bool isNumber = false;
         const int process = name.startsWith(prefix) ? name.mid(prefix.size()).toInt(&isNumber) : 0;
-        if (isNumber && process > 0 && ::kill(process, 0) != 0 && errno == ESRCH) {
+        if (isNumber && process > 0 && !isRunning(process)) {
             folder.remove(name);
         }
     }
@@ -159,8 +169,8 @@ bool storeProfiles(
         if (!storeProfile(database, profile)) {
             return false;
         }
-        if (progress) {
-            progress(++done, profiles.size());
+        if (progress && !progress(++done, profiles.size())) {
+            return database.fail(QLatin1String(INTERRUPTED));
         }
     }
     return true;

@@ -13,8 +13,9 @@
 // on the way. Each answers false on failure, with one line of UTF-8 in error, and needs a
 // QCoreApplication, like the connection itself.
 
-/// Told how many of how many rows or files are done; may be empty.
-using TQPROGRESS = std::function<void(size_t done, size_t total)>;
+/// Told how many of how many rows or files are done; on false the work stops, fails, and leaves
+/// everything as it was. May be empty.
+using TQPROGRESS = std::function<bool(size_t done, size_t total)>;
 
 /// Creates a store with the sample content at a URL that TQCommServer opens ("sqlite:PATH" or
 /// "postgresql://USER@HOST:PORT/DB"). An existing file or store is refused.

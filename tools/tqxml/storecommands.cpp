@@ -7,6 +7,8 @@
 #include <QCommandLineParser>
 #include <QFile>
 
+#include <csignal>
+
 namespace {
 
 const QString JOBS_OPTION = QStringLiteral("jobs");
@@ -16,9 +18,27 @@ int finish(bool ok, const std::string &error)
     return ok ? DONE : fail(QString::fromStdString(error));
 }
 
+volatile std::sig_atomic_t isStopped = 0;
+
+// The first signal stops the work in an orderly way, the next one ends the process.
+void stop(int signal)
+{
+    isStopped = 1;
+    std::signal(signal, SIG_DFL);
+}
+
+// Shows how far the work is, and stops it when the user or the system asks for that.
 TQPROGRESS progressOf(ProgressBar &bar)
 {
-    return [&bar](size_t done, size_t total) { bar.show(done, total); };
+    for (const int signal : { SIGINT, SIGTERM, SIGHUP }) {
+        if (std::signal(signal, stop) == SIG_IGN) {
+            std::signal(signal, SIG_IGN);  // as nohup wants it
+        }
+    }
+    return [&bar](size_t done, size_t total) {
+        bar.show(done, total);
+        return isStopped == 0;
+    };
 }
 
 void declareInitOptions(QCommandLineParser &parser)
