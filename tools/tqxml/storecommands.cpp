@@ -8,6 +8,7 @@
 #include <QFile>
 
 #include <csignal>
+#include <ctime>
 
 namespace {
 
@@ -18,13 +19,20 @@ int finish(bool ok, const std::string &error)
     return ok ? DONE : fail(QString::fromStdString(error));
 }
 
-volatile std::sig_atomic_t isStopped = 0;
+volatile std::sig_atomic_t stoppedAt = 0;  // seconds since the machine's start; 0 for not stopped
 
-// The first signal stops the work in an orderly way, the next one ends the process.
+// The first signal stops the work in an orderly way; one that comes seconds later, when that must
+// be stuck, ends the process. Some send the same signal twice at once.
 void stop(int signal)
 {
-    isStopped = 1;
-    std::signal(signal, SIG_DFL);
+    timespec now = {};
+    ::clock_gettime(CLOCK_MONOTONIC, &now);
+    if (stoppedAt == 0) {
+        stoppedAt = int(now.tv_sec);
+    } else if (now.tv_sec - stoppedAt > 1) {
+        std::signal(signal, SIG_DFL);
+        std::raise(signal);
+    }
 }
 
 // Shows how far the work is, and stops it when the user or the system asks for that.
@@ -37,7 +45,7 @@ TQPROGRESS progressOf(ProgressBar &bar)
     }
     return [&bar](size_t done, size_t total) {
         bar.show(done, total);
-        return isStopped == 0;
+        return stoppedAt == 0;
     };
 }
 
