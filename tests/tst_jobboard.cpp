@@ -113,6 +113,8 @@ void tst_JobBoard::detailsAndPackets()
         QTRY_COMPARE(cell(board.detail, 0, 1), cell(board.table, 5, 0));
         QCOMPARE(find(board.detail, "City").parent().data(), QVariant(str("Owner")));
         QTRY_VERIFY(board.button(Tool::CopyXml)->isEnabled());
+        board.press(Tool::CopyXml);
+        QVERIFY(QApplication::clipboard()->text().contains(cell(board.table, 5, 0).toString()));
         click(board.packets, board.packets->model()->index(2, 0));
         QTest::qWait(50);
         QVERIFY(board.window.grab().save(str(isDark ? "jobboard-dark.png" : "jobboard.png")));
@@ -130,6 +132,7 @@ void tst_JobBoard::manyJobsAndFailure()
     QVERIFY(TQCreateGeneratedStore(url.constData(), 20000, {}, error));
     Board board(url);
     qint64 first = 0;
+    QString preferred;
     while (!board.isLoaded()) {
         const qint64 before = work();
         QCoreApplication::processEvents();
@@ -137,6 +140,11 @@ void tst_JobBoard::manyJobsAndFailure()
         if (first == 0 && board.rows() > 0) {
             board.table->viewport()->repaint();
             first = work() - before;
+            const auto *sources = board.sources->model();
+            const QModelIndex outputs = sources->index(1, 0);
+            const QModelIndex last = sources->index(sources->rowCount(outputs) - 1, 0, outputs);
+            preferred = last.data().toString();
+            click(board.sources, last);
         }
     }
     QVERIFY2(first <= 200 * TQXML_SLOWNESS, qPrintable(QString::number(first)));
@@ -147,6 +155,8 @@ void tst_JobBoard::manyJobsAndFailure()
     const QModelIndex top = board.packets->model()->index(0, PacketLog::Content);
     const auto requests = top.model()->match(top, 0, str("request for jobs on "), -1);
     QCOMPARE(requests.size(), 85);  // one for each output
+    QVERIFY(requests.at(83).data().toString().endsWith(preferred));  // the last is the oldest
+    click(board.sources, board.sources->model()->index(0, 0));
     QCOMPARE(board.rows(), 20000);
 
     QVERIFY(store.resize(0));

@@ -10,6 +10,7 @@
 #include "xpkreference.h"
 
 #include <cstdlib>
+#include <cstring>
 #include <memory>
 #include <new>
 

@@ -13,15 +13,6 @@ namespace {
 
 using Item = std::unique_ptr<TQPacketable>;
 
-QByteArray packetOf(const TQPacketable &item)
-{
-    unsigned int length = 0;
-    char *text = item.toPacket(length);
-    const QByteArray copy(text, int(length));
-    TQ_free(text);
-    return copy;
-}
-
 // Everything that an item says, as one text.
 QByteArray describe(const TQKEY_ELEMENT &key, const QByteArray &name, const QByteArray &packet)
 {

@@ -41,15 +41,6 @@ using Item = std::unique_ptr<TQPacketable>;
 
 Item makeItem(PACKETDATATYPES type) { return Item(PacketableUtil::getPacketable(type)); }
 
-QByteArray packetOf(const TQPacketable &item)
-{
-    unsigned int length = 1;
-    char *text = item.toPacket(length);
-    const QByteArray copy(text, int(length));
-    TQ_free(text);
-    return copy;
-}
-
 // Fills from a buffer of just that size, so that the sanitizer sees every read beyond it.
 bool fill(TQPacketable &item, const QByteArray &text)
 {

@@ -5,6 +5,8 @@
 #include <QMetaMethod>
 #include <QTimer>
 
+#include <cstring>
+
 namespace {
 
 class Broker : public XMLAgentBroker

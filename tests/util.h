@@ -1,6 +1,7 @@
 #ifndef TQXML_TESTS_UTIL_H
 #define TQXML_TESTS_UTIL_H
 
+#include "tqpacketable.h"
 #include "xmlagent.h"
 #include "xmlmessage.h"
 #include "xmlpacket.h"
@@ -11,7 +12,6 @@
 #include <QtTest>
 
 #include <cstdio>
-#include <cstring>
 #include <functional>
 #include <utility>
 
@@ -87,22 +87,6 @@ inline QByteArray printed(const std::function<void()> &print)
     return file.readAll();
 }
 
-/// Place of a virtual operation among those of its class.
-template<typename Signature, typename Class>
-size_t slotOf(Signature Class::*operation)
-{
-    size_t offset = 0;
-    std::memcpy(&offset, &operation, sizeof(offset));
-    return offset / sizeof(void *);
-}
-
-/// A class with one virtual operation more: its place tells how many its base has.
-template<typename Base>
-struct Derived : Base
-{
-    virtual void last() {}
-};
-
 /// What most tables of cases hold.
 struct Case
 {
@@ -128,6 +112,16 @@ const Row &currentRow()
     return *reinterpret_cast<const Row *>(row);
 }
 // @}
+
+/// Packet text of a server item.
+inline QByteArray packetOf(const TQPacketable &item)
+{
+    unsigned int length = 1;
+    char *text = item.toPacket(length);
+    const QByteArray copy(text, int(length));
+    TQ_free(text);
+    return copy;
+}
 
 /// Handles all events that wait, deferred deletions too.
 inline void runEvents()
