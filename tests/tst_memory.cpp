@@ -34,7 +34,9 @@ void *allocate(size_t size, const void *caller)
     bool fails = false;
     if (untilFailure > 0 && dladdr(caller, &info) != 0) {
         const char *symbol = info.dli_sname ? info.dli_sname : "";
-        fails = (strstr(info.dli_fname, "libtqxml") || strstr(symbol, "QObjectC") ||
+        const char *file =
+            strrchr(info.dli_fname, '/');  // folders may have the library's name, too
+        fails = ((file && strncmp(file, "/libtqxml", 9) == 0) || strstr(symbol, "QObjectC") ||
                     strstr(symbol, "getAndRef") || strstr(symbol, "deleteLater")) &&
             --untilFailure == 0;
     }

@@ -1,6 +1,6 @@
-# cmake -DSOURCE=.. -DBUILD=.. -DWORK=.. -DPACKAGE=.. -DPC=.. -P check.cmake
-# Installs BUILD into an empty folder, and builds and runs the README's program against that, once
-# through CMake and once through pkg-config.
+# cmake -DSOURCE=.. (-DBUILD=.. | -DDEBS=FOLDER) -DWORK=.. -DPACKAGE=.. -DPC=.. -DCXX=.. -P check.cmake
+# Installs the build, or unpacks the Debian packages of that folder, into an empty one, and builds
+# and runs the README's program against that, once through CMake and once through pkg-config.
 file(REMOVE_RECURSE ${WORK})
 file(MAKE_DIRECTORY ${WORK}/consumer)
 
@@ -38,15 +38,24 @@ file(WRITE ${WORK}/consumer/main.cpp "${program}")
 file(WRITE ${WORK}/consumer/link.cmake "${linking}")
 file(COPY ${CMAKE_CURRENT_LIST_DIR}/CMakeLists.txt DESTINATION ${WORK}/consumer)
 
-run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${WORK}/installed)
+set(prefix ${WORK}/installed)
+if(DEFINED DEBS)
+    string(APPEND prefix /usr)
+    file(GLOB debs ${DEBS}/*.deb)
+    foreach(deb IN LISTS debs)
+        run(dpkg-deb --extract ${deb} ${WORK}/installed)
+    endforeach()
+else()
+    run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${prefix})
+endif()
 
 run(${CMAKE_COMMAND} -S ${WORK}/consumer -B ${WORK}/cmake
-    -DCMAKE_PREFIX_PATH=${WORK}/installed -DCMAKE_CXX_COMPILER=${CXX})
+    -DCMAKE_PREFIX_PATH=${prefix} -DCMAKE_CXX_COMPILER=${CXX})
 run(${CMAKE_COMMAND} --build ${WORK}/cmake)
 run(${WORK}/cmake/your_program)
 set(with_cmake "${text}")
 
-file(GLOB_RECURSE pc ${WORK}/installed/*/${PC}.pc)
+file(GLOB_RECURSE pc ${prefix}/*/${PC}.pc)
 get_filename_component(pc "${pc}" DIRECTORY)
 set(ENV{PKG_CONFIG_PATH} ${pc})
 run(pkg-config --cflags --libs ${PC})
