@@ -33,12 +33,12 @@ function(debian_package component name section depends summary description)
         DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${name} COMPONENT ${component} EXCLUDE_FROM_ALL)
 endfunction()
 
-set(soname "1")
+set(dash "")
 if(TQXML_SUFFIX)
-    set(soname "${TQXML_SUFFIX}-1")
+    set(dash "-")
 endif()
-set(library libtqxml${soname})
-set(server libtqserver${soname})
+set(library libtqxml${TQXML_SUFFIX}${dash}${PROJECT_VERSION_MAJOR})
+set(server libtqserver${TQXML_SUFFIX}${dash}1)
 set(qt libqt${QT_VERSION_MAJOR})
 
 debian_package(libtqxml ${library} libs "${server} (>= ${PROJECT_VERSION})"

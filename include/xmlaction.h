@@ -28,7 +28,8 @@ public:
     ~XMLAction() override;
 
     /// @{
-    /// Switches; visible and enabled are true when absent, all others false.
+    /// Switches; visible and enabled are true when absent, all others false. A text that is
+    /// neither 0 nor 1 counts as present, and reads false.
     static void setVisible(QDomElement &e, bool visible);
     void setVisible(bool visible);
     bool hasVisible() const;
@@ -61,7 +62,8 @@ public:
     /// @}
 
     /// @{
-    /// Attributes: null string or 0 when absent. For a request, the type is the request type.
+    /// Attributes: null string or 0 when absent; an empty name leaves the earlier one. For a
+    /// request, the type is the request type.
     static void setName(QDomElement &e, const QString &name);
     void setName(const QString &name);
     QString getName() const;
@@ -111,7 +113,8 @@ public:
     /// @}
 
     /// @{
-    /// Numbers; 0 when absent, the colour (24 bits, 0xrrggbb) 0xffffff.
+    /// Numbers; 0 when absent, the colour 0xffffff. That is 0xrrggbb; higher bits are kept as they
+    /// are. The doubles keep 6 significant digits.
     void setPageNumber(int page);
     bool hasPageNumber() const;
     int getPageNumber() const;

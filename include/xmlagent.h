@@ -26,8 +26,9 @@ public:
     /// Called when another agent is gone or was found unreachable, if this agent wants to know.
     virtual void agentRemoved(int agentID);
 
+    /// The application's number for agents of this kind.
     int getAgentType() const;
-    /// The id given on registration; 0 before.
+    /// The id given on registration, also after removal; 0 before.
     int getAgentID() const;
     bool wantAgentRemovalNotifications() const;
 
@@ -41,7 +42,9 @@ public:
     [[nodiscard]] XMLPacket *getXMLPacket(int destinationAgentID) const;
 
 protected:
-    XMLRouter *router = nullptr;  ///< not owned; null until registered
+    /// Not owned; null until registered. It stays when the agent is removed, and dangles when the
+    /// router is gone, which the agent hears as the removal of -1 if it wants removals.
+    XMLRouter *router = nullptr;
     bool wantRemovalNotifications = false;  ///< set it to hear agentRemoved()
 
 private:

@@ -19,6 +19,9 @@
 /// A deep copy, here and in all that derives from it, reaches 384 levels down and leaves out what
 /// lies deeper: QtXml would copy and write that at the risk of the stack.
 ///
+/// Names of properties and attributes, and characters of texts, are not checked: what XML does not
+/// allow makes a text that no parser takes. Bases of numbers are 2 to 36.
+///
 /// Objects have no QObject parent and belong to whoever makes them. They and their elements are
 /// for one thread at a time. A handle of an element taken from an object does not keep the
 /// object's document alive; keep the object, or a QDomDocument of the element, as long as it.

@@ -23,7 +23,8 @@ class XMLPacket;
 /// Agents get the ids 1, 2, 3, ... in the order of adding, never reused; the server bridge, which
 /// the router makes and owns, has -1, and 0 stands for none. Everything happens in the thread of
 /// the router. Delivery is in the order of sending, one packet at a time; an event loop that runs
-/// inside a delivery goes on delivering.
+/// inside a delivery goes on delivering, with up to 64 of them one inside the other: packets for
+/// deeper ones wait until one of these returns.
 ///
 /// Packets that are still queued when the router dies are left to the application.
 class TQXML_EXPORT XMLRouter : public QObject
@@ -41,10 +42,11 @@ public:
     /// and stays reachable under the earlier one, which remove() leaves: it must outlive the
     /// router.
     void add(XMLAgent *agent);
-    /// Takes the agent off under its current id, and tells the others; null is ignored. Packets
-    /// queued for it count as undeliverable.
+    /// Takes off whoever is registered under the agent's current id, and tells the others; null is
+    /// ignored. It must be an agent of this router. Packets queued for it count as undeliverable.
     void remove(XMLAgent *agent);
 
+    /// True when there is an agent under that id.
     bool contains(int agentID) const;
     /// Type of the agent with that id; 5 when there is none.
     int getAgentType(int agentID) const;
@@ -88,7 +90,6 @@ private:
     XMLCommServer *m_commServerAgent = nullptr;  // owned
     XMLAgentBroker *m_agentBroker = nullptr;  // owned; null until set
     QPointer<QAbstractEventDispatcher> m_dispatcher;  // the one that knows of the running timer
-    bool m_isPosted = false;  // a call of send() waits for an event loop to be there
     int m_deliveries = 0;  // calls of send() that are delivering, one inside the other
     QList<int> m_supplying;  // types the broker is being asked for
 };

@@ -14,7 +14,8 @@ public:
     ArchiveNode(const ArchiveNode &) = delete;
     ArchiveNode &operator=(const ArchiveNode &) = delete;
 
-    /// Puts a node below this one, which owns it from then on; null is ignored.
+    /// Puts a node below this one, which owns it from then on; null is ignored. A node is added
+    /// once, and never below itself: it would be deleted twice.
     void add(ArchiveNode *child);
     /// The node directly below that holds the referred item: equal keys for a reference with a
     /// valid key, else equal names; where the reference tells a data type, that too must agree.

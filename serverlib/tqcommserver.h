@@ -12,8 +12,9 @@ class TQSERVER_EXPORT TQCommServer
 {
 public:
     /// Opens the server at a URL: "sqlite:PATH", "sqlite::memory:" (the sample content) or
-    /// "postgresql://USER@HOST:PORT/DB". A store that cannot be opened leaves a connection on
-    /// which every query fails; errorText() says why.
+    /// "postgresql://USER@HOST:PORT/DB". A store that cannot be opened, or null, leaves a
+    /// connection on which every query fails; errorText() says why. The embedded library needs a
+    /// QCoreApplication, and is for the thread that opened it.
     explicit TQCommServer(const char *url);
     ~TQCommServer();
     TQCommServer(const TQCommServer &) = delete;

@@ -34,7 +34,8 @@ public:
     ICCPROFILEDATA_CC();
     ~ICCPROFILEDATA_CC() override;
 
-    /// Fetches the profile's bytes by the item's key from the server under that host and port.
+    /// Fetches the profile's bytes by the item's key, or without one by its name, from the server
+    /// under that host and port.
     /// When that fails the item stays without bytes.
     void load(std::string &host, unsigned short port);
 };

@@ -33,14 +33,16 @@ public:
     /// not NUL-terminated. Null on failure, length then 0.
     virtual char *toPacket(unsigned int &length) const;
     /// Fills the item from packet text of that many bytes; false when the text does not parse,
-    /// with the item unchanged. The key and name stay as they are. The flags are reserved: pass
-    /// false, then true.
+    /// with the item unchanged. The key and name stay as they are. A value that could not be read
+    /// again is left out: blank text, bytes of no size, a list with an empty text. The flags are
+    /// reserved: pass false, then true.
     virtual bool fromPacket(char *data, unsigned int length, bool, bool);
     /// Takes over a record of the item's family: fields, key, name and, for data type 8, the
     /// sub-record. The record belongs to the item, which frees it when it loads the next or dies.
     virtual void loadRecord(unsigned char *record);
-    /// Leaves the head of the chain of the item's references at head, null when there are none.
-    /// The chain is the item's, valid until the next call or the item's end. Pass 0 and 0.
+    /// Leaves the head of the chain of the item's references, each of them once, at head; null
+    /// when there are none. The chain is the item's, valid until the next call or the item's end.
+    /// Pass 0 and 0.
     virtual void getReferences(int, TQDB_REFERENCE **head, int);
 
     /// Copies type, key, name, sub-record and fields; records stay with the item they belong to.

@@ -44,7 +44,14 @@ expect "$commands --help --version" tqxml ''
 for command in $commands; do
     help=$("$tqxml" "$command" --help)
     options=$(sed -nE 's/^  (-h, )?(--[a-z-]+).*/\2/p' <<<"$help")
-    expect "$options" tqxml "$command" x ''
+    expect "$options" tqxml "$command" x -
+done
+for line in 'list jobs --database' init 'convert --to xml' 'import-icc a.db'; do
+    read -ra words <<<"$line"
+    if [[ $(in_bash tqxml "${words[@]}" "$folder/_tq") != "$folder/_tqxml" ]]; then
+        printf 'bash offers no file for "%s"\n' "$line"
+        failed=1
+    fi
 done
 types=$("$tqxml" list --help | sed -nE '1s/.* list ([a-z|]+).*/\1/p' | tr '|' ' ')
 expect "$types --help" tqxml list ''

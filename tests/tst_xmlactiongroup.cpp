@@ -4,6 +4,8 @@
 #include "xmlaction.h"
 
 #include <algorithm>
+#include <ctime>
+#include <vector>
 
 namespace {
 
@@ -118,6 +120,7 @@ private Q_SLOTS:
     void lifetime_data();
     void lifetime();
     void strangers();
+    void manyMembers();
 };
 
 void tst_XMLActionGroup::updates()
@@ -199,6 +202,24 @@ void tst_XMLActionGroup::strangers()
     first->toggle();
     QVERIFY(!first->actionGroup());
     QCOMPARE(scene.state(), str("12:000"));
+    // One that dies is no action any more.
+    XMLAction *const dying = scene.actions[2];
+    connect(dying, &QObject::destroyed, &other, [&] { group.removeAction(dying); });
+    delete dying;
+    QCOMPARE(scene.state(), str("1:00-"));
+}
+
+// The time for a toggle grows with the members, not with their square.
+void tst_XMLActionGroup::manyMembers()
+{
+    std::vector<XMLAction> members(20000);
+    XMLActionGroup group(nullptr, nullptr);
+    for (XMLAction &action : members) {
+        group.addAction(&action);
+    }
+    const std::clock_t start = std::clock();
+    group.toggleAction(&members.back());
+    QVERIFY(std::clock() - start < 5 * CLOCKS_PER_SEC);
 }
 
 QTEST_GUILESS_MAIN(tst_XMLActionGroup)

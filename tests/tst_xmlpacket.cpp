@@ -79,7 +79,7 @@ QString sortedText(const QDomDocument &document)
     return tags.join(QLatin1Char('<'));
 }
 
-// Changes an element in one of 11 small ways, some likelier, with one of 7 texts and 3 names.
+// Changes an element in one of 12 small ways, some likelier, with one of 7 texts and 3 names.
 void change(QDomElement e, unsigned int way)
 {
     QDomDocument d = e.ownerDocument();
@@ -87,14 +87,15 @@ void change(QDomElement e, unsigned int way)
     const QString name = QString(int(way / 112 + 1), QLatin1Char('x'));
     const std::function<void()> ways[] = { [&] { e.setAttribute(name, text); },
         [&] { e.removeAttribute(name); },
-        [&] { e.setAttributeNS(str("urn:") + text, str("n:y") + name, text); },
+        [&] { e.setAttributeNS(text, (text.isEmpty() ? str("") : str("n:")) + name, text); },
         [&] { e.appendChild(d.createElementNS(str("urn:") + text, str("n:x"))); },
         [&] { e.appendChild(d.createComment(text)); },
         [&] { e.appendChild(d.createProcessingInstruction(name, text)); },
         [&] { e.removeChild(e.lastChild()); }, [&] { e.appendChild(e.firstChild()); },
         [&] { e.setTagName(name); }, [&] { e.appendChild(d.createElement(name)); },
+        [&] { e.appendChild(d.createCDATASection(text)); },
         [&] { e.appendChild(d.createTextNode(text)); } };
-    ways[qMin(way % 16, 10U)]();
+    ways[qMin(way % 16, 11U)]();
 }
 
 // Whether copies equal their original, in whatever order QtXml keeps their many attributes.
@@ -188,6 +189,13 @@ void tst_XMLPacket::damagedPacket()
     root.replaceChild(
         document.createProcessingInstruction(str("header"), str("x")), root.firstChild());
     root.replaceChild(document.createComment(str("body")), root.lastChild());
+    XMLPacket other;  // with a source that it did not make
+    XMLPacket plain;
+    QDomNode header = other.append(message).parentNode().previousSibling();
+    plain.append(message);
+    plain.setSourceAgentID(2);
+    header.replaceChild(Xml("<src agent_id='2'/>").root, header.firstChild());
+    QVERIFY(plain == other && other == plain);
     XMLPacket copy;
     copy = packet;
     copy.setSourceAgentID(1);

@@ -3,7 +3,7 @@
 #include "xmlobject.h"
 
 #include <algorithm>
-#include <array>
+#include <tuple>
 #include <vector>
 
 namespace {
@@ -70,12 +70,20 @@ QString takeTextRun(QDomNode &node)
     return text;
 }
 
+// Moves node behind a run of empty texts; false when that writes something, as it does where no
+// CDATA section stands beside it.
+bool skipEmptyTexts(QDomNode &node)
+{
+    const bool follows = node.previousSibling().isCDATASection();
+    return takeTextRun(node).isEmpty() && (follows || node.isCDATASection());
+}
+
 // Compares the texts that start at both nodes and moves both behind them. Adjacent text nodes are
 // written as one, so that "a", "b" is "ab"; but an empty one is not written like none.
 bool sameTexts(QDomNode &a, QDomNode &b)
 {
     if (isPlainText(a) != isPlainText(b)) {
-        return false;
+        return skipEmptyTexts(isPlainText(a) ? a : b);
     }
     if (!isPlainText(a)) {
         return true;
@@ -93,13 +101,22 @@ bool sameTexts(QDomNode &a, QDomNode &b)
     return true;
 }
 
-// Names, values and namespaces of the attributes, in order.
-std::vector<std::array<QString, 3>> sorted(const QDomNamedNodeMap &attributes)
+// An attribute's, or an element's, name, value and namespace. An empty namespace is none, but is
+// not written like a null one.
+using NodeText = std::tuple<QString, QString, QString, bool>;
+
+NodeText textOf(const QDomNode &node)
 {
-    std::vector<std::array<QString, 3>> list;
+    const QString space = node.namespaceURI();
+    return { node.nodeName(), node.nodeValue(), space, space.isNull() };
+}
+
+// What the attributes say, in order.
+std::vector<NodeText> sorted(const QDomNamedNodeMap &attributes)
+{
+    std::vector<NodeText> list;
     for (int i = 0; i < attributes.length(); ++i) {
-        const QDomNode attribute = attributes.item(i);
-        list.push_back({ attribute.nodeName(), attribute.nodeValue(), attribute.namespaceURI() });
+        list.push_back(textOf(attributes.item(i)));
     }
     std::sort(list.begin(), list.end());
     return list;
@@ -121,10 +138,7 @@ bool sameAttributes(const QDomElement &a, const QDomElement &b, QString &likely)
             attribute = left.item(i);
             likely = attribute.nodeName();
         }
-        const QDomNode other = right.namedItem(likely);
-        if (other.nodeValue() != attribute.nodeValue() ||
-            other.nodeName() != attribute.nodeName() ||
-            other.namespaceURI() != attribute.namespaceURI()) {
+        if (textOf(right.namedItem(likely)) != textOf(attribute)) {
             // QtXml does not find those with a prefix by name.
             return sorted(left) == sorted(right);
         }
@@ -139,9 +153,7 @@ bool sameNode(const QDomNode &a, const QDomNode &b, QString &likely)
         return false;
     }
     if (a.isElement()) {
-        return a.nodeName() == b.nodeName() && a.namespaceURI() == b.namespaceURI() &&
-            a.namespaceURI().isNull() == b.namespaceURI().isNull() &&
-            sameAttributes(a.toElement(), b.toElement(), likely);
+        return textOf(a) == textOf(b) && sameAttributes(a.toElement(), b.toElement(), likely);
     }
     return a.isDocument() || XMLObject::toString(a) == XMLObject::toString(b);
 }

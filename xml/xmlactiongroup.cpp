@@ -50,8 +50,9 @@ void XMLActionGroup::toggleAction(XMLAction *action)
 
 void XMLActionGroup::updateActions()
 {
-    const QObject *reporter = sender();
-    if (!reporter || m_updating) {
+    // First the flag: to find the sender takes a walk over all members.
+    const QObject *reporter = m_updating ? nullptr : sender();
+    if (!reporter) {
         return;
     }
     // What the slots of the others' signals do may delete members, or this group.
@@ -71,19 +72,17 @@ void XMLActionGroup::updateActions()
 
 void XMLActionGroup::removeAction(XMLAction *action)
 {
-    if (!action) {
-        action = qobject_cast<XMLAction *>(sender());
-        if (!m_actions.contains(action)) {
-            action = nullptr;
-        }
+    // An action that signals destroyed() is none any more, and null in the list already.
+    auto *living = qobject_cast<XMLAction *>(action ? action : sender());
+    if (!action && living && !m_actions.contains(living)) {
+        return;  // a stranger's signal
     }
-    if (action) {
-        action->setActionGroup(nullptr);
-        disconnect(action, nullptr, this, nullptr);
-        m_actions.removeOne(action);
+    if (living) {
+        living->setActionGroup(nullptr);
+        disconnect(living, nullptr, this, nullptr);
+        m_actions.removeOne(living);
     } else {
-        m_actions.removeAll(
-            QPointer<XMLAction>());  // an action that signals destroyed() is null here already
+        m_actions.removeAll(QPointer<XMLAction>());
     }
 }
 

@@ -50,7 +50,8 @@ bool XMLPacket::operator==(const XMLPacket &other) const
     const bool sameSource = m_source.attribute(AGENT_ID) == other.m_source.attribute(AGENT_ID);
     const bool sameIDs =
         sameSource && m_destination.attribute(AGENT_ID) == other.m_destination.attribute(AGENT_ID);
-    if (!sameIDs && isShown(sameSource ? m_destination : m_source)) {
+    const auto id = sameSource ? &XMLPacket::m_destination : &XMLPacket::m_source;
+    if (!sameIDs && isShown(this->*id) && other.isShown(other.*id)) {
         return false;
     }
     return sameDocument(m_packetDocument, other.m_packetDocument);

@@ -173,11 +173,9 @@ void XMLRouter::schedule()
 {
     QAbstractEventDispatcher *const dispatcher = QAbstractEventDispatcher::instance(thread());
     if (!dispatcher) {
-        // No timer can run yet, but what is posted now arrives once there is an event loop.
-        if (!m_isPosted) {
-            m_isPosted = true;
-            QMetaObject::invokeMethod(this, "send", Qt::QueuedConnection);
-        }
+        // No timer can run yet, but what is posted now arrives once there is an event loop; unless
+        // an application comes and goes without one, which nobody is told.
+        QMetaObject::invokeMethod(this, "send", Qt::QueuedConnection);
     } else if (!m_sendTimer->isActive() || m_dispatcher != dispatcher) {
         m_dispatcher = dispatcher;
         m_sendTimer->start(0);
@@ -186,7 +184,6 @@ void XMLRouter::schedule()
 
 void XMLRouter::send()
 {
-    m_isPosted = false;
     if (m_deliveries >= MAX_DELIVERIES) {
         return;  // the outer ones deliver the rest
     }

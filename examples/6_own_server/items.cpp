@@ -22,6 +22,7 @@ TQPacketable::~TQPacketable()
 }
 TQPacketable &TQPacketable::operator=(const TQPacketable &other)
 {
+    datatype = other.datatype;  // a book has no sub-record
     dbkey = other.dbkey;
     *m_fields = *other.m_fields;
     setName(other.name);

@@ -24,12 +24,11 @@ void RemoveItemFromList(TQLISTRECORD **head, TQLISTRECORD *record)
     while (before && before != record && before->next != record) {
         before = before->next;
     }
-    if (before == record) {
-        *head = record->next;
-    } else if (before) {
-        before->next = record->next;
+    if (before) {
+        TQLISTRECORD *&link = before == record ? *head : before->next;
+        link = record->next;
+        record->next = nullptr;
     }
-    record->next = nullptr;
 }
 
 void TQPacketFreeList(TQLISTRECORD **head, PACKETDATATYPES type)

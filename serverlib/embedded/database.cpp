@@ -114,7 +114,11 @@ std::optional<StoreAddress> StoreAddress::parse(const char *url, QString &error)
     if (text.startsWith(QLatin1String("postgresql://"))) {
         return parseNetwork(text, error);
     }
-    if (!text.startsWith(file) || text == file) {
+    if (text == file) {
+        error = QStringLiteral("no database is named");
+        return {};
+    }
+    if (!text.startsWith(file)) {
         error = QStringLiteral("%1: not a database URL (sqlite:PATH, sqlite::memory: or "
                                "postgresql://USER@HOST:PORT/DB)")
                     .arg(text);
@@ -293,14 +297,19 @@ void Database::publish()
 }
 
 std::optional<Database::FieldValue> Database::profileBytes(
-    const std::string &host, int port, const TQKEY_ELEMENT &key)
+    const std::string &host, int port, const TQKEY_ELEMENT &key, const char *name)
 {
     const StorageClass *profiles = storageClass(PACKETDATATYPE_ICCPROFILE);
+    const bool byKey = TQKEY_CC::isValid(key);
+    if (byKey ? key.hkey != profiles->type() : !name) {
+        return {};
+    }
+    const QVariant value = byKey ? QVariant(key.key) : QVariant(QString::fromUtf8(name));
     for (Database *database : published()) {
         const bool asked = database->m_host == host && database->m_port == port;
-        if (asked && key.hkey == profiles->type() && database->recover()) {
-            if (const auto value = readBinaryField(*database, *profiles, key.key)) {
-                return value;
+        if (asked && database->recover()) {
+            if (auto field = readBinaryField(*database, *profiles, byKey ? "id" : "name", value)) {
+                return field;
             }
         }
     }

@@ -71,15 +71,16 @@ public:
     const std::string &host() const { return m_host; }
     int port() const { return m_port; }
 
-    // The field that holds an ICC profile's bytes, from the store known under that host and port;
-    // none when there is no such store, profile, or byte.
+    // The field that holds the bytes of the ICC profile with that key, or without a key with that
+    // name, from the store known under that host and port; none when there is no such store,
+    // profile, or byte.
     struct FieldValue
     {
         unsigned tag;
         std::string value;
     };
     static std::optional<FieldValue> profileBytes(
-        const std::string &host, int port, const TQKEY_ELEMENT &key);
+        const std::string &host, int port, const TQKEY_ELEMENT &key, const char *name);
 
 private:
     void close();

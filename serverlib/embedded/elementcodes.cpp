@@ -2,6 +2,9 @@
 
 #include "tqregistry.h"
 
+#include <QString>
+
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdint>
@@ -156,6 +159,13 @@ bool isBinary(std::string_view text, unsigned)
         (used == 0 || (ALPHABET.find(data[used - 1]) & spare) == 0);
 }
 
+bool isBlank(std::string_view text)
+{
+    const bool isClear =
+        std::any_of(text.begin(), text.end(), [](char c) { return c > ' ' && c < '\x7f'; });
+    return !isClear && QString::fromUtf8(text.data(), int(text.size())).trimmed().isEmpty();
+}
+
 bool isNothing(std::string_view, unsigned) { return false; }
 
 using Check = bool (*)(std::string_view text, unsigned width);
@@ -184,4 +194,23 @@ std::optional<Halves> splitAtBlank(std::string_view text)
 bool isValue(const TQSTORAGEFIELD &field, std::string_view text)
 {
     return CHECKS[size_t(familyOf(field.type))](text, field.width);
+}
+
+bool isLost(const TQSTORAGEFIELD &field, std::string_view value)
+{
+    const Family family = familyOf(field.type);
+    if (family == Family::Text) {
+        return isBlank(value);
+    }
+    if (family != Family::StringArray && family != Family::Binary) {
+        return false;
+    }
+    const std::string_view entries = splitAtBlank(value)->second;
+    if (family == Family::Binary) {
+        return entries.empty();
+    }
+    const size_t last = entries.rfind('\r') + 1;  // 0 without any
+    return value != "0 " &&
+        (isBlank(entries.substr(last)) || entries.front() == '\r' ||
+            entries.find("\r\r") != std::string_view::npos);
 }

@@ -36,4 +36,8 @@ std::optional<Halves> splitAtBlank(std::string_view text);
 // True when the text is a value that packet text can hold for the field.
 bool isValue(const TQSTORAGEFIELD &field, std::string_view text);
 
+// True for a value that says nothing, or not what it seems to, to those who read packet text as
+// words between white space: blank text, bytes of no size, texts of which one is empty.
+bool isLost(const TQSTORAGEFIELD &field, std::string_view value);
+
 #endif

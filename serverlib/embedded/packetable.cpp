@@ -11,6 +11,8 @@
 #include <deque>
 #include <limits>
 #include <memory>
+#include <set>
+#include <tuple>
 #include <vector>
 
 namespace {
@@ -52,6 +54,9 @@ bool isOfType(const Record *record, PACKETDATATYPES type)
 std::optional<TQDB_REFERENCE> keyReference(const TQSTORAGEFIELD &field, std::string_view value)
 {
     const auto words = splitAtBlank(value);
+    if (!words) {
+        return {};  // the type has been registered anew since the item was filled
+    }
     const TQKEY_ELEMENT key { readHex(words->first).value_or(0),
         readHex(words->second).value_or(0) };
     if (!TQKEY_CC::isValid(key)) {
@@ -107,10 +112,11 @@ char *TQPacketable::toPacket(unsigned int &length) const
 bool TQPacketable::fromPacket(char *data, unsigned int length, bool, bool)
 {
     const std::string_view text(data ? data : "", data ? length : 0);
-    if (!PacketText::isItem(text, datatype)) {
+    auto item = PacketText::readItem(text, datatype);
+    if (!item) {
         return false;
     }
-    m_fields->text.assign(text);
+    m_fields->text = std::move(*item);
     return true;
 }
 
@@ -142,8 +148,12 @@ void TQPacketable::getReferences(int, TQDB_REFERENCE **head, int)
     fields.chain.clear();
     fields.names.clear();
     const StorageClass *known = storageClass(datatype);
+    std::set<std::tuple<unsigned, unsigned, std::string_view>> seen;
     PacketText::forEachField(fields.text, [&](unsigned tag, std::string_view value) {
         const TQSTORAGEFIELD *field = known ? known->find(tag) : nullptr;
+        if (field && !seen.emplace(field->type, field->refers, value).second) {
+            return;
+        }
         if (field && field->type == 14) {
             if (const auto reference = keyReference(*field, value)) {
                 fields.chain.push_back(*reference);
@@ -193,7 +203,7 @@ void ICCPROFILEDATA_CC::load(std::string &host, unsigned short port)
     {
         void operator()(char *buffer) const { TQ_free(buffer); }
     };
-    const auto bytes = Database::profileBytes(host, port, dbkey);
+    const auto bytes = Database::profileBytes(host, port, dbkey, name);
     unsigned length = 0;
     const std::unique_ptr<char, Free> old(bytes ? toPacket(length) : nullptr);
     if (old) {

@@ -33,16 +33,24 @@ class Checker
 public:
     explicit Checker(PACKETDATATYPES type) : m_type(type) {}
 
-    bool check(std::string_view text)
+    std::optional<std::string> check(std::string_view text)
     {
+        std::string kept;
+        std::string_view from = text;  // not in kept yet
         while (!text.empty()) {
+            const std::string_view before = text;
             const auto line = takeLine(text);
             const auto parts = line ? splitAtBlank(*line) : std::nullopt;
+            m_isLost = false;
             if (!parts || !checkLine(parts->first, parts->second)) {
-                return false;
+                return {};
+            }
+            if (m_isLost) {
+                kept.append(from.substr(0, from.size() - before.size()));
+                from = text;
             }
         }
-        return m_found && m_depth == 0;
+        return m_found && m_depth == 0 ? std::make_optional(kept.append(from)) : std::nullopt;
     }
 
 private:
@@ -72,12 +80,14 @@ private:
         return bracket == std::end(BRACKETS) ? field(word, value) : (this->*bracket->check)(value);
     }
 
-    bool field(std::string_view word, std::string_view value) const
+    bool field(std::string_view word, std::string_view value)
     {
         const StorageClass *fields = m_depth > 0 ? m_levels[m_depth - 1].fields : nullptr;
         const auto tag = fields ? readHex(word) : std::nullopt;
         const TQSTORAGEFIELD *known = tag ? fields->find(*tag) : nullptr;
-        return known && isValue(*known, value);
+        const bool isKnown = known && isValue(*known, value);
+        m_isLost = isKnown && isLost(*known, value);
+        return isKnown;
     }
 
     bool startItem(std::string_view value)
@@ -133,6 +143,7 @@ private:
 
     PACKETDATATYPES m_type;
     bool m_found = false;  // the item's own block
+    bool m_isLost = false;  // the value of the line
     size_t m_depth = 0;
     Level m_levels[PacketText::MAX_DEPTH] = {};
 };
@@ -162,7 +173,7 @@ struct Walker
 
 }  // namespace
 
-bool PacketText::isItem(std::string_view text, PACKETDATATYPES type)
+std::optional<std::string> PacketText::readItem(std::string_view text, PACKETDATATYPES type)
 {
     return Checker(type).check(text);
 }

@@ -4,6 +4,7 @@
 #include "tqtypes.h"
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -15,9 +16,10 @@ namespace PacketText {
 // Items and lists nest at most so deep.
 constexpr size_t MAX_DEPTH = 256;
 
-// True when the text is well-formed and its first item block outside any list is of that type;
-// further blocks may follow.
-bool isItem(std::string_view text, PACKETDATATYPES type);
+// The text without the lines of values that would be lost on the way to a reader; none when it is
+// not well-formed, or its first item block outside any list is not of that type. Further blocks may
+// follow.
+std::optional<std::string> readItem(std::string_view text, PACKETDATATYPES type);
 
 // The block of an item with those field lines.
 std::string makeItem(PACKETDATATYPES type, std::string_view fieldLines);

@@ -168,7 +168,7 @@ bool readRecords(Database &database, const StorageClass &type, const Selection &
 }
 
 std::optional<Database::FieldValue> readBinaryField(
-    Database &database, const StorageClass &type, unsigned id)
+    Database &database, const StorageClass &type, const char *column, const QVariant &value)
 {
     for (const TQSTORAGEFIELD &field : type.fields()) {
         if (familyOf(field.type) != Family::Binary || !field.column) {
@@ -176,10 +176,10 @@ std::optional<Database::FieldValue> readBinaryField(
         }
         const StorageClass::Source &source = *type.source();
         const QString statement =
-            QStringLiteral("SELECT %1 FROM %2 WHERE %3.id = ?")
+            QStringLiteral("SELECT %1 FROM %2 WHERE %3.%4 = ?")
                 .arg(QLatin1String(field.column), QLatin1String(source.tables),
-                    QLatin1String(source.alias));
-        const QByteArray bytes = database.valueOf(statement, { id }).toByteArray();
+                    QLatin1String(source.alias), QLatin1String(column));
+        const QByteArray bytes = database.valueOf(statement, { value }).toByteArray();
         if (!bytes.isEmpty()) {
             return Database::FieldValue { field.tag, binaryText(bytes) };
         }

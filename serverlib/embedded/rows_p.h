@@ -17,8 +17,8 @@ struct Selection
 bool readRecords(Database &database, const StorageClass &type, const Selection &selection,
     const QVariantList &values, TQLISTRECORD **list);
 
-// The bytes of a row's binary field.
+// The bytes of the binary field of the row with that value in that column.
 std::optional<Database::FieldValue> readBinaryField(
-    Database &database, const StorageClass &type, unsigned id);
+    Database &database, const StorageClass &type, const char *column, const QVariant &value);
 
 #endif

@@ -5,8 +5,9 @@ namespace {
 // The schema. Programs may fill and change a store with plain SQL; they keep these rules:
 // - An id is unique over all tables. An item's database key is its id and its data type: 8
 //   outputs, 21 jobs, 48 ICC profiles, 85 owners of books, 86 books.
-// - Texts are UTF-8 and hold no line feeds. In a list of texts each entry is a line; in a list of
-//   numbers a blank separates the entries.
+// - Texts are UTF-8, hold no line feeds, and neither start nor end with white space, which an item
+//   loses. In a list of texts each entry is a line; in a list of numbers a blank separates the
+//   entries.
 // - Dates are ISO 8601: "2024-03-01", with a time of day "2024-03-01T09:30:00Z".
 // - Null stands for no value.
 // A change of the tables raises the version, and a library opens no store of another version.
@@ -66,6 +67,7 @@ constexpr const char *STATEMENTS[] = {
     " publication_id INTEGER REFERENCES tq_publication (id),"
     " book_id INTEGER REFERENCES tq_book (id),"
     " profile_id INTEGER REFERENCES tq_icc_profile (id),"
+    " proof_profile TEXT,"  // name of the ICC profile to proof with
     " page INTEGER NOT NULL,"
     " state INTEGER NOT NULL,"  // and queue: 0 waiting, 1 in progress, 2 done
     " priority INTEGER,"  // 0 low to 9 high

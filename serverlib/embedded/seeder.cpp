@@ -31,7 +31,8 @@ constexpr Target PROFILE { "tq_icc_profile",
     "name, file, device_class, colour_space, version, size, data" };
 constexpr Target PUBLICATION { "tq_publication", "name, issued" };
 constexpr Target JOB { "tq_job",
-    "output_id, name, publication_id, book_id, profile_id, page, state, priority, copies, "
+    "output_id, name, publication_id, book_id, profile_id, proof_profile, page, state, priority, "
+    "copies, "
     "trim_box, bleed, colours, coverage, options, created, remark" };
 
 constexpr const char *BOOK_PAGE_SIZES[] = { "129 198", "111 178", "135 216" };  // mm
@@ -117,8 +118,8 @@ public:
             const auto profile = IccProfile::read(utf8(Sample::PROFILE_FOLDER) + file, error);
             const QVariant size = profile ? QVariant(int(profile->bytes.size())) : QVariant();
             m_profiles.push_back(insert(PROFILE,
-                { QFileInfo(file).completeBaseName(), file, utf8(known.deviceClass),
-                    utf8(known.colourSpace), profile ? profile->version : QString(), size,
+                { profileName(known), file, utf8(known.deviceClass), utf8(known.colourSpace),
+                    profile ? profile->version : QString(), size,
                     profile ? QVariant(profile->bytes) : QVariant() }));
         }
     }
@@ -128,7 +129,7 @@ public:
         const size_t serial = m_jobs++;
         const size_t gray = Sample::FIRST_GRAY + serial % Sample::GRAYS;
         job({ output, pageName(title, page), QVariant(), book,
-                serial % 7 == 3 ? QVariant() : QVariant(m_profiles[gray]), page },
+                serial % 7 == 3 ? QVariant() : QVariant(m_profiles[gray]), QVariant(), page },
             { utf8(cycled(BOOK_TRIM_BOXES, bookSerial)), QVariant(), QStringLiteral("Black"),
                 QString::number(5 + serial % 20) },
             serial);
@@ -148,12 +149,19 @@ public:
             colours += QStringLiteral("\nBleu Étain 12");
             coverage += QStringLiteral(" 4");
         }
-        job({ output, pageName(issue, page), publication, QVariant(),
-                m_profiles[serial % Sample::FIRST_GRAY], page },
+        const size_t profile = serial % Sample::FIRST_GRAY;
+        const Sample::Profile &proof = Sample::PROFILES[(profile + 1) % Sample::FIRST_GRAY];
+        job({ output, pageName(issue, page), publication, QVariant(), m_profiles[profile],
+                serial % 4 == 2 ? QVariant(profileName(proof)) : QVariant(), page },
             { utf8(ISSUE_TRIM_BOX), 3.5, colours, coverage }, serial);
     }
 
 private:
+    static QString profileName(const Sample::Profile &profile)
+    {
+        return QFileInfo(utf8(profile.file)).completeBaseName();
+    }
+
     static QString pageName(const QString &title, int page)
     {
         return title + QStringLiteral(" p. ") + QString::number(page);
@@ -388,7 +396,7 @@ std::optional<IccProfile> IccProfile::read(const QString &path, QString &error)
         bytes };
 }
 
-bool storeProfile(Database &database, const IccProfile &profile)
+int storeProfile(Database &database, const IccProfile &profile)
 {
     const QVariantList values { profile.file, profile.deviceClass, profile.colourSpace,
         profile.version, int(profile.bytes.size()), profile.bytes, profile.name };
@@ -396,18 +404,23 @@ bool storeProfile(Database &database, const IccProfile &profile)
         QStringLiteral("UPDATE tq_icc_profile SET file = ?, device_class = ?, colour_space = ?, "
                        "version = ?, size = ?, data = ? WHERE name = ?"),
         values);
-    if (!query || query->numRowsAffected() > 0) {
-        return query;
+    if (!query) {
+        return 0;
+    }
+    if (query->numRowsAffected() > 0) {
+        const QString statement = QStringLiteral("SELECT id FROM tq_icc_profile WHERE name = ?");
+        return database.valueOf(statement, { profile.name }).toInt();
     }
     const QVariant lastId = database.valueOf(QStringLiteral(
         "SELECT coalesce(max(id), 0) FROM (SELECT id FROM tq_output UNION ALL SELECT id FROM "
         "tq_book_owner UNION ALL SELECT id FROM tq_book UNION ALL SELECT id FROM tq_icc_profile "
         "UNION ALL SELECT id FROM tq_publication UNION ALL SELECT id FROM tq_job) ids"));
     if (lastId.isNull()) {
-        return false;
+        return 0;
     }
     const int id = lastId.toInt() + 1;
-    return database.run(insertStatement(PROFILE),
+    query = database.run(insertStatement(PROFILE),
         { id, profile.name, profile.file, profile.deviceClass, profile.colourSpace, profile.version,
             int(profile.bytes.size()), profile.bytes });
+    return query ? id : 0;
 }

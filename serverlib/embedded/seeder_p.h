@@ -26,7 +26,7 @@ struct IccProfile
     QByteArray bytes;
 };
 
-// Replaces the profile of that name, or adds it.
-bool storeProfile(Database &database, const IccProfile &profile);
+// Replaces the profile of that name, or adds it; its id, 0 on failure.
+int storeProfile(Database &database, const IccProfile &profile);
 
 #endif

@@ -38,6 +38,7 @@ constexpr TQSTORAGEFIELD JOB_FIELDS[] = {
     { 21, 0xe, 4, "j.options", "Options", NONE },
     { 24, 0xf, 1, "j.created", "Created", NONE },
     { 25, 0x10, 1, "j.remark", "Remark", NONE },
+    { 9, 0x11, 1, "j.proof_profile", "Proofing profile", PACKETDATATYPE_ICCPROFILE },
 };
 
 constexpr TQSTORAGEFIELD ICCPROFILE_FIELDS[] = {

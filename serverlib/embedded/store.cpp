@@ -161,14 +161,16 @@ bool readProfiles(
     return true;
 }
 
-bool storeProfiles(
-    Database &database, const std::vector<IccProfile> &profiles, const TQPROGRESS &progress)
+bool storeProfiles(Database &database, const std::vector<IccProfile> &profiles,
+    std::vector<TQKEY_ELEMENT> &keys, const TQPROGRESS &progress)
 {
     size_t done = 0;
     for (const IccProfile &profile : profiles) {
-        if (!storeProfile(database, profile)) {
+        const int id = storeProfile(database, profile);
+        if (id == 0) {
             return false;
         }
+        keys.push_back({ unsigned(id), PACKETDATATYPE_ICCPROFILE });
         if (progress && !progress(++done, profiles.size())) {
             return database.fail(QLatin1String(INTERRUPTED));
         }
@@ -192,9 +194,10 @@ bool TQCreateGeneratedStore(
 }
 
 bool TQImportProfiles(const char *url, const std::vector<std::string> &files,
-    const TQPROGRESS &progress, std::string &error)
+    const TQPROGRESS &progress, std::string &error, std::vector<TQKEY_ELEMENT> *keys)
 {
     QString reason;
+    std::vector<TQKEY_ELEMENT> stored;
     std::vector<IccProfile> profiles;
     const auto address = StoreAddress::parse(url ? url : "", reason);
     bool imported = false;
@@ -203,8 +206,11 @@ bool TQImportProfiles(const char *url, const std::vector<std::string> &files,
     } else if (address && readProfiles(files, profiles, reason)) {
         Database database;
         imported = database.open(*address, false) && database.checkSchema() && database.begin() &&
-            storeProfiles(database, profiles, progress) && database.commit();
+            storeProfiles(database, profiles, stored, progress) && database.commit();
         reason = database.error();
+    }
+    if (imported && keys) {
+        *keys = stored;
     }
     error = imported ? std::string() : reason.toStdString();
     return imported;

@@ -28,8 +28,9 @@ TQSERVER_EXPORT bool TQCreateGeneratedStore(
     const char *url, size_t jobs, const TQPROGRESS &progress, std::string &error);
 
 /// Stores ICC profiles, each under its file's name without the extension; the bytes of a profile
-/// of that name are replaced. A file that is no whole profile leaves the store unchanged.
+/// of that name are replaced. A file that is no whole profile leaves the store unchanged. The keys
+/// of the profiles, one for each file, are put into keys unless that is null or the import fails.
 TQSERVER_EXPORT bool TQImportProfiles(const char *url, const std::vector<std::string> &files,
-    const TQPROGRESS &progress, std::string &error);
+    const TQPROGRESS &progress, std::string &error, std::vector<TQKEY_ELEMENT> *keys = nullptr);
 
 #endif

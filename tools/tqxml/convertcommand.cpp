@@ -9,6 +9,8 @@
 #include <QCommandLineParser>
 #include <QFile>
 
+#include "tqstorageclass.h"
+
 #include <algorithm>
 #include <string_view>
 
@@ -21,7 +23,6 @@ const QString RAW_OPTION = QStringLiteral("raw");
 const QString TO_XML = QStringLiteral("xml");
 const QString TO_PACKET = QStringLiteral("packet");
 const QString STANDARD_INPUT = QStringLiteral("-");
-constexpr int MAX_NESTING = 256;  // levels that conversions follow
 constexpr char LINE_FEED = '\n';
 
 struct Input
@@ -36,16 +37,23 @@ struct Input
     }
 };
 
-// Appends one packetable for each item of a packet text.
-void readPacketText(XMLPacket &packet, const QString &text)
+// Reads the items of a packet text into one packetable, whose element it returns.
+QDomElement readItems(XMLPacketable &all, const QString &text)
 {
-    XMLPacketable all;
     QDomElement root = all.getNodeConst();
     QStringList lines = text.split(QLatin1Char(LINE_FEED));
     const auto count = unsigned(lines.size());
     for (unsigned index = 0; index < count; ++index) {
         index = all.toDom(root, lines, index);
     }
+    return root;
+}
+
+// Appends one packetable for each item of a packet text.
+void readPacketText(XMLPacket &packet, const QString &text)
+{
+    XMLPacketable all;
+    const QDomElement root = readItems(all, text);
     for (QDomElement item = root.firstChildElement(XMLPacketable::ITEM); !item.isNull();) {
         const QDomElement next = item.nextSiblingElement(XMLPacketable::ITEM);
         XMLPacketable packetable;
@@ -172,7 +180,85 @@ int convertToXml(const Input &input)
     if (packetables.empty()) {
         return input.fail(QStringLiteral("there is no item in it"));
     }
-    return printXml(packetables.front().ownerDocument().documentElement());
+    QString error;
+    const QDomElement root = packetables.front().ownerDocument().documentElement();
+    const QByteArray text = xmlText(root, error, input.isRaw);
+    return error.isEmpty() ? writeOutput(text) : input.fail(error);
+}
+
+bool isBlock(const QDomElement &e)
+{
+    return e.tagName() == XMLPacketable::ITEM || e.tagName() == XMLPacketable::LIST;
+}
+
+// The element behind, or with none its parent's first one; items that are inlined do not count.
+QDomElement nextPart(const QDomElement &parent, const QDomElement &e = QDomElement())
+{
+    QDomElement next = e.isNull() ? parent.firstChildElement() : e.nextSiblingElement();
+    while (XMLObject::isXMLPacketable(next)) {
+        next = next.nextSiblingElement();
+    }
+    return next;
+}
+
+QString ownText(const QDomElement &e)
+{
+    QString text;
+    for (QDomNode node = e.firstChild(); !node.isNull(); node = node.nextSibling()) {
+        text += node.isText() ? node.nodeValue() : QString();
+    }
+    return text;
+}
+
+// Whether b is a; it may tell a size that a leaves to be counted.
+bool isSame(const QDomElement &a, const QDomElement &b)
+{
+    const QDomNamedNodeMap attributes = a.attributes();
+    const int counted =
+        b.hasAttribute(XMLPacketable::SIZE) && !a.hasAttribute(XMLPacketable::SIZE) ? 1 : 0;
+    bool same = a.tagName() == b.tagName() && ownText(a) == ownText(b) &&
+        attributes.count() + counted == b.attributes().count();
+    for (int i = 0; same && i < attributes.count(); ++i) {
+        const QDomAttr attribute = attributes.item(i).toAttr();
+        same =
+            b.hasAttribute(attribute.name()) && b.attribute(attribute.name()) == attribute.value();
+    }
+    QDomElement inA = nextPart(a);
+    QDomElement inB = nextPart(b);
+    for (; same && !inA.isNull(); inA = nextPart(a, inA), inB = nextPart(b, inB)) {
+        same = isSame(inA, inB);
+    }
+    return same && inB.isNull();
+}
+
+// True for a field that packet text does not carry: the data type has none such, or it is empty.
+bool isLeftOut(const QDomElement &field, const QDomElement &item)
+{
+    const int tag = XMLPacketable::getDATATAGFromXMLTagName(field.tagName()).toInt(nullptr, 16);
+    auto *table = TQGetSystemStorageClassConv(XMLPacketable::getType(item));
+    return !XMLPacketable::getConvStructFromDataTag(table, tag) ||
+        (!field.hasAttributes() && ownText(field).isEmpty() && nextPart(field).isNull());
+}
+
+// Name of the first field that is not the same in what was read back; empty when there is none.
+QString firstLoss(const QDomElement &written, const QDomElement &read)
+{
+    QDomElement inRead = nextPart(read);
+    for (QDomElement e = nextPart(written); !e.isNull(); e = nextPart(written, e)) {
+        const bool isOther = e.tagName() != inRead.tagName();
+        if (isOther && !isBlock(e) && isLeftOut(e, written)) {
+            continue;
+        }
+        const QString lost = isOther ? e.tagName()
+            : isBlock(e)             ? firstLoss(e, inRead)
+            : isSame(e, inRead)      ? QString()
+                                     : e.tagName();
+        if (!lost.isEmpty()) {
+            return lost;
+        }
+        inRead = nextPart(read, inRead);
+    }
+    return QString();
 }
 
 struct PacketText
@@ -183,9 +269,9 @@ struct PacketText
 };
 
 // The document goes at once: it takes many times the room of its text.
-PacketText packetTextOf(const QByteArray &xml, LineFeeds lineFeeds)
+PacketText packetTextOf(const QByteArray &xml, Reading reading)
 {
-    XmlInput input = readXml(xml, lineFeeds);
+    XmlInput input = readXml(xml, reading);
     return { packetText(packetablesOf(input.document)).toUtf8(), input.hasLineFeeds, input.error };
 }
 
@@ -201,17 +287,28 @@ QString lossOf(const PacketText &packet, const QByteArray &xml)
                 .arg(lineFeeds.word());
         }
     }
-    XMLPacket again;
-    readPacketText(again, QString::fromUtf8(packet.text));
-    const Comparison reread(packet.text, packetText(packetablesOf(again)).toUtf8());
-    return reread.isEqual()
-        ? QString()
-        : QStringLiteral("the value of \"%1\" would not come back the same").arg(reread.word());
+    XMLPacketable again;
+    const QDomElement read = readItems(again, QString::fromUtf8(packet.text));
+    const Comparison reread(packet.text, again.toPacket(read).toUtf8());
+    QString lost = reread.isEqual() ? QString() : reread.word();
+    if (lost.isEmpty()) {
+        QDomDocument document = readXml(xml, KeepLineFeeds).document;
+        QDomElement written = document.createElement(read.tagName());
+        for (const QDomNode &packetable : packetablesOf(document)) {
+            for (QDomNode node = packetable.firstChild(); !node.isNull();
+                 node = packetable.firstChild()) {
+                written.appendChild(node);
+            }
+        }
+        lost = firstLoss(written, read);
+    }
+    return lost.isEmpty() ? QString()
+                          : QStringLiteral("\"%1\" would not come back the same").arg(lost);
 }
 
 int convertToPacket(const Input &input)
 {
-    const PacketText packet = packetTextOf(input.bytes, KeepLineFeeds);
+    const PacketText packet = packetTextOf(input.bytes, input.isRaw ? ReadRaw : KeepLineFeeds);
     if (!packet.error.isEmpty()) {
         return input.fail(packet.error);
     }
@@ -252,8 +349,9 @@ int run(const Command &command, const QCommandLineParser &parser)
     }
     QFile file(files.value(0, STANDARD_INPUT));
     Input input;
-    input.name =
-        file.fileName() == STANDARD_INPUT ? QStringLiteral("standard input") : file.fileName();
+    input.name = file.fileName() == STANDARD_INPUT ? QStringLiteral("standard input")
+        : file.fileName().isEmpty()                ? QStringLiteral("\"\"")
+                                                   : file.fileName();
     input.isRaw = parser.isSet(RAW_OPTION);
     if (!read(file, input.bytes)) {
         return input.fail(file.errorString());

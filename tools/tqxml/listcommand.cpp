@@ -147,7 +147,10 @@ int run(const Command &command, const QCommandLineParser &parser)
     Request request;
     request.listing = findListing(parser.positionalArguments());
     if (!request.listing) {
-        return misuse(command, QStringLiteral("name one thing to list"));
+        const QString words = parser.positionalArguments().join(QLatin1Char(' '));
+        return misuse(command,
+            words.isEmpty() ? QStringLiteral("name one thing to list")
+                            : QStringLiteral("there is no list \"%1\"").arg(words));
     }
     const QString format = parser.value(FORMAT_OPTION);
     if (format != XML && format != TABLE) {
@@ -160,7 +163,7 @@ int run(const Command &command, const QCommandLineParser &parser)
     for (const QString &text : keys) {
         const std::optional<TQKEY_ELEMENT> key = readKey(text);
         if (!key) {
-            return fail(QStringLiteral("\"%1\" is no key: write KEY:HKEY, like 1f:56").arg(text));
+            return misuse(command, noKey(text));
         }
         request.keys.push_back(*key);
     }

@@ -5,6 +5,7 @@
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
+#include <QFile>
 
 #include <algorithm>
 #include <csignal>
@@ -127,5 +128,11 @@ int main(int argc, char **argv)
     qputenv("LC_ALL", "C.UTF-8");  // output and file names are UTF-8, whatever the user's locale
     qInstallMessageHandler(discardMessage);  // errors are told by the command, in its own words
     const QCoreApplication application(argc, argv);
+    for (int i = 1; i < argc; ++i) {
+        if (QFile::encodeName(QFile::decodeName(argv[i])) != argv[i]) {
+            return misuse(
+                QStringLiteral("an argument is not UTF-8: \"%1\"").arg(QString::fromUtf8(argv[i])));
+        }
+    }
     return run(QCoreApplication::arguments());
 }

@@ -76,8 +76,7 @@ int run(const Command &command, const QCommandLineParser &parser)
     }
     const std::optional<TQKEY_ELEMENT> key = readKey(arguments.at(1));
     if (!key) {
-        return fail(
-            QStringLiteral("\"%1\" is no key: write KEY:HKEY, like 1f:56").arg(arguments.at(1)));
+        return misuse(command, noKey(arguments.at(1)));
     }
     QString error;
     const std::unique_ptr<XMLPacketable> item = load(

@@ -1,5 +1,6 @@
 #include "command.h"
 #include "streams.h"
+#include "texttable.h"
 #include "values.h"
 
 #include "tqstore.h"
@@ -91,13 +92,21 @@ int runImport(const Command &command, const QCommandLineParser &parser)
         files.push_back(QFile::encodeName(file).toStdString());
     }
     std::string error;
+    std::vector<TQKEY_ELEMENT> keys;
     bool ok = false;
     {
         ProgressBar bar(QStringLiteral("importing"));
         ok = TQImportProfiles(
-            databaseUrl(arguments.first()).constData(), files, progressOf(bar), error);
+            databaseUrl(arguments.first()).constData(), files, progressOf(bar), error, &keys);
     }
-    return finish(ok, error);
+    if (!ok) {
+        return finish(ok, error);
+    }
+    TextTable table({ QStringLiteral("Key"), QStringLiteral("File") });
+    for (size_t i = 0; i < keys.size(); ++i) {
+        table.addRow({ keyText(keys[i]), arguments.at(int(i) + 1) });
+    }
+    return writeOutput(table.text());
 }
 
 }  // namespace
@@ -116,8 +125,8 @@ const Command IMPORT_ICC_COMMAND = {
     "import-icc",
     "DATABASE FILE...",
     "Stores ICC profiles, each under the name of its file without the extension, in place of one\n"
-    "that has this name. A file that is no whole profile leaves the store as it was, like an\n"
-    "interrupted run.\n\n",
+    "that has this name, and prints their keys. A file that is no whole profile leaves the store\n"
+    "as it was, like an interrupted run.\n\n",
     declareNoOptions,
     runImport,
 };

@@ -1,12 +1,9 @@
 # bash completion for tqxml
 _tqxml()
 {
-    local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} words=
+    local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} words="" files=""
     case $before in
-    --database)
-        mapfile -t COMPREPLY < <(compgen -f -- "$word")
-        return
-        ;;
+    --database) files=1 ;;
     --format) words='xml table' ;;
     --to) words='xml packet' ;;
     --key | --jobs) ;;
@@ -17,12 +14,17 @@ _tqxml()
         2,show) words='job book owner output profile --help' ;;
         *,list) words='--key --include-publications --database --format --help' ;;
         *,show) words='--references --database --help' ;;
-        *,convert) words='--to --raw --help' ;;
-        *,init) words='--jobs --help' ;;
-        *,import-icc) words='--help' ;;
+        *,convert) words='--to --raw --help' files=1 ;;
+        *,init) words='--jobs --help' files=1 ;;
+        *,import-icc) words='--help' files=1 ;;
         esac
         ;;
     esac
-    mapfile -t COMPREPLY < <(compgen -W "$words" -- "$word")
+    if [[ $files && $word != -* ]]; then
+        compopt -o filenames 2>/dev/null # quotes names, and puts a slash behind folders
+        mapfile -t COMPREPLY < <(compgen -f -- "$word")
+    else
+        mapfile -t COMPREPLY < <(compgen -W "$words" -- "$word")
+    fi
 }
-complete -o default -F _tqxml tqxml
+complete -F _tqxml tqxml

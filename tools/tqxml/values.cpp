@@ -55,6 +55,11 @@ std::optional<TQKEY_ELEMENT> readKey(const QString &text)
     return TQKEY_ELEMENT { *key, *hkey };
 }
 
+QString noKey(const QString &text)
+{
+    return QStringLiteral("\"%1\" is no key: write KEY:HKEY, like 1f:56").arg(text);
+}
+
 QString keyText(const TQKEY_ELEMENT &key)
 {
     return keyText(QString::number(key.key, BASE), QString::number(key.hkey, BASE));

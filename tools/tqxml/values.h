@@ -9,6 +9,8 @@
 
 /// A key from "KEY:HKEY", both words hexadecimal; nothing for any other text.
 std::optional<TQKEY_ELEMENT> readKey(const QString &text);
+/// What is wrong with a text that is none.
+QString noKey(const QString &text);
 /// "KEY:HKEY", as readKey() takes it.
 QString keyText(const TQKEY_ELEMENT &key);
 QString keyText(const QString &key, const QString &hkey);

@@ -6,13 +6,12 @@
 
 namespace {
 
-constexpr int MAX_NESTING = 256;  // levels of items and lists that conversions follow
 constexpr int MAX_DEPTH = 1000;  // levels of elements; inlined items take three each
 
 class Reader
 {
 public:
-    Reader(const QByteArray &text, LineFeeds lineFeeds) : m_xml(text), m_lineFeeds(lineFeeds)
+    Reader(const QByteArray &text, Reading reading) : m_xml(text), m_reading(reading)
     {
         m_xml.setNamespaceProcessing(false);  // elements are told by name alone
     }
@@ -47,7 +46,7 @@ private:
     QString value(QString text)
     {
         const QLatin1Char lineFeed('\n');
-        if (m_lineFeeds == BlankLineFeeds) {
+        if (m_reading == BlankLineFeeds) {
             return text.replace(lineFeed, QLatin1Char(' '));
         }
         m_input.hasLineFeeds = m_input.hasLineFeeds || text.contains(lineFeed);
@@ -58,24 +57,30 @@ private:
     {
         addText();
         const QString name = m_xml.qualifiedName().toString();
+        const bool isBlock = name == XMLPacketable::ITEM || name == XMLPacketable::LIST;
+        const int nesting = isBlock ? (m_nesting.isEmpty() ? 0 : m_nesting.last()) + 1 : 0;
+        if (nesting > MAX_NESTING) {
+            return leaveOut(
+                QStringLiteral("items are nested deeper than %1 levels").arg(MAX_NESTING));
+        }
+        if (m_nesting.size() == MAX_DEPTH) {
+            return leaveOut(
+                QStringLiteral("elements are nested deeper than %1 levels").arg(MAX_DEPTH));
+        }
         QDomElement e = m_input.document.createElement(name);
         const QXmlStreamAttributes attributes = m_xml.attributes();
         for (const QXmlStreamAttribute &attribute : attributes) {
             e.setAttribute(
                 attribute.qualifiedName().toString(), value(attribute.value().toString()));
         }
-        const bool isBlock = name == XMLPacketable::ITEM || name == XMLPacketable::LIST;
-        m_nesting.append(isBlock ? (m_nesting.isEmpty() ? 0 : m_nesting.last()) + 1 : 0);
-        if (m_nesting.last() > MAX_NESTING) {
-            m_xml.raiseError(
-                QStringLiteral("items are nested deeper than %1 levels").arg(MAX_NESTING));
-        } else if (m_nesting.size() > MAX_DEPTH) {
-            m_xml.raiseError(
-                QStringLiteral("elements are nested deeper than %1 levels").arg(MAX_DEPTH));
-        } else {
-            m_current.isNull() ? m_input.document.appendChild(e) : m_current.appendChild(e);
-            m_current = e;
-        }
+        m_nesting.append(nesting);
+        m_current.isNull() ? m_input.document.appendChild(e) : m_current.appendChild(e);
+        m_current = e;
+    }
+
+    void leaveOut(const QString &error)
+    {
+        m_reading == ReadRaw ? m_xml.skipCurrentElement() : m_xml.raiseError(error);
     }
 
     void close()
@@ -96,7 +101,7 @@ private:
     }
 
     QXmlStreamReader m_xml;
-    const LineFeeds m_lineFeeds;
+    const Reading m_reading;
     XmlInput m_input;
     QDomElement m_current;  // the open element
     QList<int> m_nesting;  // of items and lists, for each open element
@@ -105,7 +110,4 @@ private:
 
 }  // namespace
 
-XmlInput readXml(const QByteArray &text, LineFeeds lineFeeds)
-{
-    return Reader(text, lineFeeds).read();
-}
+XmlInput readXml(const QByteArray &text, Reading reading) { return Reader(text, reading).read(); }

@@ -21,7 +21,7 @@ bool isXmlCharacter(uint c)
 class Writer
 {
 public:
-    explicit Writer(QString &error) : m_error(error) {}
+    Writer(QString &error, bool leavesOut) : m_error(error), m_leavesOut(leavesOut) {}
 
     void write(const QDomElement &e, int depth)
     {
@@ -81,11 +81,12 @@ private:
                 m_out += *c++;
                 code = QChar::surrogateToUcs4(c[-1], *c);
             }
-            if (!isXmlCharacter(code)) {
+            if (isXmlCharacter(code)) {
+                writeCharacter(*c, place);
+            } else if (!m_leavesOut) {
                 m_error = QStringLiteral("a value holds the character U+%1, which XML cannot hold")
                               .arg(code, 4, 16, QLatin1Char('0'));
             }
-            writeCharacter(*c, place);
         }
     }
 
@@ -122,13 +123,14 @@ private:
 
     QString m_out;
     QString &m_error;
+    const bool m_leavesOut;
 };
 
 }  // namespace
 
-QByteArray xmlText(const QDomElement &element, QString &error)
+QByteArray xmlText(const QDomElement &element, QString &error, bool leavesOut)
 {
-    Writer writer(error);
+    Writer writer(error, leavesOut);
     writer.write(element, 0);
     return error.isEmpty() ? writer.text() : QByteArray();
 }
