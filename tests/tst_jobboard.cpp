@@ -91,6 +91,9 @@ void tst_JobBoard::rowsAndToolBar()
     QVERIFY(cell(board.table, 0, 0) == str("Revue du Métier 2 p. 12"));
     QTest::keyClicks(board.window.findChild<QLineEdit *>(), str("p. 7"));
     QCOMPARE(board.rows(), 1);
+    board.window.resize(1, 1);
+    QVERIFY(board.table->columnWidth(0) >=
+        static_cast<QAbstractItemView *>(board.table)->sizeHintForColumn(0));
 }
 
 void tst_JobBoard::detailsAndPackets()

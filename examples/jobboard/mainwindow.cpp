@@ -1,10 +1,12 @@
 #include "mainwindow.h"
 
+#include "columnroom.h"
 #include "detailpane.h"
 #include "itemfields.h"
 #include "look.h"
 #include "packetpane.h"
 #include "sourcetree.h"
+#include "statedelegate.h"
 #include "xmlaction.h"
 #include "xmlcommserver.h"
 #include "xmlui.h"
@@ -53,9 +55,9 @@ constexpr PageAction PAGE[] = {
 
 QString count(int number) { return QLocale().toString(number); }
 
-// The table's columns but the first are as wide as these.
-constexpr const char *WIDTHS[] = { "", "Digital Press Colour 1", "In progress 12",
-    "CMYK + Bleu Étain 12", "2024-03-06 06:00", "Copies ▾", "Priority ▾" };
+// The table's columns are as wide as these, the first at least.
+constexpr const char *WIDTHS[] = { "The Harbour Gazette 12 p. 12", "Digital Press Colour 1",
+    "In progress 12", "CMYK + Bleu Étain 12", "2024-03-06 06:00", "Copies ▾", "Priority ▾" };
 static_assert(std::size(WIDTHS) == JobModel::ColumnCount, "one sample per column");
 
 }  // namespace
@@ -114,6 +116,10 @@ void MainWindow::build()
     m_table = buildTable();
     column->addWidget(m_table);
     m_detail = new DetailPane(upper);
+    const int letter = fontMetrics().averageCharWidth();
+    m_sources->setMinimumWidth(letter * 34);
+    middle->setMinimumSize(letter * 45, fontMetrics().height() * 12);
+    m_detail->setMinimumWidth(letter * 32);
     upper->setSizes({ 280, 900, 320 });
     upper->setStretchFactor(1, 1);
 
@@ -142,16 +148,18 @@ QTableView *MainWindow::buildTable()
     table->setShowGrid(false);
     table->setIconSize({ 9, 9 });  // of the states
     table->setWordWrap(false);
+    table->setTextElideMode(Qt::ElideMiddle);  // pages are numbered at the end
     table->verticalHeader()->hide();
     table->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     table->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 8);
     QHeaderView *header = table->horizontalHeader();
     header->setHighlightSections(false);
-    for (int i = JobModel::Name + 1; i < JobModel::ColumnCount; ++i) {
+    for (int i = JobModel::Name; i < JobModel::ColumnCount; ++i) {
         const int width = fontMetrics().horizontalAdvance(QString::fromUtf8(WIDTHS[i]));
         header->resizeSection(i, width + fontMetrics().averageCharWidth() * 2);
     }
-    header->setSectionResizeMode(JobModel::Name, QHeaderView::Stretch);
+    takeRoom(header, JobModel::Name, header->sectionSize(JobModel::Name));
+    table->setItemDelegateForColumn(JobModel::State, new StateDelegate(table));
     return table;
 }
 

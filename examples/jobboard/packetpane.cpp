@@ -1,5 +1,6 @@
 #include "packetpane.h"
 
+#include "columnroom.h"
 #include "packetlog.h"
 
 #include <QFontDatabase>
@@ -25,17 +26,19 @@ PacketPane::PacketPane(PacketLog &log, QWidget *parent)
         [this](const QModelIndex &row) { m_text->setPlainText(m_log.text(row.row())); });
 
     QHeaderView *header = m_list->header();
-    header->setStretchLastSection(false);
     for (const auto &[column, sample] : {
              std::pair { PacketLog::Time, "00:00:00.000" },
              std::pair { PacketLog::Way, "Direction" },
              std::pair { PacketLog::Agents, "Server bridge → Job list" },
+             std::pair { PacketLog::Content, "request for publications" },
              std::pair { PacketLog::Size, "1000.00 KiB" },
          }) {
         const int width = fontMetrics().horizontalAdvance(QString::fromUtf8(sample));
         header->resizeSection(column, width + fontMetrics().averageCharWidth() * 3);
     }
-    header->setSectionResizeMode(PacketLog::Content, QHeaderView::Stretch);
+    takeRoom(header, PacketLog::Content, header->sectionSize(PacketLog::Content));
+    m_list->setMinimumSize(fontMetrics().averageCharWidth() * 45, fontMetrics().height() * 6);
+    m_text->setMinimumWidth(fontMetrics().averageCharWidth() * 30);
     setSizes({ 740, 760 });
     setStretchFactor(1, 1);
 }
