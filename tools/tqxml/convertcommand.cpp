@@ -234,7 +234,8 @@ bool isSame(const QDomElement &a, const QDomElement &b)
 // True for a field that packet text does not carry: the data type has none such, or it is empty.
 bool isLeftOut(const QDomElement &field, const QDomElement &item)
 {
-    const int tag = XMLPacketable::getDATATAGFromXMLTagName(field.tagName()).toInt(nullptr, 16);
+    const unsigned tag =
+        XMLPacketable::getDATATAGFromXMLTagName(field.tagName()).toUInt(nullptr, 16);
     auto *table = TQGetSystemStorageClassConv(XMLPacketable::getType(item));
     return !XMLPacketable::getConvStructFromDataTag(table, tag) ||
         (!field.hasAttributes() && ownText(field).isEmpty() && nextPart(field).isNull());
