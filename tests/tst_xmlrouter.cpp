@@ -53,6 +53,7 @@ struct World
             { str("B"), [&](int) { router->setAgentBroker(new Broker(&log, nullptr)); } },
             { str("X"), [&](int) { delete router; } },
             { str("Z"), [&](int) { QTimer::singleShot(10, router, [&] { delete router; }); } },
+            { str("W"), [&](int) { QVERIFY(QTest::qWaitFor([&] { return !router; }, 60000)); } },
         };
         for (const QString &word : words.split(QLatin1Char(' '))) {
             const auto step = steps.value(word.left(1));
@@ -131,7 +132,7 @@ constexpr Reentrance REENTRANCE[] = {
     { "reports a removal", "?8", "1-8 2-8 3-8 3<b 2<c", "1-8 2-8 3-8 3-99 3<b 2<c" },
     { "replaces the broker", "B B", "gone 3<b 2<c", "gone 3-99 3<b 2<c" },
     { "deletes the router", "X", "1--1 2--1 3--1", "1--1 2--1 3--1" },
-    { "deletes it in a loop", "Z @", "3<b 2<c 1--1 2--1 3--1", "3<b 2<c 1--1 2--1 3--1" },
+    { "deletes it in a loop", "Z W", "3<b 2<c 1--1 2--1 3--1", "3<b 2<c 1--1 2--1 3--1" },
 };
 
 }  // namespace
