@@ -86,8 +86,7 @@ void change(QDomElement e, unsigned int way)
     const QString text = str("a,b,ab,,de,c,&<>").split(QLatin1Char(',')).at(int(way / 16 % 7));
     const QString name = QString(int(way / 112 + 1), QLatin1Char('x'));
     const std::function<void()> ways[] = { [&] { e.setAttribute(name, text); },
-        [&] { e.removeAttribute(name); },
-        [&] { e.setAttributeNS(text, (text.isEmpty() ? str("") : str("n:")) + name, text); },
+        [&] { e.removeAttribute(name); }, [&] { e.setAttributeNS(text, str("n:y") + name, text); },
         [&] { e.appendChild(d.createElementNS(str("urn:") + text, str("n:x"))); },
         [&] { e.appendChild(d.createComment(text)); },
         [&] { e.appendChild(d.createProcessingInstruction(name, text)); },
