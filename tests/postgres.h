@@ -55,7 +55,11 @@ public:
             QProcess::execute(str("pg_isready"), { str("-q") }) != 0) {}
         return m_process.state() == QProcess::Running;
     }
-    static bool isInstalled() { return !QStandardPaths::findExecutable(str("initdb")).isEmpty(); }
+    static bool isInstalled()
+    {
+        return !QStandardPaths::findExecutable(str("initdb")).isEmpty() ||
+            qgetenv("CI") == "true";  // where nothing is skipped
+    }
     /// Tells it to end at once, as in a crash; any thread may.
     bool stop() const
     {

@@ -5,6 +5,7 @@
 
 #include <QCoreApplication>
 #include <QFileInfo>
+#include <QRegularExpression>
 #include <QSqlError>
 #include <QUrl>
 
@@ -46,6 +47,14 @@ QString missing(const StoreAddress &address)
     return file.isFile() ? QString() : QStringLiteral("%1: not a file").arg(address.path);
 }
 
+// What messages say of a URL that may hold a password.
+QString withoutPassword(QString url)
+{
+    static const QRegularExpression password(
+        QStringLiteral("(://[^:]*:).*@"), QRegularExpression::DotMatchesEverythingOption);
+    return url.replace(password, QStringLiteral("\\1...@"));
+}
+
 std::optional<StoreAddress> parseNetwork(const QString &text, QString &error)
 {
     const QUrl url(text, QUrl::StrictMode);
@@ -57,8 +66,10 @@ std::optional<StoreAddress> parseNetwork(const QString &text, QString &error)
     address.database = url.path(QUrl::FullyDecoded).mid(1);
     if (!url.password().isEmpty()) {
         error = QStringLiteral("no password in a database URL, please: set PGPASSWORD");
-    } else if (!url.isValid() || address.host.isEmpty() || address.database.isEmpty()) {
-        error = QStringLiteral("%1: not of the form postgresql://USER@HOST:PORT/DB").arg(text);
+    } else if (!url.isValid() || address.host.isEmpty() || address.database.isEmpty() ||
+        url.hasQuery() || url.hasFragment()) {
+        error = QStringLiteral("%1: not of the form postgresql://USER@HOST:PORT/DB")
+                    .arg(withoutPassword(text));
     } else {
         return address;
     }
@@ -118,10 +129,10 @@ std::optional<StoreAddress> StoreAddress::parse(const char *url, QString &error)
         error = QStringLiteral("no database is named");
         return {};
     }
-    if (!text.startsWith(file)) {
+    if (!text.startsWith(file) || text.indexOf(QLatin1String("://"), file.size()) >= 0) {
         error = QStringLiteral("%1: not a database URL (sqlite:PATH, sqlite::memory: or "
                                "postgresql://USER@HOST:PORT/DB)")
-                    .arg(text);
+                    .arg(withoutPassword(text));
         return {};
     }
     StoreAddress address;
@@ -194,8 +205,12 @@ bool Database::checkSchema()
     const bool known = hasSchema();
     const QVariant version =
         known ? valueOf(QStringLiteral("SELECT max(version) FROM tq_schema")) : QVariant();
-    if (m_suspect || version.toInt() == SCHEMA_VERSION) {
-        return !m_suspect;
+    if (m_suspect) {
+        return false;
+    }
+    if (version.toInt() == SCHEMA_VERSION) {
+        return hasWholePages() ||
+            fail(m_address.label() + QStringLiteral(": database disk image is malformed"));
     }
     const QString reason = version.isNull()
         ? QStringLiteral("not a store of this system")
@@ -203,6 +218,14 @@ bool Database::checkSchema()
               .arg(version.toString())
               .arg(SCHEMA_VERSION);
     return fail(m_address.label() + QStringLiteral(": ") + reason);
+}
+
+// SQLite finds pages missing at the end of a file, but reads one that is cut off as if zeros
+// followed, with rows missing in what it lists.
+bool Database::hasWholePages()
+{
+    const qint64 size = m_address.isFile() ? QFileInfo(m_address.path).size() : 0;
+    return size == 0 || size % valueOf(QStringLiteral("PRAGMA page_size")).toInt() == 0;
 }
 
 bool Database::recover()

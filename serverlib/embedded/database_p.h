@@ -84,6 +84,7 @@ public:
 
 private:
     void close();
+    bool hasWholePages();
     bool failed(const QSqlError &error);
 
     StoreAddress m_address;
