@@ -13,7 +13,7 @@ constexpr const char *NAMES[] = { "packetable", "item", "list", "value", "_101",
     "_c01", "_e04", "_f08", "_1604", "_1701", "_1b08", "_1f04", "_6", "_-1", "_", "x:y" };
 constexpr const char *KEYS[] = { "datatype", "size", "value", "key", "hkey", "name" };
 constexpr const char *VALUES[] = { "63", "8", "15", "6", "0", "ffffffff", "-1", " ", "%1 %2" };
-constexpr unsigned DEPTH = 300;
+constexpr unsigned DEPTH = 500;
 constexpr int COPIED = 384;  // levels that a copy has
 
 template<size_t N>

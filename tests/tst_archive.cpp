@@ -163,6 +163,7 @@ private Q_SLOTS:
     void nullNodes();
     void profiles();
     void references();
+    void tables();
 
 private:
     std::unique_ptr<XMLPacketable> load(ArchiveNode *node)
@@ -358,6 +359,27 @@ void tst_Archive::references()
         QVERIFY2(!other.getXPKReferences(found) && found.size() == 2, xml);
     }
     qDeleteAll(found);
+}
+
+// The fields of a type are looked up anew where the server library has changed them in place.
+void tst_Archive::tables()
+{
+    QString found;
+    for (const Script::Table &table : { Script::Table { { 1, 1, 0, 1, {} }, { 23, 2, 0, 1, {} } },
+             { { 1, 2, 0, 1, {} }, { 23, 2, 0, 1, {} } }, { { 10, 1, 0, 1, {} }, {} }, {},
+             { { 23, 1, 0, 1, {} }, { 1, 1, 0, 1, {} }, { 1, 2, 0, 1, {} } } }) {
+        Script::Table &current = script().tables[TYPE];
+        current.resize(5);
+        std::copy(table.begin(), table.end(), current.begin());
+        current[table.size()] = {};
+        Xml xml("<e/>");
+        QStringList lines { str("SI 70"), str("1 1 a"), str("2 1 b"), str("TI 0") };
+        XMLPacketable().toDom(xml.root, lines, 0);
+        found += canonical(xml.root.firstChild()).mid(18);
+    }
+    QCOMPARE(found,
+        str("<_1 value=1 a></><_2 size=1>[3 #text:b]</></><_2 value=1 b></></></></>"
+            "<_1 size=1>[3 #text:a]</><_2 value=1 b></></>"));
 }
 
 QTEST_GUILESS_MAIN(tst_Archive)

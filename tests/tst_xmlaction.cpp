@@ -92,6 +92,10 @@ void tst_XMLAction::attributes()
     const std::unique_ptr<TQPacketable> job(PacketableUtil::getPacketable(PACKETDATATYPE_JOB));
     QCOMPARE(canonical(action.append(*job)),
         str("<packetable datatype=15;hkey=0;key=0><item datatype=15></></>"));
+    std::list<QDomNode> items;
+    QCOMPARE(action.getNodesOfType(XMLObject::XMLOBJECT_PACKETABLE, items), 2);
+    action.removeNodesOfType(XMLObject::XMLOBJECT_PACKETABLE);
+    QVERIFY(!action.hasNodesOfType(XMLObject::XMLOBJECT_PACKETABLE));
     action.setNode(QDomElement());
     QVERIFY(action.append(item).isNull() && action.append(*job).isNull());
 }
@@ -126,6 +130,8 @@ void tst_XMLAction::lists()
     QCOMPARE(action.getJobIDs(), Ints({ 1, 26, -255 }));
     QVERIFY(action.hasTQJobIDs() && action.getTQJobIDs().isEmpty());
     QCOMPARE(action.getJobID() + action.getTQJobID(), 1);
+    action.setNode(Xml("<action><tqkey_hkey>5</tqkey_hkey><tqkey_hkey_list/></action>").root);
+    QVERIFY(!action.hasTQKEY() && !action.hasTQKEYList());
 }
 
 void tst_XMLAction::toggling()

@@ -161,6 +161,8 @@ constexpr Fault FAULTS[] = {
     { "getBooks null", { "A B", "Weekly=J3 Daily=J4", "none", "J1 J2 J3 J4" } },
     { "getBooks null name", { "A B", "Weekly=J3 Daily=J4", "=B1 B2 =B3", "J1 J2 J3 J4" } },
     { "getPacketable null", { "none", "Weekly=J3 Daily=J4", "B1 B2 B3", "J1 J2 J3 J4" } },
+    { "loadRecord null,loadRecord null name",
+        { "=A =B", "Weekly=J3 Daily=J4", "B1 B2 B3", "J1 J2 J3 J4" } },
     { "toPacket null,toPacket empty,TQGetSystemStorageClassConv null",
         { "A= B=", "Weekly= Daily=", "B1= B2= B3=", "J1= J2= J3= J4=" } },
 };
@@ -288,7 +290,7 @@ void tst_XMLCommServer::operations()
     auto books = reinterpret_cast<TQLISTRECORD *>(bridge.getBooks({ &second, nullptr, &first }));
     QVERIFY(Record::of(books)->data.name == "B3" && script().records.size() == 3);
     TQPacketFreeList(&books, PACKETDATATYPE_BOOK);
-    QVERIFY(!bridge.getBooks(QList<TQKEY_ELEMENT *>()) && !bridge.getTQJOBs({ nullptr }));
+    QVERIFY(!bridge.getBooks(QList<TQKEY_ELEMENT *>()) && !bridge.getTQJOBs({ nullptr, &first }));
     XMLAction request;
     for (XMLAction *action : { &request, static_cast<XMLAction *>(nullptr) }) {
         bridge.sendOUTPUTs(1);

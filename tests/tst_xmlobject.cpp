@@ -130,6 +130,7 @@ void tst_XMLObject::readNumbers()
         QVERIFY2(O::getPropertyLong(e, P) == number && O::getAttributeLong(e, P) == number, name);
         QCOMPARE(O::getPropertyBool(e, P) + O::getAttributeBool(e, P), number == 1 ? 2 : 0);
         QCOMPARE(O::getPropertyDouble(e, P) + O::getAttributeDouble(e, P), 2 * text.toDouble());
+        QCOMPARE(O::getAttributeULong(e, P, 37), text.toUInt());  // no base, so ten
         for (const int base : { 2, 8, 10, 16, 36 }) {
             QCOMPARE(O::getPropertyULong(e, P, base), text.toUInt(nullptr, base));
             QCOMPARE(O::getAttributeULong(e, P, base), text.toUInt(nullptr, base));
@@ -186,10 +187,12 @@ void tst_XMLObject::nullElements()
     O::setProperty(e, P, P);
     O::setAttribute(e, P, P);
     O::removeAttribute(e, P);
+    O::removeAttribute(e, QString());
     QVERIFY(O::createElement(e, P).isNull() && O::createTextNode(e, P).isNull());
     QVERIFY(O::getNodesOfType(e, O::XMLOBJECT_UI, nodes) == 0 && !O::hasProperty(e, P));
     QVERIFY(O::getProperty(e, P).isNull() && O::toString(e).isNull());
-    QVERIFY(O::getDocumentRoot(QDomDocument()).isNull() && O::getAttributeInt(e, P) == 0);
+    QVERIFY(O::getDocumentRoot(QDomDocument()).isNull() && O::getAttributeInt(e, P) == 0 &&
+        O::getAttributeInt(e, QString()) == 0);
 }
 
 QTEST_GUILESS_MAIN(tst_XMLObject)

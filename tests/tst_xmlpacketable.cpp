@@ -67,8 +67,8 @@ constexpr Row TEXTS[] = {
     { "SI 7fff|SI 8|1 x|TI 0|SI 8|TI 0", "SI 7fff|TI 0|", 3 },
     { "SI x y|skipped|SI ffffffff|TI 0|SI 100000008|TI 0",
         "SI x y|TI 0|SI ffffffff|TI 0|SI 100000008|TI 0|", 6 },
-    { "SI 8|x 1|-1 1|100000001 1|7fffffff 1|80000001 1|ffffffff 1|0x1 1|+1 2|\t 1  a  b \r|TI 0",
-        "SI 8|1 1|1 2|1  a  b|TI 0|", 11 },
+    { "SI 8|AI 1|x 1|-1 1|100000001 1|7fffffff 1|80000000 1|ffffffff 1|0x1 1|+1 2|\t 1  a  b \r",
+        "SI 8|1 1|1 2|1  a  b|TI 0|", 12 },
     { "SI 8|01xyz|\xc2\xa0\x31 c\xe3\x80\x80|1 |1|TI 0", "SI 8|1 c|TI 0|", 6 },
     // Lines without a blank are cut where the one before was, level by level.
     { "SI 8|1 abc|1|1_xyz|1xabcdef|TI|TI 0|SI 8", "SI 8|1 abc|1 xyz|1 abc|TI 0|SI 8|TI 0|", 9 },
@@ -232,8 +232,15 @@ void tst_XMLPacketable::shapes()
         QVERIFY(created == xml.root.lastChild() && create(null, str("_1"), str("1")).isNull());
         QCOMPARE(canonical(created), str(SHAPES[shape++]));
     }
-    X::createBinaryDataElementV(xml.root, str("_1"), str("1 a\rb"));
-    QCOMPARE(canonical(xml.root.lastChild()), str(SHAPES[4]));
+    shape = 0;
+    for (const auto create :
+        { X::createSimpleElementV, X::createTQKEYElementV, X::createNumberArrayElementV,
+            X::createStringArrayElementV, X::createBinaryDataElementV }) {
+        create(xml.root, str("_1"), str("1 a\rb"));
+        QCOMPARE(canonical(xml.root.lastChild()), str(SHAPES[shape++]));
+    }
+    X::createListElementV(xml.root, str("1"));
+    QCOMPARE(canonical(xml.root.lastChild()), canonical(X::createListElement(xml.root, str("1"))));
     QVERIFY(!X::createNumberArrayElement(xml.root, str("_1"), str("2 7")).hasAttributes());
     QVERIFY(!X::createStringArrayElement(xml.root, str("_1"), QString()).hasAttributes());
     const X item;

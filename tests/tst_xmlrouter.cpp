@@ -110,29 +110,31 @@ constexpr Case DELIVERIES[] = {
 };
 
 // What agent 2 does while it is served: in receive(), with two more packets waiting, and in
-// agentRemoved(), when a packet was undeliverable.
+// agentRemoved(), when a packet was undeliverable, or when agent 3 is being removed.
 struct Reentrance
 {
     const char *name;
     const char *words;
     const char *received;  // behind "2<a "
-    const char *removed;  // behind "1-99 2-99 "
+    const char *undelivered;  // behind "1-99 2-99 "
+    const char *removed;  // behind "1-3 2-3 "
 };
 constexpr Reentrance REENTRANCE[] = {
-    { "sends", "2>1:x", "3<b 2<c 1<x", "3-99 3<b 2<c 1<x" },
-    { "adds", "+ 2>4:x", "3<b 2<c 4<x", "3-99 3<b 2<c 4<x" },
-    { "adds itself", "*2", "3<b 4<c", "3-99 3<b 4<c" },
-    { "removes 3", "-3", "1-3 2-3 1-3 2-3 2<c", "1-3 2-3 1-3 2-3 2<c" },
-    { "removes itself", "-2", "1-2 3-2 3<b 1-2 3-2", "1-2 3-2 3-99 3<b 1-2 3-2" },
-    { "deletes 1", "-1 ~1", "2-1 3-1 3<b 2<c", "2-1 3-1 3-99 3<b 2<c" },
-    { "deletes itself", "-2 ~2", "1-2 3-2 3<b 1-2 3-2", "1-2 3-2 3-99 3<b 1-2 3-2" },
-    { "deletes all", "-1 ~1 -3 ~3 -2 ~2", "2-1 3-1 2-3", "2-1 3-1 2-3" },
-    { "calls the slot", "!", "3<b 2<c", "3<b 2<c 3-99" },
-    { "sends, runs a loop", "2>1:x @", "3<b 2<c 1<x", "3<b 2<c 1<x 3-99" },
-    { "reports a removal", "?8", "1-8 2-8 3-8 3<b 2<c", "1-8 2-8 3-8 3-99 3<b 2<c" },
-    { "replaces the broker", "B B", "gone 3<b 2<c", "gone 3-99 3<b 2<c" },
-    { "deletes the router", "X", "1--1 2--1 3--1", "1--1 2--1 3--1" },
-    { "deletes it in a loop", "Z W", "3<b 2<c 1--1 2--1 3--1", "3<b 2<c 1--1 2--1 3--1" },
+    { "sends", "2>1:x", "3<b 2<c 1<x", "3-99 3<b 2<c 1<x", "1<x" },
+    { "adds", "+ 2>4:x", "3<b 2<c 4<x", "3-99 3<b 2<c 4<x", "4<x" },
+    { "adds itself", "*2", "3<b 4<c", "3-99 3<b 4<c", "" },
+    { "removes 3", "-3", "1-3 2-3 1-3 2-3 2<c", "1-3 2-3 1-3 2-3 2<c", "1-3 2-3" },
+    { "removes itself", "-2", "1-2 3-2 3<b 1-2 3-2", "1-2 3-2 3-99 3<b 1-2 3-2", "1-2" },
+    { "deletes 1", "-1 ~1", "2-1 3-1 3<b 2<c", "2-1 3-1 3-99 3<b 2<c", "2-1" },
+    { "deletes itself", "-2 ~2", "1-2 3-2 3<b 1-2 3-2", "1-2 3-2 3-99 3<b 1-2 3-2", "1-2" },
+    { "deletes all", "-1 ~1 -3 ~3 -2 ~2", "2-1 3-1 2-3", "2-1 3-1 2-3", "2-1 2-3" },
+    { "calls the slot", "!", "3<b 2<c", "3<b 2<c 3-99", "" },
+    { "sends, runs a loop", "2>1:x @", "3<b 2<c 1<x", "3<b 2<c 1<x 3-99", "1<x" },
+    { "reports a removal", "?8", "1-8 2-8 3-8 3<b 2<c", "1-8 2-8 3-8 3-99 3<b 2<c", "1-8 2-8" },
+    { "replaces the broker", "B B", "gone 3<b 2<c", "gone 3-99 3<b 2<c", "gone" },
+    { "deletes the router", "X", "1--1 2--1 3--1", "1--1 2--1 3--1", "1--1 2--1" },
+    { "deletes it in a loop", "Z W", "3<b 2<c 1--1 2--1 3--1", "3<b 2<c 1--1 2--1 3--1",
+        "1--1 2--1" },
 };
 
 }  // namespace
@@ -248,7 +250,7 @@ void tst_XMLRouter::check(const char *words, const char *reaction, const QString
     }
     packets.removeAll(nullptr);
     // A router that dies first leaves what waits.
-    QCOMPARE(packets.size(), reaction == QByteArray("X") ? 2 : 0);
+    QCOMPARE(packets.size(), reaction == QByteArray("X") && strchr(words, '>') ? 2 : 0);
     qDeleteAll(packets);
 }
 
@@ -261,7 +263,8 @@ void tst_XMLRouter::reentrance()
 {
     const auto &row = currentRow<Reentrance>();
     check("1>2:a 1>3:b 1>2:c", row.words, str("2<a ") + str(row.received));
-    check("1>99:a 1>3:b 1>2:c", row.words, str("1-99 2-99 ") + str(row.removed));
+    check("1>99:a 1>3:b 1>2:c", row.words, str("1-99 2-99 ") + str(row.undelivered));
+    check("-3", row.words, (str("1-3 2-3 ") + str(row.removed)).trimmed());
 }
 
 // A dialog that runs its own event loop until the answer to its question is there.

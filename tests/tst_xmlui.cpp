@@ -47,6 +47,7 @@ void tst_XMLUI::actions()
     XMLUI ui(str("%1"));
     Actions actions;
     QVERIFY(ui.getActions(actions) == 0 && ui.visibleActionCount() == 0);
+    QCOMPARE(ui.getName(), str("%1"));
     XMLAction action(str("a"), 1, 2);
     QDomElement copy = ui.append(action);
     action.setName(str("b"));

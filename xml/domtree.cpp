@@ -183,7 +183,7 @@ QString textBelow(const QDomNode &parent)
     }
     QString text = QStringLiteral("");
     for (; !node.isNull(); node = nextBelow(node, parent)) {
-        if (node.isText() || node.isCDATASection()) {
+        if (node.isText()) {
             text += node.nodeValue();
         }
     }

@@ -68,7 +68,7 @@ void fillNumberArray(QDomDocument &document, QDomElement &e, QStringView text)
 {
     unsigned int size = 0;
     const unsigned int parts = countParts(text, BLANK);
-    if (parts == 0 || !readNumber(firstPart(text), 16, size) || size != parts - 1) {
+    if (!readNumber(firstPart(text), 16, size) || size != parts - 1) {
         return;
     }
     setSize(e, size);

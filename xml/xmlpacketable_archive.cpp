@@ -201,7 +201,7 @@ bool XMLPacketable::getXPKReferences(QList<XPKReference *> &references) const
     for (QDomElement e = item.firstChildElement(); !e.isNull(); e = e.nextSiblingElement()) {
         const QString name = e.tagName();
         unsigned int tag = 0;
-        if (name == LIST || name == ITEM || !readNumber(QStringView(name).mid(1), 16, tag)) {
+        if (!readNumber(QStringView(name).mid(1), 16, tag)) {  // a nested item or list
             continue;
         }
         const FieldTable::Field *field = fields->find(tag);

@@ -93,10 +93,10 @@ void TQPacketable::loadRecord(unsigned char *record)
 {
     const ScriptRecord &data = m_fields->take("loadRecord", record);
     dbkey = data.key;
-    setName(data.name.c_str());
+    setName(script().isFaulty("loadRecord", "null name") ? nullptr : data.name.c_str());
     if (datatype == PACKETDATATYPE_OUTPUT) {
-        subrecord = &m_fields->subrecord;
-        subrecord->name = std::exchange(name, nullptr);
+        subrecord = script().isFaulty("loadRecord") ? nullptr : &m_fields->subrecord;
+        m_fields->subrecord.name = std::exchange(name, nullptr);
     }
 }
 

@@ -51,7 +51,8 @@ struct Script
 
     /// Calls that fail, and how: "getBooks null" (nothing, or false), "getBooks error" (records,
     /// but the command failed), "getBooks null name" (the first record's), "getBooks cycle N" (the
-    /// last record is followed by that one), "toPacket empty".
+    /// last record is followed by that one), "loadRecord null" (no subrecord, for outputs),
+    /// "toPacket empty".
     std::set<std::string> faults;
 
     /// False: ArchiveNode::add() takes no ownership, so that a node may be below several others,
