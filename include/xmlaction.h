@@ -185,6 +185,7 @@ public Q_SLOTS:
     void toggle();
     /// Writes the checked state, then emits toggled() with the state as it reads back.
     void setChecked(bool checked);
+    /// Writes what isEnabled() reads; emits nothing.
     void setEnabled(bool enabled);
 
 private:

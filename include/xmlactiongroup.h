@@ -39,10 +39,12 @@ Q_SIGNALS:
 public Q_SLOTS:
     /// Unchecks every member but the sender, whatever the sender's new state is.
     void updateActions();
-    /// Takes one occurrence of the action off the list and disconnects it from the group; null
-    /// stands for the sender of the signal.
+    /// @{
+    /// Takes one occurrence of the action off the list and disconnects it from the group; null, or
+    /// none, stands for the sender of the signal.
     void removeAction(XMLAction *action);
     void removeAction();
+    /// @}
     /// Answers a member's toggling(): true means that the toggle is allowed. Only a checked member
     /// is refused, so that the mark moves by checking another.
     void approveToggle(bool &approved);

@@ -24,12 +24,17 @@ public:
     /// loop or delete the router.
     virtual void receive(XMLPacket *packet) = 0;
     /// Called when another agent is gone or was found unreachable, if this agent wants to know.
+    /// Inside, it may do all that it may in receive(), and also remove and delete itself.
+    ///
+    /// The removal of -1, the server bridge, means that the router is ending: do not delete the
+    /// router then, nor send through it. What is queued by then is left to the application.
     virtual void agentRemoved(int agentID);
 
     /// The application's number for agents of this kind.
     int getAgentType() const;
     /// The id given on registration, also after removal; 0 before.
     int getAgentID() const;
+    /// Whether the router calls agentRemoved(); false unless a subclass set it.
     bool wantAgentRemovalNotifications() const;
 
     /// @{

@@ -10,15 +10,23 @@
 class TQXML_EXPORT XMLImage : public XMLObject
 {
 public:
+    /// @{
+    /// An image without a location, and with no name or that one.
     XMLImage();
     explicit XMLImage(const QString &name);
+    /// @}
     ~XMLImage() override;
 
-    /// The location, kept as it stands.
+    /// @{
+    /// Attribute "url": the location, kept as it stands and never looked at.
     void setURL(const QString &url);
     QString getURL() const;
+    /// @}
+    /// @{
+    /// Attribute "name".
     void setName(const QString &name);
     QString getName() const;
+    /// @}
 };
 
 #endif

@@ -7,8 +7,11 @@
 class TQXML_EXPORT XMLMessage : public XMLObject
 {
 public:
+    /// @{
+    /// A message without a text, or with that one.
     XMLMessage();
     explicit XMLMessage(const QString &text);
+    /// @}
     ~XMLMessage() override;
 
     /// An empty text leaves the earlier one in place.

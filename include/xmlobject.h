@@ -52,15 +52,20 @@ public:
     /// The object's element itself: changes through it change the object.
     const QDomElement &getNodeConst() const;
 
-    /// Element name of a kind: "tqxml", "packetable", "action", "ui", "img" or "msg"; else
-    /// "nobody".
+    /// @{
+    /// Element name of a kind, or of the object's: "tqxml", "packetable", "action", "ui", "img" or
+    /// "msg"; else "nobody".
     static QString rootNodeName(XMLOBJECT_TYPE type);
     QString rootNodeName() const;
+    /// @}
 
-    /// Text of a node with all below, indented by one blank per level. Attributes stand in no
-    /// fixed order. What lies more than 384 levels below the node is left out.
+    /// @{
+    /// Text of a node, or of the object's element, with all below, indented by one blank per
+    /// level. Attributes stand in no fixed order. What lies more than 384 levels below the node is
+    /// left out.
     static QString toString(const QDomNode &n);
     QString toString() const;
+    /// @}
 
     /// True when the element is named "packetable".
     static bool isXMLPacketable(const QDomElement &e);

@@ -181,8 +181,10 @@ public:
     /// The server item built from the element; null when the server library does not know the type
     /// or refuses the text. Built on first use and owned by the object: valid until setData() or
     /// the object's end, and not to be changed. Later changes of the element do not reach it.
+    /// The element's text goes through toPacket(); see there.
     TQPacketable *getDataConst();
-    /// A new copy of that server item, owned by the caller; null when it cannot be built.
+    /// A new copy of that server item, owned by the caller; null when it cannot be built. The
+    /// element's text goes through toPacket(); see there.
     [[nodiscard]] TQPacketable *getData();
 
     /// @{

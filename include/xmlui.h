@@ -12,13 +12,18 @@ class XMLAction;
 class TQXML_EXPORT XMLUI : public XMLObject
 {
 public:
+    /// @{
+    /// A page without actions, and with no name or that one.
     XMLUI();
     explicit XMLUI(const QString &name);
+    /// @}
     ~XMLUI() override;
 
+    /// @{
     /// Attribute "name": an empty text leaves the earlier one; a null string when absent.
     void setName(const QString &name);
     QString getName() const;
+    /// @}
 
     /// Appends a deep copy of the action's element and returns the copy.
     QDomElement append(XMLAction &action);

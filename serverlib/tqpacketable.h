@@ -14,7 +14,7 @@ struct TQDB_REFERENCE
 {
     TQDB_REFERENCE *next;  ///< null at the end of the chain
     PACKETDATATYPES datatype;  ///< data type of the referred item; 0 when unknown
-    TQKEY_ELEMENT key;
+    TQKEY_ELEMENT key;  ///< not valid in a reference by name
     const char *name;  ///< NUL-terminated UTF-8, or null
 };
 
@@ -26,6 +26,7 @@ class TQSERVER_EXPORT TQPacketable
 public:
     /// An item of that type without key, name or field values.
     explicit TQPacketable(PACKETDATATYPES type = PACKETDATATYPE_NONE);
+    /// A new item with what operator=() copies.
     TQPacketable(const TQPacketable &other);
     virtual ~TQPacketable();
 
@@ -54,8 +55,8 @@ public:
     void setData(unsigned char *record);
 
     TQSUBRECORD *subrecord;  ///< owned; only outputs have one, null otherwise
-    PACKETDATATYPES datatype;
-    TQKEY_ELEMENT dbkey;
+    PACKETDATATYPES datatype;  ///< set by the constructor and by operator=()
+    TQKEY_ELEMENT dbkey;  ///< the null key until a record or the application sets it
     char *name;  ///< owned, change it with setName(); null when none was set
 
 private:

@@ -5,45 +5,46 @@
 
 #include <stddef.h>
 
-// List records as the server library hands them out. The byte offsets are the same on every
-// platform, so with 8-byte pointers some members are misaligned: read and write them by value,
-// never through a pointer or reference. Records are allocated and freed by the server library
-// alone, which may keep more behind the end of the declared part.
+/// \file
+/// List records as the server library hands them out. The byte offsets are the same on every
+/// platform, so with 8-byte pointers some members are misaligned: read and write them by value,
+/// never through a pointer or reference. Records are allocated and freed by the server library
+/// alone, which may keep more behind the end of the declared part.
 #pragma pack(push, 1)
 
 /// What every list record starts with.
 struct TQLISTRECORD
 {
-    unsigned char reserved[16];
+    unsigned char reserved[16];  ///< the server library's own
     TQLISTRECORD *next;  ///< null at the end of the list
 };
 
 /// Record of an owner: an output (data type 15) or an owner of books (data type 85).
 struct TQOWNER
 {
-    TQLISTRECORD list;
-    unsigned char reserved[56 - sizeof(TQLISTRECORD)];
-    unsigned int key;
-    unsigned int hkey;
+    TQLISTRECORD list;  ///< links the records
+    unsigned char reserved[56 - sizeof(TQLISTRECORD)];  ///< the server library's own
+    unsigned int key;  ///< first word of the owner's database key
+    unsigned int hkey;  ///< second word of that
 };
 
 /// Record of a book.
 struct TQBOOK
 {
-    TQLISTRECORD list;
-    unsigned char reserved[28 - sizeof(TQLISTRECORD)];
+    TQLISTRECORD list;  ///< links the records
+    unsigned char reserved[28 - sizeof(TQLISTRECORD)];  ///< the server library's own
     char *name;  ///< NUL-terminated UTF-8
 };
 
 /// Record of a job.
 struct TQJOB
 {
-    TQLISTRECORD list;
-    unsigned char reserved0[28 - sizeof(TQLISTRECORD)];
+    TQLISTRECORD list;  ///< links the records
+    unsigned char reserved0[28 - sizeof(TQLISTRECORD)];  ///< the server library's own
     char *name;  ///< NUL-terminated UTF-8
-    unsigned char reserved1[164 - 28 - sizeof(char *)];
+    unsigned char reserved1[164 - 28 - sizeof(char *)];  ///< the server library's own
     char *publicationName;  ///< NUL-terminated UTF-8; null for a job outside any publication
-    unsigned char reserved2[188 - 164 - sizeof(char *)];
+    unsigned char reserved2[188 - 164 - sizeof(char *)];  ///< the server library's own
     unsigned int publicationId;  ///< means something only with a publication name
 };
 

@@ -5,8 +5,9 @@
 
 #include <stddef.h>
 
-// Storage classes: which fields the items of a data type have. A new data type is a table of
-// fields, not a class.
+/// \file
+/// Storage classes: which fields the items of a data type have. A new data type is a table of
+/// fields, not a class.
 
 /// The specimen: its table has every element type code from 1 to 31 at each of the widths 1, 2, 4
 /// and 8. The tag of a field is 256 times its code plus its width.

@@ -9,9 +9,10 @@
 #include <string>
 #include <vector>
 
-// Making and filling stores. Every operation is all or nothing, also when the process is killed
-// on the way. Each answers false on failure, with one line of UTF-8 in error, and needs a
-// QCoreApplication, like the connection itself.
+/// \file
+/// Making and filling stores. Every operation is all or nothing, also when the process is killed
+/// on the way. Each answers false on failure, with one line of UTF-8 in error, and needs a
+/// QCoreApplication, like the connection itself.
 
 /// Told how many of how many rows or files are done; on false the work stops, fails, and leaves
 /// everything as it was. May be empty.
