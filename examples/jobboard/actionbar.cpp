@@ -39,6 +39,11 @@ void ActionBar::update(const XMLAction &sent, const Entry &entry)
     entry.shown->setText(sent.getName());
     entry.shown->setVisible(sent.getVisible());
     entry.shown->setEnabled(sent.isEnabled());
+    entry.action->setCheckable(sent.isCheckable());
+    entry.shown->setCheckable(sent.isCheckable());
+    if (sent.isChecked() != entry.action->isChecked()) {
+        entry.action->setChecked(sent.isChecked());  // the shown one follows
+    }
 }
 
 void ActionBar::add(XMLAction *action)

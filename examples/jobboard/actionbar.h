@@ -12,8 +12,8 @@ class XMLActionGroup;
 /// A tool bar that shows the page it is sent: each action of the page becomes a QAction.
 ///
 /// Actions are known by their type. The page's first packet makes them; later ones change names,
-/// visibility and whether they are enabled, but leave the checked state to the user. Checkable
-/// actions with the same originator, other than 0, exclude each other.
+/// visibility, whether they are enabled, and what is checked, as the user does. Checkable actions
+/// with the same originator, other than 0, exclude each other.
 class ActionBar : public QToolBar, public BoardAgent
 {
     Q_OBJECT
@@ -29,7 +29,7 @@ public:
 
 Q_SIGNALS:
     /// An action was triggered, or its checked state was written, changed or not: by the user, by
-    /// its group or through action().
+    /// its group, by a page that has it changed, or through action().
     void chosen(int type, bool checked);
 
 protected:

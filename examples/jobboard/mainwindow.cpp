@@ -7,6 +7,7 @@
 #include "packetpane.h"
 #include "sourcetree.h"
 #include "statedelegate.h"
+#include "wholerows.h"
 #include "xmlaction.h"
 #include "xmlcommserver.h"
 #include "xmlui.h"
@@ -104,7 +105,8 @@ void MainWindow::build()
     addToolBar(m_bar.get());
 
     auto *upper = new QSplitter(Qt::Horizontal);
-    m_sources = new SourceTree(upper);
+    m_sources = new SourceTree(nullptr);
+    upper->addWidget(new WholeRows(m_sources));
     auto *middle = new QWidget(upper);
     auto *column = new QVBoxLayout(middle);
     column->setContentsMargins(0, 0, 0, 0);
@@ -114,8 +116,9 @@ void MainWindow::build()
     m_search->setClearButtonEnabled(true);
     column->addWidget(m_search);
     m_table = buildTable();
-    column->addWidget(m_table);
-    m_detail = new DetailPane(upper);
+    column->addWidget(new WholeRows(m_table));
+    m_detail = new DetailPane(nullptr);
+    upper->addWidget(new WholeRows(m_detail));
     const int letter = fontMetrics().averageCharWidth();
     m_sources->setMinimumWidth(letter * 34);
     middle->setMinimumSize(letter * 45, fontMetrics().height() * 12);
@@ -163,21 +166,25 @@ QTableView *MainWindow::buildTable()
     return table;
 }
 
-// The page says what can be done now; the tool bar's agent gets it like any other packet.
+// The page says what can be done now, and repeats what the bar has checked. The tool bar's agent
+// gets it like any other packet, but at once: a click in between would be undone.
 void MainWindow::sendPage()
 {
     XMLUI page(QStringLiteral("tools"));
     for (const PageAction &entry : PAGE) {
         XMLAction action(QLatin1String(entry.name), entry.type, entry.originator);
         if (entry.isCheckable) {
+            const XMLAction *known = m_bar->action(entry.type);
+            const bool first = entry.type == Tool::DarkLook ? isDarkLook() : entry.isChecked;
             action.setCheckable(true);
-            action.setChecked(entry.type == Tool::DarkLook ? isDarkLook() : entry.isChecked);
+            action.setChecked(known ? known->isChecked() : first);
         }
         action.setEnabled(entry.type != Tool::CopyXml || !m_job.getNodeConst().isNull());
         page.append(action);
     }
     page.setActionVisible(m_isLoading ? Tool::Reload : Tool::Stop, 0, false);
     m_agent.sendPage(page, m_bar->getAgentID());
+    m_router.send();
 }
 
 void MainWindow::load()
@@ -186,9 +193,9 @@ void MainWindow::load()
     m_sources->clearSources();
     m_isLoading = true;
     m_requests = 2;
+    sendPage();
     m_agent.ask({ XMLCommServer::REQUEST_OUTPUTS, {}, QStringLiteral("outputs") });
     m_agent.ask({ XMLCommServer::REQUEST_BOOKS, {}, QStringLiteral("books") });
-    sendPage();
     showRows();
 }
 
@@ -256,7 +263,7 @@ void MainWindow::choose(int action, bool checked)
         }
         return;
     case Tool::ShowDetails:
-        return m_detail->setVisible(checked);
+        return m_detail->parentWidget()->setVisible(checked);
     case Tool::ShowPackets:
         return m_packets->setVisible(checked);
     case Tool::CopyXml:

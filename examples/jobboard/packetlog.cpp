@@ -15,12 +15,13 @@ namespace {
 
 constexpr const char *WAYS[] = { "sent", "received" };  // by direction
 constexpr int TEXT_ROLE = Qt::UserRole;
+constexpr int FASTEST = 1;  // of the levels of compression
 constexpr Qt::Alignment RIGHT = Qt::AlignRight | Qt::AlignVCenter;
 const QString TIME_FORMAT = QStringLiteral("HH:mm:ss.zzz");
 
 QString sizeText(qint64 bytes) { return QLocale().formattedDataSize(bytes); }
 
-// Counts all that is written and keeps the beginning, so that the text of a large packet never
+// Counts all that is written and keeps the beginning, so that the text of a very large packet never
 // exists as a whole.
 class Beginning : public QIODevice
 {
@@ -28,14 +29,13 @@ public:
     Beginning() { open(QIODevice::WriteOnly | QIODevice::Unbuffered); }
 
     // What was written, with a remark where it is cut.
-    QString text() const
+    QByteArray text() const
     {
         if (m_kept.size() == written) {
-            return QString::fromUtf8(m_kept);
+            return m_kept;
         }
         const QByteArray lines = m_kept.left(m_kept.lastIndexOf('\n') + 1);
-        return QString::fromUtf8(lines) + QStringLiteral("… and ") +
-            sizeText(written - lines.size()) + QStringLiteral(" more");
+        return lines + "… and " + sizeText(written - lines.size()).toUtf8() + " more";
     }
 
     qint64 written = 0;
@@ -127,9 +127,26 @@ void PacketLog::add(Direction direction, XMLPacket &packet)
         row.last()->setToolTip(text);
     }
     row[Size]->setTextAlignment(RIGHT);
-    row[Time]->setData(beginning.text(), TEXT_ROLE);
+    row[Time]->setData(qCompress(beginning.text(), FASTEST), TEXT_ROLE);
     insertRow(0, row);
-    setRowCount(std::min(rowCount(), MAX_PACKETS));
+    m_kept += int(kept(0).size());
+    while (rowCount() > MAX_PACKETS || m_kept > MAX_KEPT) {
+        dropOldest();
+    }
 }
 
-QString PacketLog::text(int row) const { return index(row, Time).data(TEXT_ROLE).toString(); }
+void PacketLog::dropOldest()
+{
+    const int oldest = rowCount() - 1;
+    m_kept -= int(kept(oldest).size());
+    removeRow(oldest);
+    horizontalHeaderItem(Content)->setText(
+        QStringLiteral("Content (the last %1 packets)").arg(oldest));
+}
+
+QByteArray PacketLog::kept(int row) const { return index(row, Time).data(TEXT_ROLE).toByteArray(); }
+
+QString PacketLog::text(int row) const
+{
+    return rowCount() > row && row >= 0 ? QString::fromUtf8(qUncompress(kept(row))) : QString();
+}

@@ -7,7 +7,8 @@
 class XMLPacket;
 
 /// The packets that the window's agents sent and received lately, newest first. Of each it keeps a
-/// line and the beginning of its text, never the packet.
+/// line and its text, compressed, never the packet. The heading says so when older ones were
+/// dropped.
 class PacketLog : public QStandardItemModel
 {
     Q_OBJECT
@@ -17,7 +18,8 @@ public:
     enum Column { Time, Way, Agents, Content, Size, ColumnCount };
 
     static constexpr int MAX_PACKETS = 500;
-    static constexpr int MAX_TEXT = 16 * 1024;  ///< bytes kept of one packet
+    static constexpr int MAX_TEXT = 1 << 20;  ///< bytes kept of one packet, before compression
+    static constexpr int MAX_KEPT = 8 << 20;  ///< bytes kept of all, compressed
 
     PacketLog();
 
@@ -29,8 +31,11 @@ public:
 
 private:
     QString agentName(int agentID) const;
+    QByteArray kept(int row) const;
+    void dropOldest();
 
     QHash<int, QString> m_agentNames;
+    int m_kept = 0;  // bytes of all texts, compressed
 };
 
 #endif

@@ -2,15 +2,33 @@
 
 #include "columnroom.h"
 #include "packetlog.h"
+#include "wholerows.h"
 
 #include <QFontDatabase>
 #include <QHeaderView>
 #include <QPlainTextEdit>
 #include <QTreeView>
 
+namespace {
+
+// Has its margin beside the lines, not above the first, so that lines fill it from edge to edge.
+class Lines : public QPlainTextEdit
+{
+public:
+    Lines()
+    {
+        document()->setDocumentMargin(0);
+        setViewportMargins(MARGIN, MARGIN, 0, 0);
+    }
+
+private:
+    static constexpr int MARGIN = 4;
+};
+
+}  // namespace
+
 PacketPane::PacketPane(PacketLog &log, QWidget *parent)
-    : QSplitter(Qt::Horizontal, parent), m_log(log), m_list(new QTreeView(this)),
-      m_text(new QPlainTextEdit(this))
+    : QSplitter(Qt::Horizontal, parent), m_log(log), m_list(new QTreeView), m_text(new Lines)
 {
     m_list->setObjectName(QStringLiteral("packets"));
     m_list->setModel(&log);
@@ -30,7 +48,7 @@ PacketPane::PacketPane(PacketLog &log, QWidget *parent)
              std::pair { PacketLog::Time, "00:00:00.000" },
              std::pair { PacketLog::Way, "Direction" },
              std::pair { PacketLog::Agents, "Server bridge → Job list" },
-             std::pair { PacketLog::Content, "request for publications" },
+             std::pair { PacketLog::Content, "Content (the last 500 packets)" },
              std::pair { PacketLog::Size, "1000.00 KiB" },
          }) {
         const int width = fontMetrics().horizontalAdvance(QString::fromUtf8(sample));
@@ -39,6 +57,8 @@ PacketPane::PacketPane(PacketLog &log, QWidget *parent)
     takeRoom(header, PacketLog::Content, header->sectionSize(PacketLog::Content));
     m_list->setMinimumSize(fontMetrics().averageCharWidth() * 45, fontMetrics().height() * 6);
     m_text->setMinimumWidth(fontMetrics().averageCharWidth() * 30);
+    addWidget(new WholeRows(m_list));
+    addWidget(new WholeRows(m_text));
     setSizes({ 740, 760 });
     setStretchFactor(1, 1);
 }
