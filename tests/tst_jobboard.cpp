@@ -153,7 +153,8 @@ void tst_JobBoard::detailsAndPackets()
         board.press(Tool::CopyXml);
         QVERIFY(QApplication::clipboard()->text().contains(cell(board.table, 5, 0).toString()));
         click(board.packets, board.packets->model()->index(2, 0));
-        QTest::mouseMove(board.window.statusBar());  // off the bar
+        board.bar->widgetForAction(board.button(Tool::Reload))
+            ->setAttribute(Qt::WA_UnderMouse, false);  // where the pointer is at first
         QTest::qWait(50);
         for (const auto *view : board.window.findChildren<QAbstractItemView *>()) {
             QVERIFY2(view->isHidden() || endsWhole(view), qPrintable(view->objectName()));
@@ -184,13 +185,6 @@ void tst_JobBoard::manyJobsAndFailure()
         QCoreApplication::processEvents();
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         longest = std::max(longest, work() - before);
-        if (work() - before > 60) {
-            qInfo() << work() - before << board.rows();
-            for (int i = 0; i < std::min(6, board.log().rowCount()); ++i)
-                qInfo() << board.log().index(i, 0).data().toString()
-                        << board.log().index(i, 3).data().toString()
-                        << board.log().index(i, 4).data().toString();
-        }
         if (preferred.isEmpty() && board.rows() > 0) {
             const auto *sources = board.sources->model();
             const QModelIndex outputs = sources->index(1, 0);
@@ -229,49 +223,19 @@ void tst_JobBoard::manyJobsAndFailure()
     QCOMPARE(log.rowCount(), PacketLog::MAX_PACKETS);
     QVERIFY(
         log.headerData(PacketLog::Content, Qt::Horizontal).toString().contains(str("last 500")));
-    XMLPacket noise;
-    QByteArray bytes(48 << 10, 0);
-    for (int i = 0; i < 80; ++i) {  // 5 MiB that hardly become less
-        QRandomGenerator(uint(i)).fillRange(
-            reinterpret_cast<quint32 *>(bytes.data()), bytes.size() / 4);
+    XMLPacket noise;  // which hardly becomes less, and is longer than is kept of one
+    QByteArray bytes(48 * 1024, 0);
+    for (uint i = 0; i < 20; ++i) {
+        QRandomGenerator(i).fillRange(
+            reinterpret_cast<quint32 *>(bytes.data()), bytes.size() / qsizetype(sizeof(quint32)));
         XMLMessage message(QString::fromLatin1(bytes.toBase64()));
         noise.append(message);
     }
-    for (int i = 0; i < 8; ++i) {
+    for (int i = 0; i < 16; ++i) {
         log.add(PacketLog::Sent, noise);
     }
-    QVERIFY(log.rowCount() > 1 && log.rowCount() < 8);
-    const QString cut = log.text(0);
-    QVERIFY(cut.size() > 3 << 20 && cut.size() < PacketLog::MAX_TEXT + 100);
-    QVERIFY(cut.endsWith(str(" more")));
-    QElapsedTimer t;
-    t.start();
-    qInfo() << log.rowCount() << cut.right(40);
-    QPlainTextEdit e;
-    e.resize(700, 300);
-    e.setLineWrapMode(QPlainTextEdit::NoWrap);
-    e.show();
-    t.restart();
-    e.setPlainText(cut);
-    QTest::qWait(0);
-    e.repaint();
-    qInfo() << "noise" << t.elapsed();
-    e.clear();
-    QString rows;
-    while (rows.size() < 4 << 20) {
-        rows += str("     <_1 value=\"Digital Press Colour\"/>\n");
-    }
-    t.restart();
-    e.setPlainText(rows);
-    QTest::qWait(0);
-    e.repaint();
-    qInfo() << "rows" << t.elapsed();
-    rows = QString(1 << 20, QLatin1Char('a'));
-    t.restart();
-    e.setPlainText(rows);
-    QTest::qWait(0);
-    e.repaint();
-    qInfo() << "one line 1M" << t.elapsed();
+    QVERIFY(log.rowCount() > 1 && log.rowCount() < 16);
+    QVERIFY(log.text(0).endsWith(str(" more")) && log.text(-1).isEmpty());
 }
 
 QTEST_MAIN(tst_JobBoard)

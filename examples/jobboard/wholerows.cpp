@@ -1,0 +1,58 @@
+#include "wholerows.h"
+
+#include <QAbstractItemView>
+#include <QEvent>
+
+#include <algorithm>
+
+WholeRows::WholeRows(QAbstractScrollArea *view, QWidget *parent) : QFrame(parent), m_view(view)
+{
+    setFrameStyle(view->frameStyle());
+    setBackgroundRole(QPalette::Base);
+    setAutoFillBackground(true);
+    view->setFrameShape(NoFrame);
+    view->setParent(this);
+    view->viewport()->installEventFilter(this);
+    if (const auto *items = qobject_cast<QAbstractItemView *>(view)) {
+        connect(items->model(), &QAbstractItemModel::rowsInserted, this, [this] {
+            if (m_row == 0) {
+                fit();
+            }
+        });
+    }
+}
+
+QSize WholeRows::minimumSizeHint() const
+{
+    const QSize frame(2 * frameWidth(), 2 * frameWidth());
+    return m_view->minimumSizeHint().expandedTo(m_view->minimumSize()) + frame;
+}
+
+bool WholeRows::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() == QEvent::Resize) {
+        fit();  // a header or a scroll bar may have come or gone
+    }
+    return QFrame::eventFilter(watched, event);
+}
+
+void WholeRows::resizeEvent(QResizeEvent *event)
+{
+    QFrame::resizeEvent(event);
+    fit();
+}
+
+int WholeRows::rowHeight() const
+{
+    const auto *items = qobject_cast<QAbstractItemView *>(m_view);
+    return items ? items->visualRect(items->model()->index(0, 0)).height()
+                 : m_view->fontMetrics().lineSpacing();
+}
+
+void WholeRows::fit()
+{
+    m_row = std::max(m_row, rowHeight());
+    const int others = m_view->height() - m_view->viewport()->height();
+    const int room = std::max(0, contentsRect().height() - others);
+    m_view->setGeometry(contentsRect().adjusted(0, 0, 0, m_row > 0 ? -(room % m_row) : 0));
+}
