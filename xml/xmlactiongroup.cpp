@@ -2,6 +2,8 @@
 
 #include "xmlaction.h"
 
+#include <QScopeGuard>
+
 XMLActionGroup::XMLActionGroup(QObject *parent, const char *name) : QObject(parent)
 {
     setObjectName(QString::fromLatin1(name));
@@ -59,6 +61,11 @@ void XMLActionGroup::updateActions()
     const QList<QPointer<XMLAction>> members = m_actions;
     const QPointer<XMLActionGroup> self(this);
     m_updating = true;
+    const auto end = qScopeGuard([&self] {  // also when memory runs out
+        if (self) {
+            self->m_updating = false;
+        }
+    });
     for (const QPointer<XMLAction> &action : members) {
         if (action && action != reporter) {
             action->setChecked(false);
@@ -67,7 +74,6 @@ void XMLActionGroup::updateActions()
             return;
         }
     }
-    m_updating = false;
 }
 
 void XMLActionGroup::removeAction(XMLAction *action)

@@ -17,7 +17,8 @@ enum Column { NameColumn, CountColumn };
 class Row : public QTreeWidgetItem
 {
 public:
-    Row(const QString &name, const Source &source) : QTreeWidgetItem({ name })
+    Row(const QString &name, const Source &source)
+        : QTreeWidgetItem({ name }), m_order(orderOf(name))
     {
         setData(NameColumn, SOURCE_ROLE, QVariant::fromValue(source));
         setToolTip(NameColumn, name);
@@ -26,9 +27,17 @@ public:
 
     bool operator<(const QTreeWidgetItem &other) const override
     {
-        static const QCollator collator = textOrder();
-        return collator.compare(text(NameColumn), other.text(NameColumn)) < 0;
+        return m_order.compare(static_cast<const Row &>(other).m_order) < 0;
     }
+
+private:
+    static QCollatorSortKey orderOf(const QString &name)
+    {
+        static const QCollator collator = textOrder();
+        return collator.sortKey(name);
+    }
+
+    QCollatorSortKey m_order;
 };
 
 QString keyText(const TQKEY_ELEMENT &key)

@@ -44,9 +44,11 @@ void WholeRows::resizeEvent(QResizeEvent *event)
 
 int WholeRows::rowHeight() const
 {
-    const auto *items = qobject_cast<QAbstractItemView *>(m_view);
-    return items ? items->visualRect(items->model()->index(0, 0)).height()
-                 : m_view->fontMetrics().lineSpacing();
+    if (const auto *items = qobject_cast<QAbstractItemView *>(m_view)) {
+        return items->visualRect(items->model()->index(0, 0)).height();
+    }
+    // A line is at least as high as its letters, whatever the font says of spacing.
+    return std::max(m_view->fontMetrics().lineSpacing(), m_view->fontMetrics().height());
 }
 
 void WholeRows::fit()
