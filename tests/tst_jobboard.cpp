@@ -164,7 +164,8 @@ void tst_JobBoard::detailsAndPackets()
             lines.bottom());
         const QPixmap picture = board.window.grab();
         QVERIFY(picture.width() >= 1280 && picture.height() >= 800);
-        QVERIFY(picture.save(str(isDark ? "jobboard-dark.png" : "jobboard.png")));
+        QVERIFY(picture.save(QCoreApplication::applicationDirPath() +
+            str(isDark ? "/jobboard-dark.png" : "/jobboard.png")));
         QCOMPARE(board.table->palette().base() != Qt::white, isDark);
         board.press(Tool::DarkLook);
     }
@@ -178,22 +179,26 @@ void tst_JobBoard::manyJobsAndFailure()
     std::string error;
     QVERIFY(TQCreateGeneratedStore(url.constData(), 20000, {}, error));
     Board board(url);
-    qint64 longest = 0;  // turn of the event loop
+    qint64 first = 0;  // turn of the event loop, with rows
+    qint64 longest = 0;
     QString preferred;
     while (!board.isLoaded()) {
         const qint64 before = work();
         QCoreApplication::processEvents();
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        longest = std::max(longest, work() - before);
         if (preferred.isEmpty() && board.rows() > 0) {
+            board.table->viewport()->repaint();
+            first = work() - before;
             const auto *sources = board.sources->model();
             const QModelIndex outputs = sources->index(1, 0);
             const QModelIndex last = sources->index(sources->rowCount(outputs) - 1, 0, outputs);
             preferred = last.data().toString();
             click(board.sources, last);
         }
+        longest = std::max(longest, work() - before);
     }
-    QVERIFY2(longest <= 200 * TQXML_SLOWNESS, qPrintable(QString::number(longest)));
+    QVERIFY2(first <= 200 * TQXML_SLOWNESS, qPrintable(QString::number(first)));
+    QVERIFY2(longest <= 400 * TQXML_SLOWNESS, qPrintable(QString::number(longest)));
     QFile status(str("/proc/self/status"));
     QVERIFY(status.open(QIODevice::ReadOnly));
     const QString peak = QString::fromUtf8(status.readAll()).section(str("VmHWM:"), 1);
