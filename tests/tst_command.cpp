@@ -18,7 +18,7 @@ on_full_disk() {  # or under a limit for files, where none may be mounted
     if unshare -rm mount -t tmpfs none folder 2>/dev/null; then
         unshare -rm sh -c 'mount -t tmpfs -o size=1600k none folder && cp store.db large.icc folder
             cd folder && { "$0" "$@"; code=$?; cmp store.db ../store.db && [ $(ls | wc -l) = 2 ] &&
-            exit $code; }' "$0" "$@"
+            exit $code; exit 9; }' "$0" "$@"
     else trap '' XFSZ; ulimit -f 300; tqxml "$@"; fi
 }
 as_stranger() { setpriv $(test $(id -u) != 0 || echo --bounding-set=-all) "$0" "$@"; }
@@ -35,7 +35,8 @@ readers() {  # while one writes
 
 constexpr char PREPARE[] = R"sh(
 tqxml init store.db && for name in locked newer readonly; do cp store.db $name.db; done
-head -c 99999 store.db >cut.db; head -c -1 store.db >end.db; head -c 5000 $ICC/ITULab.icc >text.db; : >empty.db; mkdir folder
+head -c 99999 store.db >cut.db; head -c -1 store.db >end.db
+head -c 5000 $ICC/ITULab.icc >text.db; : >empty.db; mkdir folder
 head -c 100 $ICC/Gray.icc >short.icc; chmod 444 readonly.db
 cp $ICC/ITULab.icc large.icc
 cat $ICC/Gray.icc text.db >long.icc; sed s/acsp/pcsa/ $ICC/Gray.icc >unsigned.icc

@@ -30,6 +30,12 @@ size_t untilFailure = 0;  // calls until then; 0 for never
 size_t blocks = 0;  // allocated and not freed
 bool failsInQt = false;  // malloc(), not operator new
 
+bool isLibrary(const Dl_info &info)
+{
+    const char *file = strrchr(info.dli_fname, '/');  // folders may have its name, too
+    return file && strncmp(file, "/libtqxml", 9) == 0;
+}
+
 [[maybe_unused]] bool isQtForLibrary()
 {
     void *frames[24];
@@ -37,14 +43,16 @@ bool failsInQt = false;  // malloc(), not operator new
     bool isQt = false;
     for (int i = 0; i < count; ++i) {
         Dl_info info;
-        const char *file = dladdr(frames[i], &info) ? strrchr(info.dli_fname, '/') : nullptr;
-        if (file && strstr(file, "Core.so")) {
+        if (dladdr(frames[i], &info) == 0) {
+            return false;
+        }
+        if (strstr(info.dli_fname, "Core.so")) {
             isQt = true;
             if (info.dli_sname && strstr(info.dli_sname, "QObject")) {
                 return false;
             }
-        } else if (isQt || !file || !strstr(file, "tst_memory")) {
-            return isQt && file && strncmp(file, "/libtqxml", 9) == 0;
+        } else if (isQt || !strstr(info.dli_fname, "tst_memory")) {
+            return isQt && isLibrary(info);
         }
     }
     return false;
@@ -68,10 +76,8 @@ void *allocate(size_t size, const void *caller)
     bool fails = false;
     if (untilFailure > 0 && !failsInQt && dladdr(caller, &info) != 0) {
         const char *symbol = info.dli_sname ? info.dli_sname : "";
-        const char *file =
-            strrchr(info.dli_fname, '/');  // folders may have the library's name, too
-        fails = ((file && strncmp(file, "/libtqxml", 9) == 0) || strstr(symbol, "QObjectC") ||
-                    strstr(symbol, "getAndRef") || strstr(symbol, "deleteLater")) &&
+        fails = (isLibrary(info) || strstr(symbol, "QObjectC") || strstr(symbol, "getAndRef") ||
+                    strstr(symbol, "deleteLater")) &&
             --untilFailure == 0;
     }
     void *block = fails ? nullptr : std::malloc(size + 1);

@@ -127,9 +127,10 @@ void PacketLog::add(Direction direction, XMLPacket &packet)
         row.last()->setToolTip(text);
     }
     row[Size]->setTextAlignment(RIGHT);
-    row[Time]->setData(qCompress(beginning.text(), FASTEST), TEXT_ROLE);
+    const QByteArray text = qCompress(beginning.text(), FASTEST);
+    row[Time]->setData(text, TEXT_ROLE);
     insertRow(0, row);
-    m_kept += int(kept(0).size());
+    m_kept += int(text.size());
     while (rowCount() > MAX_PACKETS || m_kept > MAX_KEPT) {
         dropOldest();
     }

@@ -15,7 +15,7 @@ WholeRows::WholeRows(QAbstractScrollArea *view, QWidget *parent) : QFrame(parent
     view->viewport()->installEventFilter(this);
     if (const auto *items = qobject_cast<QAbstractItemView *>(view)) {
         connect(items->model(), &QAbstractItemModel::rowsInserted, this, [this] {
-            if (m_row == 0) {
+            if (m_rowHeight == 0) {
                 fit();
             }
         });
@@ -53,8 +53,9 @@ int WholeRows::rowHeight() const
 
 void WholeRows::fit()
 {
-    m_row = std::max(m_row, rowHeight());
+    m_rowHeight = std::max(m_rowHeight, rowHeight());
     const int others = m_view->height() - m_view->viewport()->height();
     const int room = std::max(0, contentsRect().height() - others);
-    m_view->setGeometry(contentsRect().adjusted(0, 0, 0, m_row > 0 ? -(room % m_row) : 0));
+    m_view->setGeometry(
+        contentsRect().adjusted(0, 0, 0, m_rowHeight > 0 ? -(room % m_rowHeight) : 0));
 }

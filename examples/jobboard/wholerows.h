@@ -26,7 +26,7 @@ private:
     void fit();
 
     QAbstractScrollArea *m_view;  // child
-    int m_row = 0;  // height; 0 until there is a row
+    int m_rowHeight = 0;  // 0 until there is a row
 };
 
 #endif

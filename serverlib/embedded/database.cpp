@@ -129,6 +129,7 @@ std::optional<StoreAddress> StoreAddress::parse(const char *url, QString &error)
         error = QStringLiteral("no database is named");
         return {};
     }
+    // A path with "://" is a URL of another kind, which the command takes for a path.
     if (!text.startsWith(file) || text.indexOf(QLatin1String("://"), file.size()) >= 0) {
         error = QStringLiteral("%1: not a database URL (sqlite:PATH, sqlite::memory: or "
                                "postgresql://USER@HOST:PORT/DB)")
@@ -209,8 +210,7 @@ bool Database::checkSchema()
         return false;
     }
     if (version.toInt() == SCHEMA_VERSION) {
-        return hasWholePages() ||
-            fail(m_address.label() + QStringLiteral(": database disk image is malformed"));
+        return hasWholePages();
     }
     const QString reason = version.isNull()
         ? QStringLiteral("not a store of this system")
@@ -224,8 +224,15 @@ bool Database::checkSchema()
 // followed, with rows missing in what it lists.
 bool Database::hasWholePages()
 {
-    const qint64 size = m_address.isFile() ? QFileInfo(m_address.path).size() : 0;
-    return size == 0 || size % valueOf(QStringLiteral("PRAGMA page_size")).toInt() == 0;
+    if (!m_address.isFile()) {
+        return true;
+    }
+    const int pageSize = valueOf(QStringLiteral("PRAGMA page_size")).toInt();
+    if (pageSize == 0) {
+        return false;  // the statement failed
+    }
+    return QFileInfo(m_address.path).size() % pageSize == 0 ||
+        fail(m_address.label() + QStringLiteral(": database disk image is malformed"));
 }
 
 bool Database::recover()
