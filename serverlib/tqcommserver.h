@@ -8,6 +8,10 @@
 ///
 /// Queries return lists of records, which the caller frees with TQPacketFreeList(), or null when
 /// there are none or the query failed; iserror() tells the two apart.
+///
+/// Whoever gets an answer that took several queries, such as a reply of the server bridge, compares
+/// failures() before the request with failures() after the reply: when the number has grown, the
+/// answer may be short.
 class TQSERVER_EXPORT TQCommServer
 {
 public:
@@ -43,8 +47,11 @@ public:
     ArchiveNode *getArchiveNode(TQLPCOMMANDS &command, ZQ_MESSAGE_ID &message, PACKETDATATYPES type,
         const TQKEY_ELEMENT &key);
 
-    /// What went wrong last, as one line of UTF-8; empty when nothing did. Owned by the connection,
-    /// valid until the next call on it.
+    /// How many queries of this connection have failed, loading of an ICC profile's bytes included;
+    /// a connection that could not be opened starts with one. Never goes back.
+    unsigned int failures() const;
+    /// Why the last of them failed, as one line of UTF-8; empty when none did. A later success does
+    /// not clear it. Owned by the connection, valid until the next call on it.
     const char *errorText() const;
 
 private:

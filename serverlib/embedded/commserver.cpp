@@ -164,11 +164,13 @@ struct __attribute__((visibility("hidden"))) TQCommServer::Connection
     // Starts a command; false, with the command failed, when the store cannot be reached.
     bool start(TQLPCOMMANDS &record, ZQ_MESSAGE_ID &message, Command command);
     void finish(TQLPCOMMANDS &record, bool succeeded);
+    void fail();
     TQLISTRECORD *list(TQLPCOMMANDS &record, PACKETDATATYPES type, const Selection &selection,
         const QVariantList &values);
 
     Database database;
-    QByteArray error;
+    QByteArray error;  // of the last failure
+    unsigned failures = 0;
     unsigned messages = 0;
 };
 
@@ -201,7 +203,15 @@ bool TQCommServer::Connection::start(TQLPCOMMANDS &record, ZQ_MESSAGE_ID &messag
 void TQCommServer::Connection::finish(TQLPCOMMANDS &record, bool succeeded)
 {
     record.status = succeeded ? Succeeded : Failed;
-    error = succeeded ? QByteArray() : database.error().toUtf8();
+    if (!succeeded) {
+        fail();
+    }
+}
+
+void TQCommServer::Connection::fail()
+{
+    ++failures;
+    error = database.error().toUtf8();
 }
 
 TQLISTRECORD *TQCommServer::Connection::list(TQLPCOMMANDS &record, PACKETDATATYPES type,
@@ -215,7 +225,7 @@ TQLISTRECORD *TQCommServer::Connection::list(TQLPCOMMANDS &record, PACKETDATATYP
 TQCommServer::TQCommServer(const char *url) : m_connection(new Connection)
 {
     if (!m_connection->open(url ? url : "")) {
-        m_connection->error = m_connection->database.error().toUtf8();
+        m_connection->fail();
     }
 }
 
@@ -279,4 +289,10 @@ ArchiveNode *TQCommServer::getArchiveNode(
     return archivist.failed() ? nullptr : node.release();
 }
 
+unsigned int TQCommServer::failures() const { return m_connection->failures; }
+
 const char *TQCommServer::errorText() const { return m_connection->error.constData(); }
+
+TQReadTransaction::TQReadTransaction(TQCommServer &) : m_connection(0) {}
+
+TQReadTransaction::~TQReadTransaction() = default;

@@ -1,7 +1,7 @@
 #ifndef TQSTORE_H
 #define TQSTORE_H
 
-#include "tqtypes.h"
+#include "tqcommserver.h"
 
 #include <stddef.h>
 
@@ -10,9 +10,27 @@
 #include <vector>
 
 /// \file
-/// Making and filling stores. Every operation is all or nothing, also when the process is killed
+/// Making and filling stores, and reading them at one moment. Every operation is all or nothing, also when the process is killed
 /// on the way. Each answers false on failure, with one line of UTF-8 in error, and needs a
 /// QCoreApplication, like the connection itself.
+
+/// While it lives, all queries of a connection see the store as it was at the first of them,
+/// whatever others change meanwhile, and hold nobody up.
+///
+/// When one of the queries fails, the rest fail, too, until the transaction ends: what they would
+/// find could be of another moment. One within another belongs to the outer one. Use it in the
+/// connection's thread, and end it before the connection's; one that is left over then does nothing.
+class TQSERVER_EXPORT TQReadTransaction
+{
+public:
+    explicit TQReadTransaction(TQCommServer &server);
+    ~TQReadTransaction();
+    TQReadTransaction(const TQReadTransaction &) = delete;
+    TQReadTransaction &operator=(const TQReadTransaction &) = delete;
+
+private:
+    unsigned long long m_connection;  // its number in the thread; 0 for none
+};
 
 /// Told how many of how many rows or files are done; on false the work stops, fails, and leaves
 /// everything as it was. May be empty.

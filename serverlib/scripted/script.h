@@ -69,6 +69,7 @@ struct Script
     std::set<const void *> buffers;
     std::set<const void *> items;
     int wrongFrees = 0;
+    unsigned int failures = 0;  ///< queries that failed
 
     bool isFaulty(const char *call, const std::string &how = "null") const
     {
