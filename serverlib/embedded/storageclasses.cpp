@@ -4,6 +4,8 @@
 #include <iterator>
 #include <map>
 #include <memory>
+#include <mutex>
+#include <shared_mutex>
 
 namespace {
 
@@ -114,38 +116,55 @@ std::vector<TQSTORAGEFIELD> specimenFields()
     return fields;
 }
 
-using Registry = std::map<unsigned, std::unique_ptr<StorageClass>>;
+using Classes = std::map<unsigned, std::unique_ptr<StorageClass>>;
 
-Registry builtinRegistry()
+Classes builtinClasses()
 {
-    Registry registry;
+    Classes classes;
     for (const Builtin &builtin : BUILTINS) {
-        registry[builtin.type] =
+        classes[builtin.type] =
             std::make_unique<StorageClass>(builtin.type, builtin.fields, builtin.count);
     }
     const std::vector<TQSTORAGEFIELD> specimen = specimenFields();
-    registry[PACKETDATATYPE_SPECIMEN] =
+    classes[PACKETDATATYPE_SPECIMEN] =
         std::make_unique<StorageClass>(PACKETDATATYPE_SPECIMEN, specimen.data(), specimen.size());
-    return registry;
+    return classes;
 }
 
-Registry &registry()
+// What comes with the library never changes, and needs no lock.
+const Classes &builtins()
 {
-    static Registry known = builtinRegistry();
+    static const Classes known = builtinClasses();
     return known;
+}
+
+// What applications register, in whichever thread.
+struct Registered
+{
+    std::shared_mutex mutex;
+    Classes classes;
+};
+
+Registered &registered()
+{
+    static Registered known;
+    return known;
+}
+
+StorageClass *findIn(const Classes &classes, PACKETDATATYPES type)
+{
+    const auto found = classes.find(type);
+    return found == classes.end() ? nullptr : found->second.get();
 }
 
 StorageClass *lookUp(PACKETDATATYPES type)
 {
-    const auto found = registry().find(type);
-    return found == registry().end() ? nullptr : found->second.get();
-}
-
-bool isBuiltin(PACKETDATATYPES type)
-{
-    return type == PACKETDATATYPE_SPECIMEN ||
-        std::any_of(std::begin(BUILTINS), std::end(BUILTINS),
-            [type](const Builtin &builtin) { return builtin.type == type; });
+    StorageClass *const builtin = findIn(builtins(), type);
+    if (builtin) {
+        return builtin;
+    }
+    const std::shared_lock lock(registered().mutex);
+    return findIn(registered().classes, type);
 }
 
 bool isUsable(const TQSTORAGEFIELD *fields, size_t count)
@@ -200,17 +219,19 @@ CONVERTSTRUCTELEMENTINFO *TQGetSystemStorageClassConv(PACKETDATATYPES type)
 
 bool TQRegisterStorageClass(PACKETDATATYPES type, const TQSTORAGEFIELD *fields, size_t count)
 {
-    if (type == PACKETDATATYPE_NONE || type == PACKETDATATYPE_UNCONVERTED || lookUp(type) ||
-        (count > 0 && !fields) || !isUsable(fields, count)) {
+    if (type == PACKETDATATYPE_NONE || type == PACKETDATATYPE_UNCONVERTED ||
+        findIn(builtins(), type) || (count > 0 && !fields) || !isUsable(fields, count)) {
         return false;
     }
-    registry()[type] = std::make_unique<StorageClass>(type, fields, count);
-    return true;
+    auto added = std::make_unique<StorageClass>(type, fields, count);
+    const std::unique_lock lock(registered().mutex);
+    return registered().classes.emplace(type, std::move(added)).second;
 }
 
 bool TQUnregisterStorageClass(PACKETDATATYPES type)
 {
-    return !isBuiltin(type) && registry().erase(type) > 0;
+    const std::unique_lock lock(registered().mutex);
+    return registered().classes.erase(type) > 0;
 }
 
 const char *TQFieldHeading(PACKETDATATYPES type, unsigned int tag)

@@ -7,7 +7,8 @@
 
 /// \file
 /// Storage classes: which fields the items of a data type have. A new data type is a table of
-/// fields, not a class.
+/// fields, not a class. Any thread may call these functions; forget a type only when no thread
+/// has items of it or uses its conversion table.
 
 /// The specimen: its table has every element type code from 1 to 31 at each of the widths 1, 2, 4
 /// and 8. The tag of a field is 256 times its code plus its width.
