@@ -3,6 +3,8 @@
 
 #include "tqtypes.h"
 
+class ICCPROFILEDATA_CC;
+
 /// Sub-record of an output item (data type 8).
 struct TQSUBRECORD
 {
@@ -60,6 +62,7 @@ public:
     char *name;  ///< owned, change it with setName(); null when none was set
 
 private:
+    friend class ICCPROFILEDATA_CC;  // loads from where its item came from
     struct Fields;
     Fields *m_fields;  // owned; the implementation's own
 };

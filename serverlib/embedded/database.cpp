@@ -1,186 +1,180 @@
 #include "database_p.h"
 
-#include "rows_p.h"
-#include "storageclass_p.h"
-
 #include <QCoreApplication>
+#include <QDateTime>
 #include <QFileInfo>
 #include <QRegularExpression>
+#include <QSqlDriver>
 #include <QSqlError>
 #include <QUrl>
 
-#include <algorithm>
-#include <vector>
+#include <atomic>
+
+#include <libpq-fe.h>
 
 namespace {
 
-constexpr int DEFAULT_PORT = 5432;
-constexpr const char *SQLITE_OPTIONS = "QSQLITE_OPEN_URI;QSQLITE_BUSY_TIMEOUT=3000";
-// The client library would print notices on standard error.
-constexpr const char *POSTGRESQL_OPTIONS =
-    "connect_timeout=5;options='-c client_min_messages=error'";
+// Errors of SQLite, without what extends them.
+constexpr int SQLITE_READONLY = 8;
+constexpr int SQLITE_CANTOPEN = 14;
 
-// Every store that items can load more from.
-std::vector<Database *> &published()
+// The name that SQLite opens a file by.
+QString fileName(const StoreAddress &address, const char *mode)
 {
-    static std::vector<Database *> databases;
-    return databases;
-}
-
-// The name that SQLite opens an existing file, or for create also a missing one, by.
-QString sqliteName(const StoreAddress &address, bool create)
-{
-    if (address.isMemory()) {
-        return QStringLiteral(":memory:");
-    }
-    const QString path = QFileInfo(address.path).absoluteFilePath();
-    return QStringLiteral("file:") + QString::fromLatin1(QUrl::toPercentEncoding(path, "/")) +
-        (create ? QStringLiteral("?mode=rwc") : QStringLiteral("?mode=rw"));
+    return QStringLiteral("file:") +
+        QString::fromLatin1(QUrl::toPercentEncoding(address.path, "/")) + QStringLiteral("?mode=") +
+        QLatin1String(mode);
 }
 
 QString missing(const StoreAddress &address)
 {
     const QFileInfo file(address.path);
     if (!file.exists()) {
-        return QStringLiteral("%1: no such file").arg(address.path);
+        return QStringLiteral("no such file");
     }
-    return file.isFile() ? QString() : QStringLiteral("%1: not a file").arg(address.path);
+    return file.isFile() ? QString() : QStringLiteral("not a file");
 }
 
-// What messages say of a URL that may hold a password.
-QString withoutPassword(QString url)
+// Changes with every change of the file, and while somebody has it open to write.
+QString stampOf(const QString &path)
 {
-    static const QRegularExpression password(
-        QStringLiteral("(://[^:]*:).*@"), QRegularExpression::DotMatchesEverythingOption);
-    return url.replace(password, QStringLiteral("\\1...@"));
+    const QFileInfo file(path);
+    return QStringLiteral("%1 %2 %3")
+        .arg(file.size())
+        .arg(file.lastModified().toMSecsSinceEpoch())
+        .arg(QFileInfo::exists(path + QLatin1String("-wal")) ? 1 : 0);
 }
 
-std::optional<StoreAddress> parseNetwork(const QString &text, QString &error)
+// Null when the driver has no connection of libpq's. Its type has another name on each Qt line.
+PGconn *connectionOf(const QSqlDatabase &database)
 {
-    const QUrl url(text, QUrl::StrictMode);
-    StoreAddress address;
-    address.dialect = &POSTGRESQL;
-    address.host = url.host();
-    address.port = url.port(DEFAULT_PORT);
-    address.user = url.userName(QUrl::FullyDecoded);
-    address.database = url.path(QUrl::FullyDecoded).mid(1);
-    if (!url.password().isEmpty()) {
-        error = QStringLiteral("no password in a database URL, please: set PGPASSWORD");
-    } else if (!url.isValid() || address.host.isEmpty() || address.database.isEmpty() ||
-        url.hasQuery() || url.hasFragment()) {
-        error = QStringLiteral("%1: not of the form postgresql://USER@HOST:PORT/DB")
-                    .arg(withoutPassword(text));
-    } else {
-        return address;
-    }
-    return {};
+    const QVariant handle = database.driver()->handle();
+    const QByteArray type = handle.typeName();
+    return type == "PGconn*" || type == "pg_conn*"
+        ? *static_cast<PGconn *const *>(handle.constData())
+        : nullptr;
 }
 
-// Keeps what Qt says about statements of a lost connection off standard error. Messages of other
-// threads go where they always went.
-class Silence
+// A value as part of a statement.
+QString literal(PGconn *connection, const QVariant &value)
 {
-public:
-    Silence()
-    {
-        silent = true;
-        previous = qInstallMessageHandler(pass);
+    if (value.isNull()) {
+        return QStringLiteral("NULL");
     }
-    ~Silence()
-    {
-        qInstallMessageHandler(previous);
-        silent = false;
+    if (value.userType() == QMetaType::QByteArray) {
+        return QStringLiteral("decode('%1', 'hex')")
+            .arg(QString::fromLatin1(value.toByteArray().toHex()));
     }
-    Silence(const Silence &) = delete;
-    Silence &operator=(const Silence &) = delete;
-
-private:
-    static void pass(QtMsgType type, const QMessageLogContext &context, const QString &text)
-    {
-        if (!silent && previous) {
-            previous(type, context, text);
-        }
+    if (value.userType() != QMetaType::QString) {
+        return value.toString();
     }
+    const QByteArray text = value.toString().toUtf8();
+    char *const quoted = PQescapeLiteral(connection, text.constData(), size_t(text.size()));
+    const QString result = QString::fromUtf8(quoted);
+    PQfreemem(quoted);
+    return result;
+}
 
-    static thread_local bool silent;
-    static QtMessageHandler previous;
-};
+// The statement with "$1", "$2" ... in place of its "?".
+QString numbered(const QString &statement)
+{
+    const QStringList parts = statement.split(QLatin1Char('?'));
+    QString text = parts.first();
+    for (int i = 1; i < int(parts.size()); ++i) {
+        text += QLatin1Char('$') + QString::number(i) + parts.at(i);
+    }
+    return text;
+}
 
-thread_local bool Silence::silent = false;
-QtMessageHandler Silence::previous = nullptr;
-
+// The cause alone: no severity, no part of a statement, no code.
 QString oneLine(const QSqlError &error)
 {
+    static const QRegularExpression severity(QStringLiteral("^(ERROR|FATAL|PANIC): +"));
+    static const QRegularExpression behind(
+        QStringLiteral("( at character \\d+)?( LINE \\d+: .*)?( ?\\([0-9A-Z]{5}\\))?$"));
     const QString text = error.databaseText().isEmpty() ? error.driverText() : error.databaseText();
-    const QString line = text.simplified();
+    const QString line = text.simplified().remove(severity).remove(behind);
     return line.isEmpty() ? QStringLiteral("database error") : line;
 }
 
 }  // namespace
 
-std::optional<StoreAddress> StoreAddress::parse(const char *url, QString &error)
-{
-    const QString text = QString::fromUtf8(url);
-    const QString file = QStringLiteral("sqlite:");
-    if (text.startsWith(QLatin1String("postgresql://"))) {
-        return parseNetwork(text, error);
-    }
-    if (text == file) {
-        error = QStringLiteral("no database is named");
-        return {};
-    }
-    // A path with "://" is a URL of another kind, which the command takes for a path.
-    if (!text.startsWith(file) || text.indexOf(QLatin1String("://"), file.size()) >= 0) {
-        error = QStringLiteral("%1: not a database URL (sqlite:PATH, sqlite::memory: or "
-                               "postgresql://USER@HOST:PORT/DB)")
-                    .arg(withoutPassword(text));
-        return {};
-    }
-    StoreAddress address;
-    address.dialect = &SQLITE;
-    address.path = text.mid(file.size());
-    if (address.path == QLatin1String(":memory:")) {
-        address.path.clear();
-    }
-    return address;
-}
-
-Database::~Database()
-{
-    std::vector<Database *> &known = published();
-    known.erase(std::remove(known.begin(), known.end(), this), known.end());
-    close();
-}
-
 bool Database::open(const StoreAddress &address, bool create)
 {
-    static int connections = 0;
     m_address = address;
     m_error.clear();
-    const QString driver = QLatin1String(address.dialect->driver);
+    m_stamp.clear();
     if (!QCoreApplication::instance()) {
         return fail(QStringLiteral("a database needs a QCoreApplication"));
     }
-    if (!QSqlDatabase::isDriverAvailable(driver)) {
-        return fail(QStringLiteral("Qt has no database driver %1").arg(driver));
+    if (!QSqlDatabase::isDriverAvailable(QLatin1String(address.dialect->driver))) {
+        return fail(QStringLiteral("Qt has no database driver %1")
+                        .arg(QLatin1String(address.dialect->driver)));
     }
-    if (address.isFile() && !create && !missing(address).isNull()) {
-        return fail(missing(address));
-    }
+    return address.dialect == &SQLITE ? openFile(create) : openServer();
+}
+
+bool Database::connect(const QString &databaseName)
+{
+    static std::atomic<int> connections { 0 };
+    close();
     m_connection = QStringLiteral("tqserver-%1").arg(++connections);
-    m_sql = QSqlDatabase::addDatabase(driver, m_connection);
-    if (address.dialect == &SQLITE) {
-        m_sql.setDatabaseName(sqliteName(address, create));
-        m_sql.setConnectOptions(QLatin1String(SQLITE_OPTIONS));
-    } else {
-        m_sql.setDatabaseName(address.database);
-        m_sql.setHostName(address.host);
-        m_sql.setPort(address.port);
-        m_sql.setUserName(address.user);
-        m_sql.setConnectOptions(QLatin1String(POSTGRESQL_OPTIONS));
-    }
+    m_sql = QSqlDatabase::addDatabase(QLatin1String(m_address.dialect->driver), m_connection);
+    m_sql.setDatabaseName(databaseName);
+    m_sql.setHostName(m_address.host);
+    m_sql.setUserName(m_address.user);
+    m_sql.setConnectOptions(m_address.dialect == &SQLITE
+            ? QStringLiteral("QSQLITE_OPEN_URI;QSQLITE_BUSY_TIMEOUT=%1").arg(m_address.busyTimeout)
+            : m_address.options);
     m_suspect = !m_sql.open();
     return !m_suspect || failed(m_sql.lastError());
+}
+
+bool Database::openFile(bool create)
+{
+    m_server = { "localhost", 0 };
+    if (m_address.isMemory()) {
+        return connect(QStringLiteral(":memory:"));
+    }
+    const QString reason = create ? QString() : missing(m_address);
+    if (!reason.isNull()) {
+        return fail(QStringLiteral("%1: %2").arg(m_address.label(), reason));
+    }
+    if (!connect(fileName(m_address, create ? "rwc" : "rw"))) {
+        return false;
+    }
+    // Readers mark where they read in a file beside the store. Who may not write there reads
+    // without, as long as nobody else has the store open; see isUntouched().
+    QSqlQuery query(m_sql);
+    if (query.exec(QStringLiteral("SELECT count(*) FROM sqlite_master"))) {
+        return true;
+    }
+    const int code = query.lastError().nativeErrorCode().toInt() & 0xff;
+    query.clear();
+    m_stamp = stampOf(m_address.path);
+    if ((code != SQLITE_CANTOPEN && code != SQLITE_READONLY) ||
+        !m_stamp.endsWith(QLatin1Char('0'))) {
+        m_stamp.clear();
+        return true;  // what is asked first meets the error again, and says it
+    }
+    return connect(fileName(m_address, "ro&immutable=1"));
+}
+
+bool Database::openServer()
+{
+    if (!connect(m_address.database)) {
+        return false;
+    }
+    PGconn *const connection = connectionOf(m_sql);
+    if (!connection) {
+        return fail(QStringLiteral("Qt's database driver has no libpq connection"));
+    }
+    PQsetNoticeReceiver(
+        connection, [](void *, const PGresult *) {}, nullptr);  // else on stderr
+    PQsetErrorVerbosity(connection, PQERRORS_TERSE);
+    m_watchdog = std::make_unique<Watchdog>(PQsocket(connection), m_address.responseTimeout);
+    m_server = { PQhost(connection), QByteArray(PQport(connection)).toInt() };
+    return true;
 }
 
 void Database::close()
@@ -188,11 +182,11 @@ void Database::close()
     if (m_connection.isNull()) {
         return;
     }
-    const Silence silence;
-    m_queries.clear();
+    m_statements.clear();
     m_sql = QSqlDatabase();
     QSqlDatabase::removeDatabase(m_connection);
     m_connection = QString();
+    m_watchdog.reset();
 }
 
 bool Database::hasSchema()
@@ -217,7 +211,7 @@ bool Database::checkSchema()
         : QStringLiteral("the store has version %1, this library knows version %2")
               .arg(version.toString())
               .arg(SCHEMA_VERSION);
-    return fail(m_address.label() + QStringLiteral(": ") + reason);
+    return fail(QStringLiteral("%1: %2").arg(m_address.label(), reason));
 }
 
 // SQLite finds pages missing at the end of a file, but reads one that is cut off as if zeros
@@ -240,27 +234,52 @@ bool Database::recover()
     if (!m_suspect || m_address.isMemory()) {
         return true;
     }
-    close();
     return open(m_address, false) && checkSchema();
 }
 
-QSqlQuery *Database::run(const QString &statement, const QVariantList &values)
+bool Database::prepare(const QString &text, Statement &statement)
 {
-    auto found = m_queries.find(statement);
-    if (found == m_queries.end()) {
-        QSqlQuery query(m_sql);
-        query.setForwardOnly(true);
-        if (!query.prepare(statement)) {
-            failed(query.lastError());
+    statement.query.setForwardOnly(true);
+    if (m_address.dialect == &SQLITE) {
+        return statement.query.prepare(text);
+    }
+    // Not by QtSql, which warns when it frees a statement of a connection that is lost.
+    statement.name = QStringLiteral("tq%1").arg(m_statements.size());
+    return statement.query.exec(
+        QStringLiteral("PREPARE ") + statement.name + QStringLiteral(" AS ") + numbered(text));
+}
+
+QSqlQuery *Database::run(const QString &text, const QVariantList &values)
+{
+    const Watchdog::Wait wait(m_watchdog.get());
+    auto found = m_statements.find(text);
+    if (found == m_statements.end()) {
+        Statement statement { QSqlQuery(m_sql), QString() };
+        if (!prepare(text, statement)) {
+            failed(statement.query.lastError());
             return nullptr;
         }
-        found = m_queries.emplace(statement, std::move(query)).first;
+        found = m_statements.emplace(text, std::move(statement)).first;
     }
-    QSqlQuery &query = found->second;
-    for (int i = 0; i < values.size(); ++i) {
-        query.bindValue(i, values.at(i));
+    const Statement &statement = found->second;
+    QSqlQuery &query = found->second.query;
+    bool isDone = false;
+    if (m_address.dialect == &SQLITE) {
+        for (int i = 0; i < values.size(); ++i) {
+            query.bindValue(i, values.at(i));
+        }
+        isDone = query.exec();
+    } else {
+        QStringList literals;
+        for (const QVariant &value : values) {
+            literals += literal(connectionOf(m_sql), value);
+        }
+        isDone = query.exec(QStringLiteral("EXECUTE ") + statement.name +
+            (literals.isEmpty()
+                    ? QString()
+                    : QLatin1Char('(') + literals.join(QLatin1Char(',')) + QLatin1Char(')')));
     }
-    if (!query.exec()) {
+    if (!isDone) {
         failed(query.lastError());
         query.finish();
         return nullptr;
@@ -268,34 +287,76 @@ QSqlQuery *Database::run(const QString &statement, const QVariantList &values)
     return &query;
 }
 
+bool Database::next(QSqlQuery &query)
+{
+    const Watchdog::Wait wait(m_watchdog.get());
+    return query.next();
+}
+
 bool Database::finish(QSqlQuery &query)
 {
+    const Watchdog::Wait wait(m_watchdog.get());
     const QSqlError error = query.lastError();
     query.finish();  // an unfinished query keeps the store locked
-    return !error.isValid() || failed(error);
+    return error.isValid() ? failed(error) : isUntouched();
+}
+
+std::optional<QVariant> Database::ask(const QString &statement, const QVariantList &values)
+{
+    QSqlQuery *query = run(statement, values);
+    if (!query) {
+        return {};
+    }
+    const QVariant value = next(*query) ? query->value(0) : QVariant();
+    return finish(*query) ? std::make_optional(value) : std::nullopt;
 }
 
 QVariant Database::valueOf(const QString &statement, const QVariantList &values)
 {
-    QSqlQuery *query = run(statement, values);
-    const QVariant value = query && query->next() ? query->value(0) : QVariant();
-    return query && finish(*query) ? value : QVariant();
+    return ask(statement, values).value_or(QVariant());
 }
 
 bool Database::execute(const QString &statement)
 {
+    const Watchdog::Wait wait(m_watchdog.get());
     QSqlQuery query(m_sql);
     return query.exec(statement) || failed(query.lastError());
 }
 
-bool Database::begin() { return m_sql.transaction() || failed(m_sql.lastError()); }
+bool Database::beginReading() { return execute(QLatin1String(m_address.dialect->beginReading)); }
+
+bool Database::beginWriting() { return execute(QLatin1String(m_address.dialect->beginWriting)); }
 
 bool Database::commit()
 {
-    for (auto &query : m_queries) {
-        query.second.finish();
+    for (auto &statement : m_statements) {
+        statement.second.query.finish();
     }
-    return m_sql.commit() || failed(m_sql.lastError());
+    return execute(QStringLiteral("COMMIT"));
+}
+
+void Database::rollback()
+{
+    const QString error = m_error;
+    const bool suspect = m_suspect;
+    for (auto &statement : m_statements) {
+        statement.second.query.finish();
+    }
+    if (!execute(QStringLiteral("ROLLBACK"))) {
+        m_error = error;  // that what made it necessary tells more
+    }
+    m_suspect = m_suspect || suspect;
+}
+
+// A store that is read without locks must stay as it was when it was opened.
+bool Database::isUntouched()
+{
+    if (m_stamp.isNull() || m_stamp == stampOf(m_address.path)) {
+        return true;
+    }
+    m_suspect = true;
+    return fail(
+        QStringLiteral("%1: the store was changed while it was read").arg(m_address.label()));
 }
 
 bool Database::fail(const QString &error)
@@ -307,41 +368,9 @@ bool Database::fail(const QString &error)
 bool Database::failed(const QSqlError &error)
 {
     m_suspect = true;
-    return fail(QStringLiteral("%1: %2").arg(m_address.label(), oneLine(error)));
-}
-
-void Database::publish()
-{
-    std::vector<Database *> &known = published();
-    m_host = m_address.dialect == &SQLITE ? "localhost" : m_address.host.toStdString();
-    m_port = m_address.port;
-    const auto isTaken = [&](int port) {
-        return std::any_of(known.begin(), known.end(), [&](const Database *other) {
-            return other->m_host == m_host && other->m_port == port;
-        });
-    };
-    while (m_address.dialect == &SQLITE && (m_port == 0 || isTaken(m_port))) {
-        ++m_port;
-    }
-    known.push_back(this);
-}
-
-std::optional<Database::FieldValue> Database::profileBytes(
-    const std::string &host, int port, const TQKEY_ELEMENT &key, const char *name)
-{
-    const StorageClass *profiles = storageClass(PACKETDATATYPE_ICCPROFILE);
-    const bool byKey = TQKEY_CC::isValid(key);
-    if (byKey ? key.hkey != profiles->type() : !name) {
-        return {};
-    }
-    const QVariant value = byKey ? QVariant(key.key) : QVariant(QString::fromUtf8(name));
-    for (Database *database : published()) {
-        const bool asked = database->m_host == host && database->m_port == port;
-        if (asked && database->recover()) {
-            if (auto field = readBinaryField(*database, *profiles, byKey ? "id" : "name", value)) {
-                return field;
-            }
-        }
-    }
-    return {};
+    const bool isSilent = m_watchdog && m_watchdog->hasBitten();
+    const QString reason = isSilent ? QStringLiteral("no answer from the server for %1 s")
+                                          .arg(double(m_watchdog->limit().count()) / 1000)
+                                    : oneLine(error);
+    return fail(QStringLiteral("%1: %2").arg(m_address.label(), reason));
 }

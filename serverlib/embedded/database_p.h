@@ -1,41 +1,28 @@
 #ifndef DATABASE_P_H
 #define DATABASE_P_H
 
-#include "schema_p.h"
-#include "tqtypes.h"
+#include "storeaddress_p.h"
+#include "watchdog_p.h"
 
 #include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QVariant>
 
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 
-// Where a store is.
-struct StoreAddress
-{
-    // None when the URL is not of a known form; error says why.
-    static std::optional<StoreAddress> parse(const char *url, QString &error);
-    bool isFile() const { return dialect == &SQLITE && !path.isEmpty(); }
-    bool isMemory() const { return dialect == &SQLITE && path.isEmpty(); }
-    // What messages call it.
-    const QString &label() const { return path.isEmpty() ? database : path; }
-
-    const Dialect *dialect = nullptr;
-    QString path;  // of a file; empty for a store in memory
-    QString host;
-    int port = 0;
-    QString user;
-    QString database;
-};
+class QSqlError;
 
 // An open store: a QtSql connection of its own, and its statements, each prepared once.
+//
+// It is for the thread that opened it. Several threads may each have databases of their own.
 class Database
 {
 public:
     Database() = default;
-    ~Database();
+    ~Database() { close(); }
     Database(const Database &) = delete;
     Database &operator=(const Database &) = delete;
 
@@ -48,53 +35,66 @@ public:
     // After a failure opens the store anew, since the connection may be lost.
     bool recover();
     const Dialect &dialect() const { return *m_address.dialect; }
+    const StoreAddress &address() const { return m_address; }
 
     // Runs a prepared statement; null when it fails. The query is the database's, valid until the
     // statement runs again.
     QSqlQuery *run(const QString &statement, const QVariantList &values = {});
+    // Goes to the next row of a query; false at the end and on failure.
+    bool next(QSqlQuery &query);
     // Ends a query; false when it failed among its rows.
     bool finish(QSqlQuery &query);
-    // The first column of the first row; null when there is none or the statement failed.
+    // The first column of the first row, null without a row; none when the statement failed.
+    std::optional<QVariant> ask(const QString &statement, const QVariantList &values = {});
+    // The same, and null when the statement failed.
     QVariant valueOf(const QString &statement, const QVariantList &values = {});
     // Runs a statement as it is.
     bool execute(const QString &statement);
-    bool begin();
+
+    // A transaction whose queries all see one state of the store and hold no writer up.
+    bool beginReading();
+    // A transaction that waits until no other one of this kind is open.
+    bool beginWriting();
     bool commit();
+    void rollback();
 
     // What failed last, one line.
     const QString &error() const { return m_error; }
     bool fail(const QString &error);
 
-    // Makes the store known under a host and port that no other open store has, as far as it can
-    // choose them.
-    void publish();
-    const std::string &host() const { return m_host; }
-    int port() const { return m_port; }
-
-    // The field that holds the bytes of the ICC profile with that key, or without a key with that
-    // name, from the store known under that host and port; none when there is no such store,
-    // profile, or byte.
-    struct FieldValue
+    // The server that the store is on.
+    struct Server
     {
-        unsigned tag;
-        std::string value;
+        std::string host;
+        int port;  // 0 for a store that no server has
     };
-    static std::optional<FieldValue> profileBytes(
-        const std::string &host, int port, const TQKEY_ELEMENT &key, const char *name);
+    const Server &server() const { return m_server; }
 
 private:
+    struct Statement
+    {
+        QSqlQuery query;
+        QString name;  // that a server knows it by
+    };
+
+    bool connect(const QString &databaseName);
+    bool openFile(bool create);
+    bool openServer();
     void close();
+    bool prepare(const QString &text, Statement &statement);
+    bool isUntouched();
     bool hasWholePages();
     bool failed(const QSqlError &error);
 
     StoreAddress m_address;
+    Server m_server { {}, 0 };
     bool m_suspect = false;  // a statement failed
     QString m_connection;  // name of the QtSql connection; null when there is none
     QSqlDatabase m_sql;
-    std::map<QString, QSqlQuery> m_queries;
+    std::map<QString, Statement> m_statements;
+    std::unique_ptr<Watchdog> m_watchdog;  // null for a store that no server has
+    QString m_stamp;  // of a file that is read without locks, when it was opened; null otherwise
     QString m_error;
-    std::string m_host;
-    int m_port = 0;
 };
 
 #endif

@@ -1,9 +1,10 @@
 #include "tqitems.h"
 
-#include "database_p.h"
 #include "elementcodes_p.h"
+#include "openstore_p.h"
 #include "packettext_p.h"
 #include "records_p.h"
+#include "rows_p.h"
 #include "storageclass_p.h"
 
 #include <cstdlib>
@@ -65,6 +66,22 @@ std::optional<TQDB_REFERENCE> keyReference(const TQSTORAGEFIELD &field, std::str
     return TQDB_REFERENCE { nullptr, field.refers, key, nullptr };
 }
 
+// The bytes of the profile with that key, or without one with that name.
+std::optional<BinaryField> readProfile(OpenStore &store, const TQKEY_ELEMENT &key, const char *name)
+{
+    const StorageClass *profiles = storageClass(PACKETDATATYPE_ICCPROFILE);
+    const bool byKey = TQKEY_CC::isValid(key);
+    if (byKey ? key.hkey != profiles->type() : !name) {
+        return {};
+    }
+    if (!store.reach()) {
+        store.fail();
+        return {};
+    }
+    return byKey ? readBinaryField(store, *profiles, "id", key.key)
+                 : readBinaryField(store, *profiles, "name", QString::fromUtf8(name));
+}
+
 }  // namespace
 
 // An item keeps its fields as the packet text that it was filled with, which was checked then.
@@ -72,6 +89,7 @@ struct TQPacketable::Fields
 {
     std::string text;  // empty: no field has a value
     Record *record = nullptr;  // what the fields were loaded from; owned
+    OpenStore::Number store = 0;  // that they came from; 0 when none is known
     std::vector<TQDB_REFERENCE> chain;
     std::deque<std::string> names;  // what the chain points at
 };
@@ -136,6 +154,7 @@ void TQPacketable::setData(unsigned char *record)
         m_fields->record = loaded;
     }
     const bool fits = loaded && isOfType(loaded, datatype);
+    m_fields->store = fits ? loaded->store : 0;
     m_fields->text = fits ? PacketText::makeItem(datatype, loaded->fields) : std::string();
     dbkey = fits ? loaded->key : TQKEY_CC::getNullKey();
     assignSubrecord(
@@ -178,6 +197,7 @@ TQPacketable &TQPacketable::operator=(const TQPacketable &other)
         datatype = other.datatype;
         dbkey = other.dbkey;
         assignText(name, other.name);
+        m_fields->store = other.m_fields->store;
         m_fields->text = other.m_fields->text;
     }
     return *this;
@@ -203,7 +223,9 @@ void ICCPROFILEDATA_CC::load(std::string &host, unsigned short port)
     {
         void operator()(char *buffer) const { TQ_free(buffer); }
     };
-    const auto bytes = Database::profileBytes(host, port, dbkey, name);
+    const OpenStore::Number number = m_fields->store;
+    OpenStore *const store = number != 0 ? OpenStore::find(number) : OpenStore::find(host, port);
+    const auto bytes = store ? readProfile(*store, dbkey, name) : std::nullopt;
     unsigned length = 0;
     const std::unique_ptr<char, Free> old(bytes ? toPacket(length) : nullptr);
     if (old) {

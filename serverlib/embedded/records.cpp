@@ -28,9 +28,9 @@ char *textOf(std::string &text) { return text.data(); }
 
 }  // namespace
 
-Record *Record::create(PACKETDATATYPES type)
+Record *Record::create(PACKETDATATYPES type, std::uint64_t store)
 {
-    return new Record { {}, type, TQKEY_CC::getNullKey(), {}, {}, 0, 0, {} };
+    return new Record { {}, type, store, TQKEY_CC::getNullKey(), {}, {}, 0, 0, {} };
 }
 
 Record *Record::of(const void *shown)

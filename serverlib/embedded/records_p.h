@@ -3,13 +3,14 @@
 
 #include "tqrecords.h"
 
+#include <cstdint>
 #include <string>
 
 // A list record with what the library keeps behind its declared part.
 struct Record
 {
-    // A record of an item of that type; free it with destroyRecord().
-    static Record *create(PACKETDATATYPES type);
+    // A record of an item of that type, from the store of that number; free it with destroy().
+    static Record *create(PACKETDATATYPES type, std::uint64_t store);
     // The record behind a declared part; null for null and for what this library did not make.
     static Record *of(const void *shown);
     static void destroy(Record *record);
@@ -21,6 +22,7 @@ struct Record
 
     alignas(8) unsigned char storage[sizeof(TQJOB)];  // the declared part, whichever it is
     PACKETDATATYPES type;  // of the item
+    std::uint64_t store;  // see OpenStore
     TQKEY_ELEMENT key;
     std::string name;
     std::string publication;

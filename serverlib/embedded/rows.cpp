@@ -119,9 +119,9 @@ QString selectStatement(const StorageClass &type, const Selection &selection)
         QLatin1String("A."), QLatin1String(source.alias) + QLatin1Char('.'));
 }
 
-Record *readRecord(const QSqlQuery &row, const StorageClass &type)
+Record *readRecord(const QSqlQuery &row, const StorageClass &type, OpenStore::Number store)
 {
-    Record *record = Record::create(type.type());
+    Record *record = Record::create(type.type(), store);
     record->key = { row.value(Id).toUInt(), type.type() };
     record->name = row.value(Name).toString().toStdString();
     record->publication = row.value(PublicationName).toString().toStdString();
@@ -142,17 +142,18 @@ Record *readRecord(const QSqlQuery &row, const StorageClass &type)
 
 }  // namespace
 
-bool readRecords(Database &database, const StorageClass &type, const Selection &selection,
+bool readRecords(OpenStore &store, const StorageClass &type, const Selection &selection,
     const QVariantList &values, TQLISTRECORD **list)
 {
     *list = nullptr;
+    Database &database = store.database();
     QSqlQuery *query = database.run(selectStatement(type, selection), values);
     if (!query) {
         return false;
     }
     TQLISTRECORD *last = nullptr;
-    while (query->next()) {
-        TQLISTRECORD *record = readRecord(*query, type)->shown();
+    while (database.next(*query)) {
+        TQLISTRECORD *record = readRecord(*query, type, store.number())->shown();
         if (last) {
             last->next = record;
         } else {
@@ -167,8 +168,8 @@ bool readRecords(Database &database, const StorageClass &type, const Selection &
     return true;
 }
 
-std::optional<Database::FieldValue> readBinaryField(
-    Database &database, const StorageClass &type, const char *column, const QVariant &value)
+std::optional<BinaryField> readBinaryField(
+    OpenStore &store, const StorageClass &type, const char *column, const QVariant &value)
 {
     for (const TQSTORAGEFIELD &field : type.fields()) {
         if (familyOf(field.type) != Family::Binary || !field.column) {
@@ -179,9 +180,13 @@ std::optional<Database::FieldValue> readBinaryField(
             QStringLiteral("SELECT %1 FROM %2 WHERE %3.%4 = ?")
                 .arg(QLatin1String(field.column), QLatin1String(source.tables),
                     QLatin1String(source.alias), QLatin1String(column));
-        const QByteArray bytes = database.valueOf(statement, { value }).toByteArray();
-        if (!bytes.isEmpty()) {
-            return Database::FieldValue { field.tag, binaryText(bytes) };
+        const std::optional<QVariant> bytes = store.database().ask(statement, { value });
+        if (!bytes) {
+            store.fail();
+            return {};
+        }
+        if (!bytes->isNull()) {
+            return BinaryField { field.tag, binaryText(bytes->toByteArray()) };
         }
     }
     return {};

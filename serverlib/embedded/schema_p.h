@@ -11,13 +11,17 @@ struct Dialect
     const char *blob;  // type of a column of bytes
     const char *collation;  // order of texts by their code points
     const char *hasSchema;  // query: 1 when the table of the schema's version is there
+    const char *beginReading;  // what a transaction begins with, see Database
+    const char *beginWriting;
 };
 
 inline constexpr Dialect SQLITE { "QSQLITE", "BLOB", "BINARY",
-    "SELECT count(*) FROM sqlite_master WHERE type = 'table' AND name = 'tq_schema'" };
+    "SELECT count(*) FROM sqlite_master WHERE type = 'table' AND name = 'tq_schema'", "BEGIN",
+    "BEGIN IMMEDIATE" };
 inline constexpr Dialect POSTGRESQL { "QPSQL", "BYTEA", "\"C\"",
     "SELECT count(*) FROM pg_tables WHERE tablename = 'tq_schema' "
-    "AND schemaname = ANY (current_schemas(false))" };
+    "AND schemaname = ANY (current_schemas(false))",
+    "BEGIN ISOLATION LEVEL REPEATABLE READ, READ ONLY", "BEGIN" };
 
 constexpr int SCHEMA_VERSION = 1;
 

@@ -323,7 +323,7 @@ void fillGenerated(Seeder &seeder, const GeneratedSizes &sizes)
 template<typename Fill>
 bool seed(Database &database, Fill fill)
 {
-    if (!database.begin()) {
+    if (!database.beginWriting()) {
         return false;
     }
     for (const QString &statement : schemaStatements(database.dialect())) {

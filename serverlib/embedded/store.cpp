@@ -205,8 +205,9 @@ bool TQImportProfiles(const char *url, const std::vector<std::string> &files,
         reason = QStringLiteral("a store in memory cannot be kept");
     } else if (address && readProfiles(files, profiles, reason)) {
         Database database;
-        imported = database.open(*address, false) && database.checkSchema() && database.begin() &&
-            storeProfiles(database, profiles, stored, progress) && database.commit();
+        imported = database.open(*address, false) && database.checkSchema() &&
+            database.beginWriting() && storeProfiles(database, profiles, stored, progress) &&
+            database.commit();
         reason = database.error();
     }
     if (imported && keys) {

@@ -10,16 +10,17 @@
 #include <vector>
 
 /// \file
-/// Making and filling stores, and reading them at one moment. Every operation is all or nothing, also when the process is killed
-/// on the way. Each answers false on failure, with one line of UTF-8 in error, and needs a
-/// QCoreApplication, like the connection itself.
+/// Making and filling stores, and reading them at one moment. Every operation is all or nothing,
+/// also when the process is killed on the way. Each answers false on failure, with one line of
+/// UTF-8 in error, and needs a QCoreApplication, like the connection itself.
 
 /// While it lives, all queries of a connection see the store as it was at the first of them,
 /// whatever others change meanwhile, and hold nobody up.
 ///
 /// When one of the queries fails, the rest fail, too, until the transaction ends: what they would
 /// find could be of another moment. One within another belongs to the outer one. Use it in the
-/// connection's thread, and end it before the connection's; one that is left over then does nothing.
+/// connection's thread, and end it before the connection's; one that is left over then does
+/// nothing.
 class TQSERVER_EXPORT TQReadTransaction
 {
 public:

@@ -1,0 +1,94 @@
+#include "archivist_p.h"
+
+#include "records_p.h"
+#include "rows_p.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+// Bounds of a tree.
+constexpr size_t MAX_DEPTH = 64;
+constexpr size_t MAX_ITEMS = 100000;
+
+constexpr const char *BY_KEY = "A.id = ?";
+constexpr const char *BY_NAME = "A.name = ?";
+constexpr const char *UNORDERED = "";
+
+}  // namespace
+
+std::unique_ptr<ArchiveNode> Archivist::load(PACKETDATATYPES type, int id)
+{
+    return load(type, BY_KEY, id);
+}
+
+std::unique_ptr<ArchiveNode> Archivist::load(
+    PACKETDATATYPES type, const char *where, const QVariant &value)
+{
+    std::unique_ptr<TQPacketable> item = loadItem(type, where, value);
+    if (!item) {
+        return nullptr;
+    }
+    const TQKEY_ELEMENT key = item->dbkey;
+    auto node = std::make_unique<ArchiveNode>(item.release());
+    // What is referred to by name is known by its name alone.
+    if (where == BY_NAME) {
+        node->packetable->dbkey = TQKEY_CC::getNullKey();
+    }
+    m_path.push_back(key);
+    addReferred(*node);
+    m_path.pop_back();
+    return node;
+}
+
+std::unique_ptr<TQPacketable> Archivist::loadItem(
+    PACKETDATATYPES type, const char *where, const QVariant &value)
+{
+    const StorageClass *known = storageClass(type);
+    if (!known || !known->source() || m_items == MAX_ITEMS) {
+        return nullptr;
+    }
+    TQLISTRECORD *list = nullptr;
+    if (!readRecords(m_store, *known, { where, UNORDERED }, { value }, &list)) {
+        m_failed = true;
+    }
+    Record *record = Record::of(list);
+    if (!record || isOnPath(record->key)) {
+        TQPacketFreeList(&list, type);
+        return nullptr;
+    }
+    TQLISTRECORD *others = std::exchange(list->next, nullptr);
+    TQPacketFreeList(&others, type);
+    std::unique_ptr<TQPacketable> item(PacketableUtil::getPacketable(type));
+    item->loadRecord(reinterpret_cast<unsigned char *>(list));
+    item->setName(record->name.c_str());
+    ++m_items;
+    return item;
+}
+
+void Archivist::addReferred(ArchiveNode &node)
+{
+    if (m_path.size() > MAX_DEPTH) {
+        return;
+    }
+    TQDB_REFERENCE *reference = nullptr;
+    node.packetable->getReferences(0, &reference, 0);
+    for (; reference; reference = reference->next) {
+        if (node.findNode(reference)) {
+            continue;
+        }
+        const auto keyType = static_cast<PACKETDATATYPES>(reference->key.hkey);
+        std::unique_ptr<ArchiveNode> child = TQKEY_CC::isValid(reference->key)
+            ? load(keyType, BY_KEY, reference->key.key)
+            : load(reference->datatype, BY_NAME, QString::fromUtf8(reference->name));
+        node.add(child.release());
+    }
+}
+
+bool Archivist::isOnPath(const TQKEY_ELEMENT &key) const
+{
+    return std::any_of(m_path.begin(), m_path.end(), [&key](const TQKEY_ELEMENT &above) {
+        return above.key == key.key && above.hkey == key.hkey;
+    });
+}
