@@ -8,6 +8,8 @@
 
 #include <QElapsedTimer>
 
+#include <thread>
+
 namespace {
 
 constexpr PACKETDATATYPES PROFILE = PACKETDATATYPE_ICCPROFILE;
@@ -72,6 +74,7 @@ private Q_SLOTS:
     void profilesComeFromTheStoreOfTheirItem();
     void aDamagedStoreIsAnError();
     void aSilentServerIsGivenUp();
+    void aServerThatFallsSilentAtOnceIsGivenUp();
     void aLockedTableIsGivenUp();
     void urlsAreThoseOfTheDatabase_data();
     void urlsAreThoseOfTheDatabase();
@@ -250,6 +253,41 @@ void tst_Connection::aSilentServerIsGivenUp()
     QVERIFY(time.elapsed() < 5000);
     QCOMPARE(client.error(), QByteArray("silent: no answer from the server for 1 s"));
     QVERIFY(!client.jobsOf(outputs.at(1)).isEmpty());
+}
+
+// One that lets the client in, and never answers what it asks then.
+void tst_Connection::aServerThatFallsSilentAtOnceIsGivenUp()
+{
+    QFETCH_GLOBAL(bool, isPostgres);
+    if (!isPostgres) {
+        return;  // no server
+    }
+    sockaddr_in address = { AF_INET, 0, { htonl(INADDR_LOOPBACK) }, {} };
+    socklen_t size = sizeof(address);
+    const int listener = ::socket(AF_INET, SOCK_STREAM, 0);
+    QCOMPARE(::bind(listener, reinterpret_cast<sockaddr *>(&address), size), 0);
+    QCOMPARE(::listen(listener, 1), 0);
+    ::getsockname(listener, reinterpret_cast<sockaddr *>(&address), &size);
+    std::thread server([listener] {
+        const int client = ::accept(listener, nullptr, nullptr);
+        char startup[1000];
+        const char welcome[] = "R\0\0\0\10\0\0\0\0S\0\0\0\30server_version\00015.0\0Z\0\0\0\5I";
+        ::recv(client, startup, sizeof(startup), 0);
+        ::send(client, welcome, sizeof(welcome) - 1, 0);
+        while (::recv(client, startup, sizeof(startup), 0) > 0) {}
+        ::close(client);
+    });
+    QElapsedTimer time;
+    time.start();
+    const QtMessageHandler strict = qInstallMessageHandler(nullptr);  // Qt warns as it connects
+    Client client("postgresql://tester@127.0.0.1:" + QByteArray::number(ntohs(address.sin_port)) +
+        "/x?sslmode=disable&gssencmode=disable&response_timeout=1");
+    qInstallMessageHandler(strict);
+    server.join();
+    ::close(listener);
+    QVERIFY(time.elapsed() < 5000);
+    QCOMPARE(client.server.failures(), 1U);
+    QCOMPARE(client.error(), QByteArray("x: no answer from the server for 1 s"));
 }
 
 void tst_Connection::aLockedTableIsGivenUp()

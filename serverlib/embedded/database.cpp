@@ -1,5 +1,7 @@
 #include "database_p.h"
 
+#include "sockets_p.h"
+
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QFileInfo>
@@ -101,6 +103,7 @@ QString oneLine(const QSqlError &error)
 
 bool Database::open(const StoreAddress &address, bool create)
 {
+    close();
     m_address = address;
     m_error.clear();
     m_stamp.clear();
@@ -117,7 +120,6 @@ bool Database::open(const StoreAddress &address, bool create)
 bool Database::connect(const QString &databaseName)
 {
     static std::atomic<int> connections { 0 };
-    close();
     m_connection = QStringLiteral("tqserver-%1").arg(++connections);
     m_sql = QSqlDatabase::addDatabase(QLatin1String(m_address.dialect->driver), m_connection);
     m_sql.setDatabaseName(databaseName);
@@ -157,13 +159,24 @@ bool Database::openFile(bool create)
         m_stamp.clear();
         return true;  // what is asked first meets the error again, and says it
     }
+    close();
     return connect(fileName(m_address, "ro&immutable=1"));
 }
 
 bool Database::openServer()
 {
-    if (!connect(m_address.database)) {
-        return false;
+    {
+        // The driver asks a few things on its own before it tells of the connection.
+        const auto opening = std::make_shared<const ConnectionsSince>(m_address.port);
+        m_watchdog = std::make_unique<Watchdog>(
+            [opening] { opening->shutDown(); }, m_address.responseTimeout);
+        const Watchdog::Wait wait(m_watchdog.get());
+        if (!connect(m_address.database)) {
+            return false;
+        }
+        if (m_watchdog->hasBitten()) {
+            return failed(QSqlError());
+        }
     }
     PGconn *const connection = connectionOf(m_sql);
     if (!connection) {
@@ -172,7 +185,9 @@ bool Database::openServer()
     PQsetNoticeReceiver(
         connection, [](void *, const PGresult *) {}, nullptr);  // else on stderr
     PQsetErrorVerbosity(connection, PQERRORS_TERSE);
-    m_watchdog = std::make_unique<Watchdog>(PQsocket(connection), m_address.responseTimeout);
+    const auto socket = std::make_shared<SocketCopy>(PQsocket(connection));
+    m_watchdog =
+        std::make_unique<Watchdog>([socket] { socket->shutDown(); }, m_address.responseTimeout);
     m_server = { PQhost(connection), QByteArray(PQport(connection)).toInt() };
     return true;
 }

@@ -24,6 +24,7 @@ constexpr const char *STATEMENT_TIMEOUT = "30s";
 constexpr const char *LOCK_TIMEOUT = "10s";
 // What the server gets beyond a statement's time before it counts as silent.
 constexpr milliseconds GRACE { 10000 };
+constexpr const char *DEFAULT_PORT = "5432";
 constexpr const char *CONNECT_TIMEOUT = "5";  // seconds
 // A peer that has gone is noticed within a minute.
 constexpr const char *KEEPALIVES[][2] = { { "keepalives_idle", "30" },
@@ -254,6 +255,11 @@ std::optional<StoreAddress> parseNetwork(const QString &url, QString &error)
         return {};
     }
     address.host = known.value("host");
+    const QString port = known.value("port");
+    address.port =
+        (port.isNull() ? qEnvironmentVariable("PGPORT", QString::fromLatin1(DEFAULT_PORT)) : port)
+            .section(QLatin1Char(','), 0, 0)
+            .toInt();
     address.user = known.value("user");
     address.database = known.value("dbname");
     QList<QPair<QString, QString>> others = known.others();

@@ -28,6 +28,7 @@ struct StoreAddress
 
     // Of a PostgreSQL database.
     QString host;  // empty: what libpq takes by default
+    int port = 0;
     QString user;
     QString database;
     QString options;  // the rest, as QtSql takes connection options

@@ -1,11 +1,8 @@
 #include "watchdog_p.h"
 
 #include <algorithm>
-
 #include <csignal>
-#include <fcntl.h>
-#include <sys/socket.h>
-#include <unistd.h>
+#include <utility>
 
 namespace {
 
@@ -32,8 +29,8 @@ private:
 
 }  // namespace
 
-Watchdog::Watchdog(int socket, std::chrono::milliseconds limit)
-    : m_limit(limit), m_socket(::fcntl(socket, F_DUPFD_CLOEXEC, 0))
+Watchdog::Watchdog(std::function<void()> bite, std::chrono::milliseconds limit)
+    : m_limit(limit), m_bite(std::move(bite))
 {
     if (m_limit.count() > 0) {
         const SignalsBlocked blocked;  // a new thread has them as its maker
@@ -51,7 +48,6 @@ Watchdog::~Watchdog()
         m_stopped.notify_one();
         m_thread.join();
     }
-    ::close(m_socket);
 }
 
 std::chrono::milliseconds::rep Watchdog::now()
@@ -64,11 +60,11 @@ void Watchdog::watch()
 {
     const auto step = std::max(m_limit / LOOKS, std::chrono::milliseconds(1));
     std::unique_lock lock(m_mutex);
-    while (!m_hasBitten && !m_stopped.wait_for(lock, step, [this] { return m_isStopped; })) {
+    while (!m_stopped.wait_for(lock, step, [this] { return m_isStopped; })) {
         const auto since = m_waitingSince.load();
         if (since != 0 && now() - since > m_limit.count()) {
             m_hasBitten = true;
-            ::shutdown(m_socket, SHUT_RDWR);
+            m_bite();
         }
     }
 }

@@ -4,18 +4,18 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <functional>
 #include <mutex>
 #include <thread>
 
-// Ends a network connection whose server stays silent, so that a database client that waits for
-// an answer without a limit of its own gets an error instead. It has a thread, since the client
-// blocks the caller's.
+// Ends the wait for a server that stays silent: the database client blocks the caller's thread,
+// and has no limit of its own. So this has a thread.
 class Watchdog
 {
 public:
-    // Watches a socket, of which it keeps a descriptor of its own: that number cannot come to mean
-    // another connection meanwhile. A limit of zero watches nothing and starts no thread.
-    Watchdog(int socket, std::chrono::milliseconds limit);
+    // While a wait is longer than the limit, bite is called again and again, in the watchdog's
+    // thread; it makes the wait end. A limit of zero watches nothing and starts no thread.
+    Watchdog(std::function<void()> bite, std::chrono::milliseconds limit);
     ~Watchdog();
     Watchdog(const Watchdog &) = delete;
     Watchdog &operator=(const Watchdog &) = delete;
@@ -43,7 +43,7 @@ public:
         Watchdog *m_watchdog;
     };
 
-    // True when the connection was ended.
+    // True when a wait was too long.
     bool hasBitten() const { return m_hasBitten; }
     std::chrono::milliseconds limit() const { return m_limit; }
 
@@ -52,7 +52,7 @@ private:
     void watch();
 
     const std::chrono::milliseconds m_limit;
-    int m_socket;  // owned
+    const std::function<void()> m_bite;
     std::atomic<std::chrono::milliseconds::rep> m_waitingSince { 0 };  // 0 for not waiting
     std::atomic<bool> m_hasBitten { false };
     std::mutex m_mutex;
