@@ -151,8 +151,7 @@ bool readProfiles(
     const std::vector<std::string> &files, std::vector<IccProfile> &profiles, QString &error)
 {
     for (const std::string &file : files) {
-        const QString path = QFile::decodeName(QByteArray::fromStdString(file));
-        auto profile = IccProfile::read(path, error);
+        auto profile = IccProfile::read(QByteArray::fromStdString(file), error);
         if (!profile) {
             return false;
         }
