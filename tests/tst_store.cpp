@@ -1,5 +1,5 @@
+#include "postgres.h"
 #include "tqstore.h"
-#include "util.h"
 
 #include <QtEndian>
 
@@ -47,6 +47,10 @@ private Q_SLOTS:
     void whatIsNoWholeProfileIsRefused_data();
     void whatIsNoWholeProfileIsRefused();
     void onlyRegularFilesAreProfiles();
+    void aFileWithAnythingOfItsOwnIsRefused_data();
+    void aFileWithAnythingOfItsOwnIsRefused();
+    void aFileThatWasTidiedIsAccepted();
+    void aStoreOfAnotherVersionIsToldByIt();
 
 private:
     QString path(const QString &name) const { return m_folder.filePath(name); }
@@ -58,6 +62,21 @@ private:
 };
 
 namespace {
+
+void execute(const QByteArray &url, const QByteArrayList &statements)
+{
+    const auto name = str("statements");
+    {
+        auto database = QSqlDatabase::addDatabase(str("QSQLITE"), name);
+        database.setDatabaseName(str(url.mid(int(qstrlen("sqlite:")))));
+        QVERIFY(database.open());
+        for (const QByteArray &statement : statements) {
+            QSqlQuery query(database);
+            QVERIFY2(query.exec(str(statement)), statement.constData());
+        }
+    }
+    QSqlDatabase::removeDatabase(name);
+}
 
 // What goes wrong when files are imported; empty when nothing does.
 QString importError(const QByteArray &url, const QStringList &files)
@@ -151,6 +170,66 @@ void tst_Store::onlyRegularFilesAreProfiles()
     for (const QString &file : { fifo, m_folder.path(), str("/dev/zero") }) {
         QCOMPARE(importError(url(str("system.db")), { file }), file + str(": not a file"));
     }
+}
+
+void tst_Store::aFileWithAnythingOfItsOwnIsRefused_data()
+{
+    QTest::addColumn<QByteArrayList>("statements");
+    QTest::addColumn<QString>("detail");
+    const auto row = [](const char *name, const char *detail, const QByteArrayList &statements) {
+        QTest::newRow(name) << statements << str(detail);
+    };
+    const char *more = ": it holds more than a store's tables";
+    row("a view in place of a table", ": tq_output is missing or changed",
+        { "ALTER TABLE tq_output RENAME TO hidden",
+            "CREATE VIEW tq_output AS SELECT * FROM hidden" });
+    row("an endless view in place of a table", ": tq_publication is missing or changed",
+        { "DROP TABLE tq_publication",
+            "CREATE VIEW tq_publication AS WITH RECURSIVE n(id) AS "
+            "(SELECT 1 UNION ALL SELECT id + 1 FROM n) SELECT id, 'x' AS name FROM n" });
+    row("a view in place of the version", "",
+        { "DROP TABLE tq_schema", "CREATE VIEW tq_schema AS SELECT 1 AS version" });
+    row("a trigger", more,
+        { "CREATE TRIGGER t AFTER INSERT ON tq_icc_profile BEGIN DELETE FROM tq_job; END" });
+    row("a virtual table", more, { "CREATE VIRTUAL TABLE words USING fts5(word)" });
+    row("one index more", more, { "CREATE INDEX i ON tq_icc_profile (hex(data))" });
+    row("one index less", ": tq_job_by_output is missing or changed",
+        { "DROP INDEX tq_job_by_output" });
+    row("a table of another form", ": tq_job is missing or changed",
+        { "ALTER TABLE tq_job ADD COLUMN mine TEXT" });
+}
+
+void tst_Store::aFileWithAnythingOfItsOwnIsRefused()
+{
+    QFETCH(QByteArrayList, statements);
+    QFETCH(QString, detail);
+    const QString file = path(str("hostile.db"));
+    QFile::remove(file);
+    const QByteArray store = sample(str("hostile.db"));
+    execute(store, statements);
+    const QString error = file + str(": not a store of this system") + detail;
+    TQCommServer server(store.constData());
+    QCOMPARE(str(server.errorText()), error);
+    QCOMPARE(importError(store, { PROFILES + str("CineLogCurve.icc") }), error);
+}
+
+void tst_Store::aFileThatWasTidiedIsAccepted()
+{
+    const QByteArray store = sample(str("tidied.db"));
+    execute(store,
+        { "ALTER TABLE tq_output RENAME TO elsewhere", "ALTER TABLE elsewhere RENAME TO tq_output",
+            "ANALYZE", "VACUUM" });
+    TQCommServer server(store.constData());
+    QCOMPARE(str(server.errorText()), QString());
+}
+
+void tst_Store::aStoreOfAnotherVersionIsToldByIt()
+{
+    const QByteArray store = sample(str("newer.db"));
+    execute(
+        store, { "UPDATE tq_schema SET version = 4711", "CREATE TABLE tq_novelty (id INTEGER)" });
+    TQCommServer server(store.constData());
+    QVERIFY(str(server.errorText()).contains(str("the store has version 4711")));
 }
 
 QTEST_GUILESS_MAIN(tst_Store)

@@ -2,6 +2,7 @@
 
 #include "database_p.h"
 #include "rows_p.h"
+#include "schemacheck_p.h"
 #include "seeder_p.h"
 
 #include <algorithm>
@@ -182,7 +183,7 @@ bool TQCommServer::Connection::open(const char *url)
         return database.fail(reason);
     }
     const bool opened = database.open(*address, address->isMemory()) &&
-        (!address->isMemory() || seedSample(database, {})) && database.checkSchema();
+        (!address->isMemory() || seedSample(database, {})) && checkSchema(database);
     if (opened) {
         database.publish();
     }

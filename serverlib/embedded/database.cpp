@@ -1,6 +1,7 @@
 #include "database_p.h"
 
 #include "rows_p.h"
+#include "schemacheck_p.h"
 #include "storageclass_p.h"
 
 #include <QCoreApplication>
@@ -201,47 +202,13 @@ bool Database::hasSchema()
     return count.toInt() > 0;
 }
 
-bool Database::checkSchema()
-{
-    const bool known = hasSchema();
-    const QVariant version =
-        known ? valueOf(QStringLiteral("SELECT max(version) FROM tq_schema")) : QVariant();
-    if (m_suspect) {
-        return false;
-    }
-    if (version.toInt() == SCHEMA_VERSION) {
-        return hasWholePages();
-    }
-    const QString reason = version.isNull()
-        ? QStringLiteral("not a store of this system")
-        : QStringLiteral("the store has version %1, this library knows version %2")
-              .arg(version.toString())
-              .arg(SCHEMA_VERSION);
-    return fail(m_address.label() + QStringLiteral(": ") + reason);
-}
-
-// SQLite finds pages missing at the end of a file, but reads one that is cut off as if zeros
-// followed, with rows missing in what it lists.
-bool Database::hasWholePages()
-{
-    if (!m_address.isFile()) {
-        return true;
-    }
-    const int pageSize = valueOf(QStringLiteral("PRAGMA page_size")).toInt();
-    if (pageSize == 0) {
-        return false;  // the statement failed
-    }
-    return QFileInfo(m_address.path).size() % pageSize == 0 ||
-        fail(m_address.label() + QStringLiteral(": database disk image is malformed"));
-}
-
 bool Database::recover()
 {
     if (!m_suspect || m_address.isMemory()) {
         return true;
     }
     close();
-    return open(m_address, false) && checkSchema();
+    return open(m_address, false) && checkSchema(*this);
 }
 
 QSqlQuery *Database::run(const QString &statement, const QVariantList &values)

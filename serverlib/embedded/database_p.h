@@ -42,11 +42,10 @@ public:
     // Opens what is there, or for create a new and empty one; false with a text for people when
     // that fails.
     bool open(const StoreAddress &address, bool create);
-    // False when the store has no tables of the right version.
-    bool checkSchema();
     bool hasSchema();
     // After a failure opens the store anew, since the connection may be lost.
     bool recover();
+    const StoreAddress &address() const { return m_address; }
     const Dialect &dialect() const { return *m_address.dialect; }
 
     // Runs a prepared statement; null when it fails. The query is the database's, valid until the
@@ -84,7 +83,6 @@ public:
 
 private:
     void close();
-    bool hasWholePages();
     bool failed(const QSqlError &error);
 
     StoreAddress m_address;

@@ -1,6 +1,7 @@
 #include "tqstore.h"
 
 #include "database_p.h"
+#include "schemacheck_p.h"
 #include "seeder_p.h"
 
 #include <QCoreApplication>
@@ -204,7 +205,8 @@ bool TQImportProfiles(const char *url, const std::vector<std::string> &files,
         reason = QStringLiteral("a store in memory cannot be kept");
     } else if (address && readProfiles(files, profiles, reason)) {
         Database database;
-        imported = database.open(*address, false) && database.checkSchema() && database.begin() &&
+        // The tables are checked in the transaction, so that nobody adds a trigger meanwhile.
+        imported = database.open(*address, false) && database.begin() && checkSchema(database) &&
             storeProfiles(database, profiles, stored, progress) && database.commit();
         reason = database.error();
     }
