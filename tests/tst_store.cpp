@@ -1,9 +1,16 @@
 #include "postgres.h"
 #include "tqstore.h"
 
+#include <QRegularExpression>
 #include <QtEndian>
 
+#include <csignal>
+#include <memory>
+
+#include <sched.h>
+#include <sys/prctl.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 
 namespace {
 
@@ -43,6 +50,8 @@ class tst_Store : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void initTestCase();
+    void init();
     void everySystemProfileIsImported();
     void whatIsNoWholeProfileIsRefused_data();
     void whatIsNoWholeProfileIsRefused();
@@ -51,17 +60,74 @@ private Q_SLOTS:
     void aFileWithAnythingOfItsOwnIsRefused();
     void aFileThatWasTidiedIsAccepted();
     void aStoreOfAnotherVersionIsToldByIt();
+    void ofSeveralThatCreateAStoreOneSucceeds_data() { addDatabases(); }
+    void ofSeveralThatCreateAStoreOneSucceeds();
+    void whatAKilledCreatorLeftIsRemoved();
+    void aCreatorAtWorkIsLeftAlone();
+    void linksOfOthersAreNotFollowed();
+    void aNewStoreLetsReadersAndAWriterWorkAtATime();
+    void aNameThatBeginsWithAColonIsOne();
 
 private:
     QString path(const QString &name) const { return m_folder.filePath(name); }
     QByteArray url(const QString &name) const { return "sqlite:" + path(name).toUtf8(); }
+    // Rows for a test of both databases, and the URL of a store in the current row's.
+    static void addDatabases();
+    QByteArray urlOfRow(const char *name);
+    // What there is of files and folders that belong to a store.
+    QStringList remainsOf(const QString &name) const;
     // A new store with the sample; its URL.
     QByteArray sample(const QString &name) const;
 
     QTemporaryDir m_folder;
+    PostgresServer m_postgres;
 };
 
 namespace {
+
+// A process of its own that does some work, alone with its process id in a container where the
+// system allows that, and what it answers.
+class Child
+{
+public:
+    explicit Child(const std::function<QString()> &work)
+    {
+        if (!m_answer.open()) {
+            qFatal("no file for a child's answer");
+        }
+        m_process = fork();
+        if (m_process == 0) {
+            prctl(PR_SET_PDEATHSIG, SIGKILL);
+            unshare(CLONE_NEWPID);  // for the next process
+            const pid_t inner = fork();
+            if (inner == 0) {
+                m_answer.write(work().toUtf8());
+                m_answer.flush();
+                _exit(0);
+            }
+            int status = 0;
+            waitpid(inner, &status, 0);
+            _exit(0);
+        }
+    }
+    QString answer()
+    {
+        int status = 0;
+        waitpid(m_process, &status, 0);
+        return QString::fromUtf8(contentOf(m_answer.fileName()));
+    }
+
+private:
+    QTemporaryFile m_answer;
+    pid_t m_process;
+};
+
+QString createError(const QByteArray &url, const TQPROGRESS &progress = {})
+{
+    std::string error;
+    TQCreateSampleStore(url.constData(), progress, error);
+    return QString::fromStdString(error);
+}
 
 void execute(const QByteArray &url, const QByteArrayList &statements)
 {
@@ -91,6 +157,16 @@ QString importError(const QByteArray &url, const QStringList &files)
 }
 
 }  // namespace
+
+void tst_Store::initTestCase() { QVERIFY(!m_postgres.isInstalled() || m_postgres.start()); }
+
+void tst_Store::init()
+{
+    const bool isPostgres = QByteArray(QTest::currentDataTag()) == "PostgreSQL";
+    if (isPostgres && !m_postgres.isInstalled()) {
+        QTest::qSkip("PostgreSQL is not installed", __FILE__, __LINE__);
+    }
+}
 
 QByteArray tst_Store::sample(const QString &name) const
 {
@@ -230,6 +306,103 @@ void tst_Store::aStoreOfAnotherVersionIsToldByIt()
         store, { "UPDATE tq_schema SET version = 4711", "CREATE TABLE tq_novelty (id INTEGER)" });
     TQCommServer server(store.constData());
     QVERIFY(str(server.errorText()).contains(str("the store has version 4711")));
+}
+
+void tst_Store::addDatabases()
+{
+    QTest::addColumn<bool>("isPostgres");
+    QTest::newRow("SQLite") << false;
+    QTest::newRow("PostgreSQL") << true;
+}
+
+QByteArray tst_Store::urlOfRow(const char *name)
+{
+    QFETCH(bool, isPostgres);
+    return isPostgres ? m_postgres.url(name) : url(str(name) + str(".db"));
+}
+
+QStringList tst_Store::remainsOf(const QString &name) const
+{
+    return QDir(m_folder.path())
+        .entryList({ str("*") + name + str("*") }, QDir::AllEntries | QDir::Hidden);
+}
+
+void tst_Store::ofSeveralThatCreateAStoreOneSucceeds()
+{
+    const QByteArray store = urlOfRow("contested");
+    std::vector<std::unique_ptr<Child>> creators;
+    for (int i = 0; i < 6; ++i) {
+        creators.push_back(std::make_unique<Child>([&] { return createError(store); }));
+    }
+    QStringList errors;
+    for (const auto &creator : creators) {
+        errors += creator->answer();
+    }
+    errors.removeOne(QString());
+    QCOMPARE(errors.filter(QRegularExpression(str(": (exists|holds a store) already$"))).size(), 5);
+    QVERIFY(remainsOf(str("contested")).size() <= 1);
+    TQCommServer server(store.constData());
+    QCOMPARE(str(server.errorText()), QString());
+}
+
+void tst_Store::whatAKilledCreatorLeftIsRemoved()
+{
+    const auto die = [](size_t, size_t) -> bool { _exit(1); };  // cleans up as little as a kill
+    Child([&] { return createError(url(str("left.db")), die); }).answer();
+    QCOMPARE(remainsOf(str("left.db")).size(), 1);
+    QVERIFY(!remainsOf(str("left.db")).contains(str("left.db")));
+    QCOMPARE(createError(url(str("left.db"))), QString());
+    QCOMPARE(remainsOf(str("left.db")), QStringList { str("left.db") });
+
+    Child([&] { return createError(url(str("left.db.later")), die); }).answer();
+    write(path(str("left.db.later")), "made by somebody else meanwhile");
+    QVERIFY(!createError(url(str("left.db.later"))).isEmpty());
+    QCOMPARE(remainsOf(str("left.db.later")), QStringList { str("left.db.later") });
+}
+
+void tst_Store::aCreatorAtWorkIsLeftAlone()
+{
+    const QString go = path(str("go"));
+    const auto wait = [&](size_t, size_t) {
+        return QTest::qWaitFor([&] { return QFile::exists(go); }, 60000);
+    };
+    Child slow([&] { return createError(url(str("slow.db")), wait); });
+    QTRY_COMPARE(remainsOf(str("slow.db")).size(), 1);
+    QCOMPARE(createError(url(str("slow.db"))), QString());
+    QCOMPARE(remainsOf(str("slow.db")).size(), 2);
+    write(go, "now");
+    QCOMPARE(slow.answer(), path(str("slow.db")) + str(": exists already"));
+    QCOMPARE(remainsOf(str("slow.db")), QStringList { str("slow.db") });
+    TQCommServer server(url(str("slow.db")).constData());
+    QCOMPARE(str(server.errorText()), QString());
+}
+
+void tst_Store::linksOfOthersAreNotFollowed()
+{
+    const QDir shared(m_folder.path());
+    QVERIFY(shared.mkdir(str("precious")));
+    write(path(str("precious/part")), "precious");
+    QVERIFY(QFile::link(str("precious"), path(str(".linked.db.init-abcdef"))));
+    QCOMPARE(createError(url(str("linked.db"))), QString());
+    QVERIFY(QFile::link(str("missing"), path(str("nowhere.db"))));
+    QCOMPARE(createError(url(str("nowhere.db"))), path(str("nowhere.db: exists already")));
+    QCOMPARE(contentOf(path(str("precious/part"))), QByteArray("precious"));
+    QVERIFY(!QFile::exists(path(str("missing"))));
+}
+
+void tst_Store::aNewStoreLetsReadersAndAWriterWorkAtATime()
+{
+    QCOMPARE(sql(sample(str("wal.db")), "PRAGMA journal_mode"), QByteArrayList { "wal" });
+    QCOMPARE(remainsOf(str("wal.db")), QStringList { str("wal.db") });
+}
+
+void tst_Store::aNameThatBeginsWithAColonIsOne()
+{
+    const QString before = QDir::currentPath();
+    QVERIFY(QDir::setCurrent(m_folder.path()));
+    QCOMPARE(createError("sqlite::colon.db"), QString());
+    QVERIFY(QDir::setCurrent(before));
+    QCOMPARE(remainsOf(str("colon.db")), QStringList { str(":colon.db") });
 }
 
 QTEST_GUILESS_MAIN(tst_Store)

@@ -257,6 +257,12 @@ bool Database::execute(const QString &statement)
 
 bool Database::begin() { return m_sql.transaction() || failed(m_sql.lastError()); }
 
+bool Database::beginWriting()
+{
+    return execute(QLatin1String(dialect().beginWriting)) &&
+        (!dialect().waitForWriters || execute(QLatin1String(dialect().waitForWriters)));
+}
+
 bool Database::commit()
 {
     for (auto &query : m_queries) {

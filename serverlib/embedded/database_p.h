@@ -58,6 +58,8 @@ public:
     // Runs a statement as it is.
     bool execute(const QString &statement);
     bool begin();
+    // Begins a transaction that makes tables or gives ids; waits for others of that kind.
+    bool beginWriting();
     bool commit();
 
     // What failed last, one line.

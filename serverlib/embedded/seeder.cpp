@@ -321,8 +321,12 @@ void fillGenerated(Seeder &seeder, const GeneratedSizes &sizes)
 template<typename Fill>
 bool seed(Database &database, Fill fill)
 {
-    if (!database.begin()) {
+    if (!database.beginWriting()) {
         return false;
+    }
+    if (database.hasSchema()) {
+        return database.fail(
+            QStringLiteral("%1: holds a store already").arg(database.address().label()));
     }
     for (const QString &statement : schemaStatements(database.dialect())) {
         if (!database.execute(statement)) {
