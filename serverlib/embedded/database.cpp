@@ -1,5 +1,6 @@
 #include "database_p.h"
 
+#include "schemacheck_p.h"
 #include "sockets_p.h"
 
 #include <QCoreApplication>
@@ -210,46 +211,13 @@ bool Database::hasSchema()
     return count.toInt() > 0;
 }
 
-bool Database::checkSchema()
-{
-    const bool known = hasSchema();
-    const QVariant version =
-        known ? valueOf(QStringLiteral("SELECT max(version) FROM tq_schema")) : QVariant();
-    if (m_suspect) {
-        return false;
-    }
-    if (version.toInt() == SCHEMA_VERSION) {
-        return hasWholePages();
-    }
-    const QString reason = version.isNull()
-        ? QStringLiteral("not a store of this system")
-        : QStringLiteral("the store has version %1, this library knows version %2")
-              .arg(version.toString())
-              .arg(SCHEMA_VERSION);
-    return fail(QStringLiteral("%1: %2").arg(m_address.label(), reason));
-}
-
-// SQLite finds pages missing at the end of a file, but reads one that is cut off as if zeros
-// followed, with rows missing in what it lists.
-bool Database::hasWholePages()
-{
-    if (!m_address.isFile()) {
-        return true;
-    }
-    const int pageSize = valueOf(QStringLiteral("PRAGMA page_size")).toInt();
-    if (pageSize == 0) {
-        return false;  // the statement failed
-    }
-    return QFileInfo(m_address.path).size() % pageSize == 0 ||
-        fail(m_address.label() + QStringLiteral(": database disk image is malformed"));
-}
-
 bool Database::recover()
 {
     if (!m_suspect || m_address.isMemory()) {
         return true;
     }
-    return open(m_address, false) && checkSchema();
+    m_suspect = !open(m_address, false) || !checkSchema(*this);
+    return !m_suspect;
 }
 
 bool Database::prepare(const QString &text, Statement &statement)
@@ -340,7 +308,11 @@ bool Database::execute(const QString &statement)
 
 bool Database::beginReading() { return execute(QLatin1String(m_address.dialect->beginReading)); }
 
-bool Database::beginWriting() { return execute(QLatin1String(m_address.dialect->beginWriting)); }
+bool Database::beginWriting()
+{
+    return execute(QLatin1String(dialect().beginWriting)) &&
+        (!dialect().waitForWriters || execute(QLatin1String(dialect().waitForWriters)));
+}
 
 bool Database::commit()
 {

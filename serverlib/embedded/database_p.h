@@ -29,13 +29,11 @@ public:
     // Opens what is there, or for create a new and empty one; false with a text for people when
     // that fails.
     bool open(const StoreAddress &address, bool create);
-    // False when the store has no tables of the right version.
-    bool checkSchema();
     bool hasSchema();
     // After a failure opens the store anew, since the connection may be lost.
     bool recover();
-    const Dialect &dialect() const { return *m_address.dialect; }
     const StoreAddress &address() const { return m_address; }
+    const Dialect &dialect() const { return *m_address.dialect; }
 
     // Runs a prepared statement; null when it fails. The query is the database's, valid until the
     // statement runs again.
@@ -53,7 +51,7 @@ public:
 
     // A transaction whose queries all see one state of the store and hold no writer up.
     bool beginReading();
-    // A transaction that waits until no other one of this kind is open.
+    // Begins a transaction that makes tables or gives ids; waits for others of that kind.
     bool beginWriting();
     bool commit();
     void rollback();
@@ -83,7 +81,6 @@ private:
     void close();
     bool prepare(const QString &text, Statement &statement);
     bool isUntouched();
-    bool hasWholePages();
     bool failed(const QSqlError &error);
 
     StoreAddress m_address;

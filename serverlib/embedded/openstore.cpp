@@ -1,5 +1,6 @@
 #include "openstore_p.h"
 
+#include "schemacheck_p.h"
 #include "seeder_p.h"
 
 #include <atomic>
@@ -38,7 +39,7 @@ bool OpenStore::open(const char *url)
         m_database.fail(reason);
     } else {
         m_isOpen = m_database.open(*address, address->isMemory()) &&
-            (!address->isMemory() || seedSample(m_database, {})) && m_database.checkSchema();
+            (!address->isMemory() || seedSample(m_database, {})) && checkSchema(m_database);
     }
     if (!m_isOpen) {
         fail();

@@ -11,17 +11,21 @@ struct Dialect
     const char *blob;  // type of a column of bytes
     const char *collation;  // order of texts by their code points
     const char *hasSchema;  // query: 1 when the table of the schema's version is there
-    const char *beginReading;  // what a transaction begins with, see Database
+    const char *beginReading;  // all that it reads is of one moment
+    // Statements that begin a transaction of a program that makes tables or gives ids: one after
+    // the other, whatever program it is. The second may be null.
     const char *beginWriting;
+    const char *waitForWriters;
 };
 
 inline constexpr Dialect SQLITE { "QSQLITE", "BLOB", "BINARY",
     "SELECT count(*) FROM sqlite_master WHERE type = 'table' AND name = 'tq_schema'", "BEGIN",
-    "BEGIN IMMEDIATE" };
+    "BEGIN IMMEDIATE", nullptr };
 inline constexpr Dialect POSTGRESQL { "QPSQL", "BYTEA", "\"C\"",
     "SELECT count(*) FROM pg_tables WHERE tablename = 'tq_schema' "
     "AND schemaname = ANY (current_schemas(false))",
-    "BEGIN ISOLATION LEVEL REPEATABLE READ, READ ONLY", "BEGIN" };
+    "BEGIN ISOLATION LEVEL REPEATABLE READ, READ ONLY", "BEGIN",
+    "SELECT pg_advisory_xact_lock(8025545361711)" };  // a number of this system's own
 
 constexpr int SCHEMA_VERSION = 1;
 

@@ -3,9 +3,6 @@
 #include "sample_p.h"
 
 #include <QDate>
-#include <QFile>
-#include <QFileInfo>
-#include <QtEndian>
 
 #include <algorithm>
 #include <iterator>
@@ -115,7 +112,8 @@ public:
         for (const Sample::Profile &known : Sample::PROFILES) {
             const QString file = utf8(known.file);
             QString error;
-            const auto profile = IccProfile::read(utf8(Sample::PROFILE_FOLDER) + file, error);
+            const auto profile =
+                IccProfile::read(QByteArray(Sample::PROFILE_FOLDER) + known.file, error);
             const QVariant size = profile ? QVariant(int(profile->bytes.size())) : QVariant();
             m_profiles.push_back(insert(PROFILE,
                 { profileName(known), file, utf8(known.deviceClass), utf8(known.colourSpace),
@@ -159,7 +157,7 @@ public:
 private:
     static QString profileName(const Sample::Profile &profile)
     {
-        return QFileInfo(utf8(profile.file)).completeBaseName();
+        return IccProfile::nameOf(utf8(profile.file));
     }
 
     static QString pageName(const QString &title, int page)
@@ -326,6 +324,10 @@ bool seed(Database &database, Fill fill)
     if (!database.beginWriting()) {
         return false;
     }
+    if (database.hasSchema()) {
+        return database.fail(
+            QStringLiteral("%1: holds a store already").arg(database.address().label()));
+    }
     for (const QString &statement : schemaStatements(database.dialect())) {
         if (!database.execute(statement)) {
             return false;
@@ -363,37 +365,6 @@ bool seedGenerated(Database &database, size_t jobs, const TQPROGRESS &progress)
         fillGenerated(seeder, sizes);
         return seeder.ok();
     });
-}
-
-std::optional<IccProfile> IccProfile::read(const QString &path, QString &error)
-{
-    constexpr int HEADER_SIZE = 128;
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        error = QStringLiteral("%1: %2").arg(path, file.errorString());
-        return {};
-    }
-    const QByteArray bytes = file.readAll();
-    const auto fail = [&](const QString &reason) {
-        error = QStringLiteral("%1: not a whole ICC profile: %2").arg(path, reason);
-        return std::nullopt;
-    };
-    if (file.error() != QFileDevice::NoError || bytes.size() < HEADER_SIZE) {
-        return fail(QStringLiteral("%1 bytes, less than a header").arg(bytes.size()));
-    }
-    if (bytes.mid(36, 4) != "acsp") {
-        return fail(QStringLiteral("no signature \"acsp\""));
-    }
-    const quint32 size = qFromBigEndian<quint32>(bytes.constData());
-    if (size != quint64(bytes.size())) {
-        return fail(QStringLiteral("%1 bytes, the header says %2").arg(bytes.size()).arg(size));
-    }
-    const auto word = [&bytes](int at) { return QString::fromLatin1(bytes.mid(at, 4)).trimmed(); };
-    const QString version =
-        QStringLiteral("%1.%2").arg(int(bytes.at(8))).arg((bytes.at(9) >> 4) & 0xf);
-    const QFileInfo info(path);
-    return IccProfile { info.completeBaseName(), info.fileName(), word(12), word(16), version,
-        bytes };
 }
 
 int storeProfile(Database &database, const IccProfile &profile)

@@ -2,6 +2,7 @@
 #define SEEDER_P_H
 
 #include "database_p.h"
+#include "iccprofile_p.h"
 #include "tqstore.h"
 
 // The error of work that its progress function stopped.
@@ -11,20 +12,6 @@ constexpr const char *INTERRUPTED = "interrupted";
 // the database's error when that fails.
 bool seedSample(Database &database, const TQPROGRESS &progress);
 bool seedGenerated(Database &database, size_t jobs, const TQPROGRESS &progress);
-
-// An ICC profile as it is stored.
-struct IccProfile
-{
-    // Reads a file and checks that it is a whole profile; none, with the reason, when it is not.
-    static std::optional<IccProfile> read(const QString &path, QString &error);
-
-    QString name;
-    QString file;
-    QString deviceClass;
-    QString colourSpace;
-    QString version;
-    QByteArray bytes;
-};
 
 // Replaces the profile of that name, or adds it; its id, 0 on failure.
 int storeProfile(Database &database, const IccProfile &profile);
