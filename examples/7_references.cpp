@@ -16,7 +16,7 @@ int main(int argc, char *argv[])
     TQLPCOMMANDS command;
     ZQ_MESSAGE_ID message;
     const std::unique_ptr<ArchiveNode> node(
-        server.getArchiveNode(command, message, PACKETDATATYPE_JOB, { 0xf4, 0x15 }));
+        server.getArchiveNode(command, message, PACKETDATATYPE_JOB, { 0xb3, 0x15 }));
     const std::unique_ptr<XMLPacketable> job(XMLPacketable::fromArchiveNode(server, node.get()));
     if (!job) {
         return 1;  // no such job

@@ -125,9 +125,11 @@ void tst_Schema::items()
     TQLPCOMMANDS command;
     ZQ_MESSAGE_ID message;
     QStringList documents;
-    for (unsigned id = 1; id < 2000; ++id) {
-        for (const auto type : { PACKETDATATYPE_OUTPUT, PACKETDATATYPE_JOB, PACKETDATATYPE_BOOK,
-                 PACKETDATATYPE_ICCPROFILE, PACKETDATATYPE_BOOKOWNER }) {
+    constexpr std::pair<PACKETDATATYPES, unsigned> FIRST_IDS[] = { { PACKETDATATYPE_JOB, 1 },
+        { PACKETDATATYPE_OUTPUT, 0x40000000 }, { PACKETDATATYPE_BOOKOWNER, 0x48000000 },
+        { PACKETDATATYPE_BOOK, 0x50000000 }, { PACKETDATATYPE_ICCPROFILE, 0x58000000 } };
+    for (const auto &[type, first] : FIRST_IDS) {
+        for (unsigned id = first; id < first + 1000; ++id) {
             const std::unique_ptr<ArchiveNode> node(
                 m_server.getArchiveNode(command, message, type, { id, type }));
             const std::unique_ptr<XMLPacketable> item(

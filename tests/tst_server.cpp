@@ -21,6 +21,7 @@ constexpr PACKETDATATYPES OUTPUT = PACKETDATATYPE_OUTPUT;
 constexpr PACKETDATATYPES OWNER = PACKETDATATYPE_BOOKOWNER;
 constexpr PACKETDATATYPES PROFILE = PACKETDATATYPE_ICCPROFILE;
 constexpr PACKETDATATYPES SPECIMEN = PACKETDATATYPE_SPECIMEN;
+constexpr int OUTPUT_ID = 1073741824;  // of the first
 
 // What an item of the specimen type may hold, and what it may not; what is no item at all.
 const char *const GOOD[] = { "101 two  words ", "0E04 1F 0", "SL 0\nTL 0", "SL 1\nSI 6\nTI 0\nTL 0",
@@ -99,13 +100,13 @@ struct Request
 };
 constexpr Request REQUESTS[] = {
     { XMLCommServer::REQUEST_OUTPUTS, 0, OUTPUT, "id || name FROM tq_output ORDER BY name" },
-    { XMLCommServer::REQUEST_BOOKS, 12, BOOK,
-        "id || name FROM tq_book WHERE owner_id = 12 ORDER BY name" },
+    { XMLCommServer::REQUEST_BOOKS, 1207959558, BOOK,
+        "id || name FROM tq_book WHERE owner_id = 1207959558 ORDER BY name" },
     { XMLCommServer::REQUEST_BOOKS, 0, BOOK,
         "b.id || b.name FROM tq_book b JOIN tq_book_owner w ON w.id = owner_id "
         "ORDER BY w.name, b.name" },
-    { XMLCommServer::REQUEST_JOBS, 3, JOB,
-        "id || name FROM tq_job WHERE output_id = 3 ORDER BY name, id" },
+    { XMLCommServer::REQUEST_JOBS, 1073741826, JOB,
+        "id || name FROM tq_job WHERE output_id = 1073741826 ORDER BY name, id" },
     { XMLCommServer::REQUEST_JOBS, 0, JOB,
         "j.id || j.name FROM tq_job j JOIN tq_output o ON o.id = output_id "
         "WHERE publication_id IS NULL ORDER BY o.name, j.name, j.id" },
@@ -395,15 +396,15 @@ void tst_Server::requests()
         QCOMPARE(listed, sql(sample("sample"), QByteArray("SELECT ") + row.sql));
     }
     const auto asked = [this](const char *rest) {
-        return sql(
-            sample("sample"), QByteArray("SELECT name FROM tq_job WHERE output_id = 1 ") + rest);
+        return sql(sample("sample"),
+            QByteArray("SELECT name FROM tq_job WHERE output_id = 1073741824 ") + rest);
     };
-    QVERIFY(client.jobs(1).size() > 50);
-    QCOMPARE(client.jobs(1), asked("ORDER BY name, id"));
-    QCOMPARE(client.jobs(1, 2), asked("AND state = 2 ORDER BY name, id"));
-    QCOMPARE(client.jobs(1, TQQUEUE_ALL, SORTTYPE_NAME, SORTORDER_DESCENDING),
+    QVERIFY(client.jobs(OUTPUT_ID).size() > 50);
+    QCOMPARE(client.jobs(OUTPUT_ID), asked("ORDER BY name, id"));
+    QCOMPARE(client.jobs(OUTPUT_ID, 2), asked("AND state = 2 ORDER BY name, id"));
+    QCOMPARE(client.jobs(OUTPUT_ID, TQQUEUE_ALL, SORTTYPE_NAME, SORTORDER_DESCENDING),
         asked("ORDER BY name DESC, id DESC"));
-    QCOMPARE(client.jobs(1, TQQUEUE_ALL, 0), asked("ORDER BY id"));
+    QCOMPARE(client.jobs(OUTPUT_ID, TQQUEUE_ALL, 0), asked("ORDER BY id"));
     const unsigned last = client.message.id;
     QVERIFY(!client.list(JOB) && !client.failed() && client.message.id > last);
     QVERIFY(client.jobs(0).isEmpty() && !client.failed());
@@ -417,11 +418,11 @@ void tst_Server::failures()
     Client client(sample("failing"));
     sql(sample("failing"), "ALTER TABLE tq_job RENAME TO gone");
     for (int i = 0; i < 2; ++i) {
-        QVERIFY(client.jobs(1).isEmpty() && client.failed());
+        QVERIFY(client.jobs(OUTPUT_ID).isEmpty() && client.failed());
         QVERIFY(QByteArray(client.server.errorText()).contains("tq_job"));
     }
     sql(sample("failing"), "ALTER TABLE gone RENAME TO tq_job");
-    QVERIFY(!client.jobs(1).isEmpty());
+    QVERIFY(!client.jobs(OUTPUT_ID).isEmpty());
     QVERIFY(!client.server.iserror(client.command));
     const auto stop = [](size_t, size_t) { return false; };
     std::string error;
@@ -434,7 +435,7 @@ void tst_Server::failures()
         Client none(url);
         QVERIFY(*none.server.errorText() && none.server.getConnectedPortnum() == 0);
         QVERIFY(!none.server.getConnectedHostname());
-        QVERIFY(none.jobs(1).isEmpty() && none.failed());
+        QVERIFY(none.jobs(OUTPUT_ID).isEmpty() && none.failed());
         QVERIFY(!none.archive(JOB, 300) && none.failed());
     }
 }
@@ -450,20 +451,20 @@ void tst_Server::lostConnection()
     Client client(url);
     sql(url,
         "INSERT INTO tq_job (id, output_id, name, page, state, remark) "
-        "SELECT 9999 + n, 1, n, 1, 0, repeat('x', 20000) FROM generate_series(1, 5000) n");
+        "SELECT 9999 + n, 1073741824, n, 1, 0, repeat('x', 20000) FROM generate_series(1, 5000) n");
     std::thread killer([this, &url] {
         const QByteArray sending =
             "SELECT 1 FROM pg_stat_activity WHERE wait_event = 'ClientWrite'";
         for (int i = 0; i < 1000 && sql(url, sending).isEmpty(); ++i) {}
         m_postgres.stop();
     });
-    const QByteArrayList cut = client.jobs(1);
+    const QByteArrayList cut = client.jobs(OUTPUT_ID);
     killer.join();
     QVERIFY(cut.isEmpty() && client.failed());
     QVERIFY(!client.list(PACKETDATATYPE_OUTPUTLIST) && client.failed());
     QVERIFY(!QByteArray(client.server.errorText()).contains('\n'));
     QVERIFY(m_postgres.start());
-    QVERIFY(client.jobs(1).size() > 5000 && !client.failed());
+    QVERIFY(client.jobs(OUTPUT_ID).size() > 5000 && !client.failed());
 }
 
 QTEST_GUILESS_MAIN(tst_Server)

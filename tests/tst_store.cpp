@@ -2,6 +2,7 @@
 #include "tqstore.h"
 
 #include <QRegularExpression>
+#include <QSqlError>
 #include <QtEndian>
 
 #include <csignal>
@@ -67,6 +68,11 @@ private Q_SLOTS:
     void linksOfOthersAreNotFollowed();
     void aNewStoreLetsReadersAndAWriterWorkAtATime();
     void aNameThatBeginsWithAColonIsOne();
+    void eachTableHoldsItsIdsToARangeOfItsOwn_data() { addDatabases(); }
+    void eachTableHoldsItsIdsToARangeOfItsOwn();
+    void importsAtATimeAllSucceed_data() { addDatabases(); }
+    void importsAtATimeAllSucceed();
+    void aProfileIsReplacedByOneOfItsName();
 
 private:
     QString path(const QString &name) const { return m_folder.filePath(name); }
@@ -129,19 +135,29 @@ QString createError(const QByteArray &url, const TQPROGRESS &progress = {})
     return QString::fromStdString(error);
 }
 
-void execute(const QByteArray &url, const QByteArrayList &statements)
+// What a database says against a statement; empty when it runs.
+QString sqlError(const QByteArray &url, const QByteArray &statement)
 {
     const auto name = str("statements");
+    QString error;
     {
-        auto database = QSqlDatabase::addDatabase(str("QSQLITE"), name);
-        database.setDatabaseName(str(url.mid(int(qstrlen("sqlite:")))));
-        QVERIFY(database.open());
-        for (const QByteArray &statement : statements) {
-            QSqlQuery query(database);
-            QVERIFY2(query.exec(str(statement)), statement.constData());
+        const bool isFile = url.startsWith("sqlite:");
+        auto database = QSqlDatabase::addDatabase(str(isFile ? "QSQLITE" : "QPSQL"), name);
+        database.setDatabaseName(str(url.mid(url.lastIndexOf(isFile ? ':' : '/') + 1)));
+        QSqlQuery query(database.open() ? database : QSqlDatabase());
+        if (!query.exec(str(statement))) {
+            error = query.lastError().text();
         }
     }
     QSqlDatabase::removeDatabase(name);
+    return error;
+}
+
+void execute(const QByteArray &url, const QByteArrayList &statements)
+{
+    for (const QByteArray &statement : statements) {
+        QCOMPARE(sqlError(url, statement), QString());
+    }
 }
 
 // What goes wrong when files are imported; empty when nothing does.
@@ -403,6 +419,58 @@ void tst_Store::aNameThatBeginsWithAColonIsOne()
     QCOMPARE(createError("sqlite::colon.db"), QString());
     QVERIFY(QDir::setCurrent(before));
     QCOMPARE(remainsOf(str("colon.db")), QStringList { str(":colon.db") });
+}
+
+void tst_Store::eachTableHoldsItsIdsToARangeOfItsOwn()
+{
+    const QByteArray store = urlOfRow("ranges");
+    QCOMPARE(createError(store), QString());
+    const QByteArrayList tables { "tq_job", "tq_output", "tq_book_owner", "tq_book",
+        "tq_icc_profile", "tq_publication" };
+    for (const QByteArray &table : tables) {
+        for (const QByteArray &other : tables) {
+            const QByteArray extreme = table < other ? "min" : "max";
+            const QByteArray moved = "UPDATE " + table + " SET id = (SELECT " + extreme +
+                "(id) FROM " + other + ") WHERE id = (SELECT min(id) FROM " + table + ")";
+            const bool isRefused =
+                sqlError(store, moved).contains(str("check constraint"), Qt::CaseInsensitive);
+            QVERIFY2(isRefused == (table != other), moved.constData());
+        }
+    }
+    execute(store,
+        { "INSERT INTO tq_job (id, output_id, name, page, state) "
+          "SELECT 9999, min(id), 'mine', 1, 0 FROM tq_output" });
+}
+
+void tst_Store::importsAtATimeAllSucceed()
+{
+    constexpr int IMPORTS = 18;
+    const QByteArray store = urlOfRow("imports");
+    QCOMPARE(createError(store), QString());
+    std::vector<std::unique_ptr<Child>> children;
+    for (int i = 0; i < IMPORTS; ++i) {
+        const QString file = path(str("import %1.icc").arg(i));
+        write(file, contentOf(PROFILES + str("Gray.icc")));
+        children.push_back(std::make_unique<Child>([=] { return importError(store, { file }); }));
+    }
+    for (const auto &child : children) {
+        QCOMPARE(child->answer(), QString());
+    }
+    // The sample has 8 from 0x58000000 on.
+    QCOMPARE(sql(store, "SELECT count(id) FROM tq_icc_profile"), QByteArrayList { "26" });
+    QCOMPARE(sql(store, "SELECT max(id) FROM tq_icc_profile"),
+        QByteArrayList { QByteArray::number(0x58000000 + 8 + IMPORTS - 1) });
+}
+
+void tst_Store::aProfileIsReplacedByOneOfItsName()
+{
+    const QByteArray store = sample(str("replaced.db"));
+    const QByteArray gray = "SELECT size FROM tq_icc_profile WHERE name = 'Gray'";
+    QCOMPARE(sql(store, gray), QByteArrayList { "420" });
+    QVERIFY(QDir(m_folder.path()).mkdir(str("other")));
+    QVERIFY(QFile::copy(PROFILES + str("sRGB.icc"), path(str("other/Gray.icc"))));
+    QCOMPARE(importError(store, { path(str("other/Gray.icc")) }), QString());
+    QCOMPARE(sql(store, gray), QByteArrayList { "6922" });
 }
 
 QTEST_GUILESS_MAIN(tst_Store)

@@ -1,10 +1,18 @@
 #include "schema_p.h"
 
+#include <algorithm>
+#include <cstring>
+#include <iterator>
+#include <limits>
+
 namespace {
 
 // The schema. Programs may fill and change a store with plain SQL; they keep these rules:
-// - An id is unique over all tables. An item's database key is its id and its data type: 8
-//   outputs, 21 jobs, 48 ICC profiles, 85 owners of books, 86 books.
+// - An id is unique over all tables: each has a range of its own, which it holds its ids to. Jobs
+//   have the range from 1 on. The next id of a table is the highest that it has, plus one; whoever
+//   takes one begins the transaction as this library does (see beginWriting), and so waits for
+//   others. An item's database key is its id and its data type: 8 outputs, 21 jobs, 48 ICC
+//   profiles, 85 owners of books, 86 books.
 // - Texts are UTF-8, hold no line feeds, and neither start nor end with white space, which an item
 //   loses. In a list of texts each entry is a line; in a list of numbers a blank separates the
 //   entries.
@@ -15,7 +23,7 @@ constexpr const char *STATEMENTS[] = {
     "CREATE TABLE tq_schema (version INTEGER NOT NULL)",
 
     "CREATE TABLE tq_output ("
-    " id INTEGER PRIMARY KEY,"
+    " id %tq_output.id%,"
     " name TEXT COLLATE %collation% NOT NULL UNIQUE,"
     " technology TEXT,"  // platesetter, imagesetter, proofer, digital press
     " resolution INTEGER,"  // dots per inch
@@ -27,14 +35,14 @@ constexpr const char *STATEMENTS[] = {
     " installed TEXT)",  // date
 
     "CREATE TABLE tq_book_owner ("
-    " id INTEGER PRIMARY KEY,"
+    " id %tq_book_owner.id%,"
     " name TEXT COLLATE %collation% NOT NULL,"
     " city TEXT,"
     " country TEXT,"
     " founded INTEGER)",  // year
 
     "CREATE TABLE tq_book ("
-    " id INTEGER PRIMARY KEY,"
+    " id %tq_book.id%,"
     " owner_id INTEGER NOT NULL REFERENCES tq_book_owner (id),"
     " name TEXT COLLATE %collation% NOT NULL,"  // title
     " author TEXT,"
@@ -46,7 +54,7 @@ constexpr const char *STATEMENTS[] = {
     "CREATE INDEX tq_book_by_owner ON tq_book (owner_id, name, id)",
 
     "CREATE TABLE tq_icc_profile ("
-    " id INTEGER PRIMARY KEY,"
+    " id %tq_icc_profile.id%,"
     " name TEXT COLLATE %collation% NOT NULL UNIQUE,"
     " file TEXT,"  // name of the file that it came from
     " device_class TEXT,"
@@ -56,12 +64,12 @@ constexpr const char *STATEMENTS[] = {
     " data %blob%)",
 
     "CREATE TABLE tq_publication ("  // an issue of a periodical
-    " id INTEGER PRIMARY KEY,"
+    " id %tq_publication.id%,"
     " name TEXT COLLATE %collation% NOT NULL,"
     " issued TEXT)",  // date
 
     "CREATE TABLE tq_job ("
-    " id INTEGER PRIMARY KEY,"
+    " id %tq_job.id%,"
     " output_id INTEGER NOT NULL REFERENCES tq_output (id),"
     " name TEXT COLLATE %collation% NOT NULL,"
     " publication_id INTEGER REFERENCES tq_publication (id),"
@@ -82,16 +90,42 @@ constexpr const char *STATEMENTS[] = {
     "CREATE INDEX tq_job_by_output ON tq_job (output_id, name, id)",
 };
 
+const FirstId *find(const char *table)
+{
+    return std::find_if(std::begin(FIRST_IDS), std::end(FIRST_IDS),
+        [table](const FirstId &first) { return std::strcmp(first.table, table) == 0; });
+}
+
+// The column of a table's ids.
+QString idColumn(const char *table)
+{
+    return QStringLiteral("INTEGER PRIMARY KEY CHECK (id BETWEEN %1 AND %2)")
+        .arg(firstId(table))
+        .arg(lastId(table));
+}
+
 }  // namespace
+
+int firstId(const char *table) { return find(table)->id; }
+
+int lastId(const char *table)
+{
+    const FirstId *next = find(table) + 1;
+    return next == std::end(FIRST_IDS) ? std::numeric_limits<int>::max() : next->id - 1;
+}
 
 QStringList schemaStatements(const Dialect &dialect)
 {
     QStringList statements;
     for (const char *text : STATEMENTS) {
-        statements.append(
-            QString::fromLatin1(text)
-                .replace(QLatin1String("%collation%"), QLatin1String(dialect.collation))
-                .replace(QLatin1String("%blob%"), QLatin1String(dialect.blob)));
+        QString statement = QString::fromLatin1(text);
+        statement.replace(QLatin1String("%collation%"), QLatin1String(dialect.collation));
+        statement.replace(QLatin1String("%blob%"), QLatin1String(dialect.blob));
+        for (const FirstId &first : FIRST_IDS) {
+            const QString mark = QStringLiteral("%%1.id%").arg(QLatin1String(first.table));
+            statement.replace(mark, idColumn(first.table));
+        }
+        statements.append(statement);
     }
     statements.append(QStringLiteral("INSERT INTO tq_schema VALUES (%1)").arg(SCHEMA_VERSION));
     return statements;

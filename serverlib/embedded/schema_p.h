@@ -24,10 +24,28 @@ inline constexpr Dialect SQLITE { "QSQLITE", "BLOB", "BINARY",
 inline constexpr Dialect POSTGRESQL { "QPSQL", "BYTEA", "\"C\"",
     "SELECT count(*) FROM pg_tables WHERE tablename = 'tq_schema' "
     "AND schemaname = ANY (current_schemas(false))",
-    "BEGIN ISOLATION LEVEL REPEATABLE READ, READ ONLY", "BEGIN",
+    "BEGIN ISOLATION LEVEL REPEATABLE READ, READ ONLY", "BEGIN ISOLATION LEVEL READ COMMITTED",
     "SELECT pg_advisory_xact_lock(8025545361711)" };  // a number of this system's own
 
-constexpr int SCHEMA_VERSION = 1;
+constexpr int SCHEMA_VERSION = 2;
+
+// The first id of each table; what follows up to that of the next one is its own. So an id is of
+// one item only, and the highest of a table tells which one comes next.
+struct FirstId
+{
+    const char *table;
+    int id;
+};
+constexpr FirstId FIRST_IDS[] = {
+    { "tq_job", 1 },
+    { "tq_output", 0x40000000 },
+    { "tq_book_owner", 0x48000000 },
+    { "tq_book", 0x50000000 },
+    { "tq_icc_profile", 0x58000000 },
+    { "tq_publication", 0x60000000 },
+};
+int firstId(const char *table);
+int lastId(const char *table);
 
 // The statements that create the tables, in order.
 QStringList schemaStatements(const Dialect &dialect);

@@ -71,7 +71,7 @@ QString createdText(size_t serial)
         .arg(serial * 7 % 60, 2, 10, QLatin1Char('0'));
 }
 
-// Fills an empty store; ids count up over all tables. Does nothing more after a failure.
+// Fills an empty store; the ids of each table count up. Does nothing more after a failure.
 class Seeder
 {
 public:
@@ -176,29 +176,38 @@ private:
         insert(JOB, values);
     }
 
+    // What is known of a table that rows are put into.
+    struct Table
+    {
+        explicit Table(const Target &target)
+            : statement(insertStatement(target)), nextId(firstId(target.table))
+        {
+        }
+        QString statement;
+        int nextId;
+    };
+
     int insert(const Target &target, QVariantList values)
     {
-        QString &statement = m_statements[&target];
-        if (statement.isNull()) {
-            statement = insertStatement(target);
+        Table &table = m_tables.try_emplace(&target, target).first->second;
+        const int id = table.nextId++;
+        values.prepend(id);
+        m_ok = m_ok && m_database.run(table.statement, values);
+        ++m_done;
+        if (m_ok && m_progress && (m_done % PROGRESS_STEP == 0 || m_done == m_total)) {
+            m_ok = m_progress(m_done, m_total) || m_database.fail(QLatin1String(INTERRUPTED));
         }
-        values.prepend(++m_lastId);
-        m_ok = m_ok && m_database.run(statement, values);
-        const auto done = static_cast<size_t>(m_lastId);
-        if (m_ok && m_progress && (done % PROGRESS_STEP == 0 || done == m_total)) {
-            m_ok = m_progress(done, m_total) || m_database.fail(QLatin1String(INTERRUPTED));
-        }
-        return m_lastId;
+        return id;
     }
 
     Database &m_database;
     const TQPROGRESS &m_progress;
     size_t m_total;
     bool m_ok = true;
-    int m_lastId = 0;
+    size_t m_done = 0;  // rows
     size_t m_jobs = 0;
     std::vector<int> m_profiles;
-    std::map<const Target *, QString> m_statements;
+    std::map<const Target *, Table> m_tables;
 };
 
 QDate issueDate(const Sample::Periodical &periodical, int issue)
@@ -382,14 +391,18 @@ int storeProfile(Database &database, const IccProfile &profile)
         const QString statement = QStringLiteral("SELECT id FROM tq_icc_profile WHERE name = ?");
         return database.valueOf(statement, { profile.name }).toInt();
     }
-    const QVariant lastId = database.valueOf(QStringLiteral(
-        "SELECT coalesce(max(id), 0) FROM (SELECT id FROM tq_output UNION ALL SELECT id FROM "
-        "tq_book_owner UNION ALL SELECT id FROM tq_book UNION ALL SELECT id FROM tq_icc_profile "
-        "UNION ALL SELECT id FROM tq_publication UNION ALL SELECT id FROM tq_job) ids"));
-    if (lastId.isNull()) {
+    const QVariant highest =
+        database.valueOf(QStringLiteral("SELECT coalesce(max(id), %1) FROM tq_icc_profile")
+                             .arg(firstId(PROFILE.table) - 1));
+    if (highest.isNull()) {
         return 0;
     }
-    const int id = lastId.toInt() + 1;
+    if (highest.toInt() == lastId(PROFILE.table)) {
+        database.fail(
+            QStringLiteral("%1: no id is left for an ICC profile").arg(database.address().label()));
+        return 0;
+    }
+    const int id = highest.toInt() + 1;
     query = database.run(insertStatement(PROFILE),
         { id, profile.name, profile.file, profile.deviceClass, profile.colourSpace, profile.version,
             int(profile.bytes.size()), profile.bytes });

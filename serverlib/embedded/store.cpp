@@ -97,30 +97,22 @@ bool createStore(const char *url, const Seed &seed, std::string &error)
     return created;
 }
 
-bool readProfiles(
-    const std::vector<std::string> &files, std::vector<IccProfile> &profiles, QString &error)
-{
-    for (const std::string &file : files) {
-        auto profile = IccProfile::read(QByteArray::fromStdString(file), error);
-        if (!profile) {
-            return false;
-        }
-        profiles.push_back(std::move(*profile));
-    }
-    return true;
-}
-
-bool storeProfiles(Database &database, const std::vector<IccProfile> &profiles,
+// One file after the other, as all of them may be too much for the memory.
+bool storeProfiles(Database &database, const std::vector<std::string> &files,
     std::vector<TQKEY_ELEMENT> &keys, const TQPROGRESS &progress)
 {
-    size_t done = 0;
-    for (const IccProfile &profile : profiles) {
-        const int id = storeProfile(database, profile);
+    for (const std::string &file : files) {
+        QString error;
+        const auto profile = IccProfile::read(QByteArray::fromStdString(file), error);
+        if (!profile) {
+            return database.fail(error);
+        }
+        const int id = storeProfile(database, *profile);
         if (id == 0) {
             return false;
         }
         keys.push_back({ unsigned(id), PACKETDATATYPE_ICCPROFILE });
-        if (progress && !progress(++done, profiles.size())) {
+        if (progress && !progress(keys.size(), files.size())) {
             return database.fail(QLatin1String(INTERRUPTED));
         }
     }
@@ -147,16 +139,15 @@ bool TQImportProfiles(const char *url, const std::vector<std::string> &files,
 {
     QString reason;
     std::vector<TQKEY_ELEMENT> stored;
-    std::vector<IccProfile> profiles;
     const auto address = StoreAddress::parse(url ? url : "", reason);
     bool imported = false;
     if (address && address->isMemory()) {
         reason = QStringLiteral("a store in memory cannot be kept");
-    } else if (address && readProfiles(files, profiles, reason)) {
+    } else if (address) {
         Database database;
         // The tables are checked in the transaction, so that nobody adds a trigger meanwhile.
         imported = database.open(*address, false) && database.beginWriting() &&
-            checkSchema(database) && storeProfiles(database, profiles, stored, progress) &&
+            checkSchema(database) && storeProfiles(database, files, stored, progress) &&
             database.commit();
         reason = database.error();
     }
