@@ -184,9 +184,9 @@ public Q_SLOTS:
     /// setChecked() with the opposite of isChecked().
     void toggle();
     /// Writes the checked state, then emits toggled() with the state as it reads back.
-    void setChecked(bool checked);
+    void setChecked(bool /*checked*/);
     /// Writes what isEnabled() reads; emits nothing.
-    void setEnabled(bool enabled);
+    void setEnabled(bool /*enabled*/);
 
 private:
     QRect m_rect;

@@ -42,7 +42,7 @@ public Q_SLOTS:
     /// @{
     /// Takes one occurrence of the action off the list and disconnects it from the group; null, or
     /// none, stands for the sender of the signal.
-    void removeAction(XMLAction *action);
+    void removeAction(XMLAction * /*action*/);
     void removeAction();
     /// @}
     /// Answers a member's toggling(): true means that the toggle is allowed. Only a checked member

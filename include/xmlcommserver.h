@@ -7,8 +7,6 @@
 
 #include <QList>
 
-#include <memory>
-
 class TQCommServer;
 class XMLAction;
 
@@ -16,6 +14,8 @@ class XMLAction;
 ///
 /// A request is a packet whose first action has one of the REQUEST types. Each is served at once
 /// inside receive() and gets at most one reply packet; errors are never reported to the requester.
+/// The server library may run an event loop meanwhile. When the router is deleted in it, a listing
+/// ends without a reply.
 class TQXML_EXPORT XMLCommServer : public XMLAgent
 {
 public:
@@ -48,18 +48,19 @@ public:
 
     /// @{
     /// Send one item per record, for the owners in the request's key list or, without one, for
-    /// all owners. Books and publications send nothing when nothing is found, jobs an empty reply.
+    /// all owners. Without any record the books and the publications send nothing, and the jobs an
+    /// empty reply.
     void sendBooks(int destinationAgentID, XMLAction *request) const;
     /// Leaves out the jobs of publications unless the request's exclude_publications is false.
     void sendTQJOBs(int destinationAgentID, XMLAction *request) const;
     /// One job for each publication, that with the lowest page number, under the publication's
-    /// name; by ascending publication identifier.
+    /// name; by ascending publication identifier. Where jobs are found, but none that belongs to a
+    /// publication, the reply is empty.
     void sendPublications(int destinationAgentID, XMLAction *request) const;
     /// @}
 
 private:
     void serve(int source, XMLAction &request) const;
-    void reply(std::unique_ptr<XMLPacket> packet) const;
 
     TQCommServer *m_commServer;  // not owned; may be null
 };

@@ -2,6 +2,7 @@
 #define XMLPACKETABLE_H
 
 #include "xmlobject.h"
+#include "xpkreference.h"
 
 #include "tqstorageclass.h"
 #include "tqtypes.h"
@@ -11,7 +12,6 @@
 class ArchiveNode;
 class TQCommServer;
 class TQPacketable;
-class XPKReference;
 
 /// The XML form of one server item: an element "packetable" with the item's name, key, data type
 /// and two flags as attributes, and an "item" child that holds its fields.

@@ -43,7 +43,10 @@ public:
     /// router.
     void add(XMLAgent *agent);
     /// Takes off whoever is registered under the agent's current id, and tells the others; null is
-    /// ignored. It must be an agent of this router. Packets queued for it count as undeliverable.
+    /// ignored. Packets queued for it count as undeliverable.
+    ///
+    /// For an agent that was never added nobody is taken off, but the others hear of the removal
+    /// of 0, its id. Do not pass an agent of another router: its id is somebody else's here.
     void remove(XMLAgent *agent);
 
     /// True when there is an agent under that id.
@@ -91,6 +94,7 @@ private:
     XMLAgentBroker *m_agentBroker = nullptr;  // owned; null until set
     QPointer<QAbstractEventDispatcher> m_dispatcher;  // the one that knows of the running timer
     int m_deliveries = 0;  // calls of send() that are delivering, one inside the other
+    bool m_hasSent = false;  // a packet was queued since the timer last ran out
     QList<int> m_supplying;  // types the broker is being asked for
 };
 

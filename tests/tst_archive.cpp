@@ -159,6 +159,7 @@ private Q_SLOTS:
     void content();
     void matching_data() { addRows(MATCHES); }
     void matching();
+    void largeKeys();
     void placement();
     void nullNodes();
     void profiles();
@@ -259,6 +260,33 @@ void tst_Archive::matching()
         found += e.firstChildElement().isNull() ? QString() : e.tagName();
     }
     QCOMPARE(found, str(row.fields));
+}
+
+// Both words of a key count in full: each of the fields gets the one item that it refers to.
+void tst_Archive::largeKeys()
+{
+    constexpr unsigned int WORDS[] = { 1, 2, 0x10001, 0x10002, 0x80000001, 0xffffffff };
+    QByteArray lines;
+    std::vector<Node> children;
+    for (const unsigned int key : WORDS) {
+        for (const unsigned int hkey : WORDS) {
+            const QByteArray words =
+                QByteArray::number(key, 16) + ' ' + QByteArray::number(hkey, 16);
+            lines += "3 " + words + '\n';
+            children.push_back(makeNode({ key, hkey }, words.constData(), ""));
+        }
+    }
+    const Node root = makeNode({ 1, HKEY }, "root", lines);
+    const auto item = load(root.get());
+    for (const Node &child : children) {
+        item->insertInlineData(m_server, child.get());
+    }
+    const QDomElement own = item->getNodeConst().firstChildElement(XMLPacketable::ITEM);
+    for (QDomElement e = own.firstChildElement(); !e.isNull(); e = e.nextSiblingElement()) {
+        QCOMPARE(XMLPacketable::getName(e.firstChildElement()),
+            e.attribute(XMLPacketable::KEY) + str(" ") + e.attribute(XMLPacketable::HKEY));
+        QCOMPARE(e.childNodes().count(), 1);
+    }
 }
 
 // Every referring field of the item's own blocks gets a copy of its own, whatever its kind;

@@ -38,7 +38,7 @@ void tst_Startup::sentBeforeApplication()
     QVERIFY(log.isEmpty() && !QCoreApplication::instance());
     QCoreApplication application(m_argc, nullptr);
     run(application);
-    QCOMPARE(log.join(QLatin1Char(' ')), str("1<a 1<b 1<c"));
+    QCOMPARE(log.join(str(", ")), str("1 got a, 1 got b, 1 got c"));
     QVERIFY(!dropped);
 }
 
@@ -61,7 +61,7 @@ void tst_Startup::applicationAnew()
             application.reset(new QCoreApplication(m_argc, nullptr));
         }
         run(*application);
-        QCOMPARE(log.join(QLatin1Char(' ')), str("1<early 1<a 1<b"));
+        QCOMPARE(log.join(str(", ")), str("1 got early, 1 got a, 1 got b"));
     }
 }
 

@@ -39,6 +39,7 @@ private Q_SLOTS:
     void attributes();
     void lists();
     void toggling();
+    void signalsAndSlots();
 };
 
 void tst_XMLAction::properties()
@@ -146,6 +147,13 @@ void tst_XMLAction::toggling()
     action.setNode(QDomElement());
     action.setChecked(true);
     QCOMPARE(states, str("1100"));
+}
+
+void tst_XMLAction::signalsAndSlots()
+{
+    QCOMPARE(methodsOf(XMLAction::staticMetaObject),
+        QStringList({ str("signal toggled(bool) checked"), str("signal toggling(bool&) cancel"),
+            str("slot toggle()"), str("slot setChecked(bool)"), str("slot setEnabled(bool)") }));
 }
 
 QTEST_GUILESS_MAIN(tst_XMLAction)

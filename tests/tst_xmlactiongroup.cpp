@@ -121,6 +121,7 @@ private Q_SLOTS:
     void lifetime();
     void strangers();
     void manyMembers();
+    void signalsAndSlots();
 };
 
 void tst_XMLActionGroup::updates()
@@ -220,6 +221,14 @@ void tst_XMLActionGroup::manyMembers()
     const std::clock_t start = std::clock();
     group.toggleAction(&members.back());
     QVERIFY(std::clock() - start < 5 * CLOCKS_PER_SEC);
+}
+
+void tst_XMLActionGroup::signalsAndSlots()
+{
+    QCOMPARE(methodsOf(XMLActionGroup::staticMetaObject),
+        QStringList({ str("signal triggered(XMLAction*) action"), str("slot updateActions()"),
+            str("slot removeAction(XMLAction*)"), str("slot removeAction()"),
+            str("slot approveToggle(bool&) approved") }));
 }
 
 QTEST_GUILESS_MAIN(tst_XMLActionGroup)

@@ -55,10 +55,12 @@ QString describe(const XMLPacket &packet)
 struct Bridge
 {
     explicit Bridge(bool connected = true)
-        : agent(1, &log, false), server(""), router(connected ? &server : nullptr, nullptr, "hub")
+        : agent(1, &log, false), server(""),
+          router(new XMLRouter(connected ? &server : nullptr, nullptr, "hub"))
     {
-        router.add(&agent);
+        router->add(&agent);
     }
+    ~Bridge() { delete router; }
 
     // Sends a request; the reply, "none" without one. The keys are two lists of words.
     QString ask(int type, const char *keys = "", const char *hkeys = "", char exclude = '0')
@@ -76,7 +78,7 @@ struct Bridge
         packet->append(request);
         request.setType(OUTPUTS);
         packet->append(request);  // the first action only
-        router.send(packet);
+        router->send(packet);
         runEvents();
         const XMLPacket *reply = agent.packets.value(0);
         if (sent || agent.packets.size() > 1 || (reply && reply->getSourceAgentID() != -1)) {
@@ -88,7 +90,7 @@ struct Bridge
     QStringList log;
     RecordingAgent agent;
     TQCommServer server;
-    XMLRouter router;
+    QPointer<XMLRouter> router;
 };
 
 struct Request
@@ -184,6 +186,7 @@ private Q_SLOTS:
     void publications_data() { addRows(CHOICES); }
     void publications();
     void faults();
+    void theRouterMayBeDeletedInsideAnyCall();
     void packets();
     void operations();
 };
@@ -258,6 +261,33 @@ void tst_XMLCommServer::faults()
     }
 }
 
+// As by an event loop that the server library runs. The listing ends without a reply, gives back
+// all records (see cleanup()) and asks for nothing more.
+void tst_XMLCommServer::theRouterMayBeDeletedInsideAnyCall()
+{
+    for (int type = OUTPUTS; type <= JOBS; ++type) {
+        int calls = 0;
+        QString reply = str("none");
+        for (int last = 0; reply == str("none"); ++last) {
+            script() = sample();
+            Bridge bridge;
+            calls = 0;
+            script().onCall = [&] {
+                const QString call = QString::fromStdString(script().calls.back());
+                QVERIFY2(bridge.router || !call.startsWith(str("get")), qPrintable(call));
+                // Lists are freed when the reply is queued: a router that dies then leaves it.
+                if (!call.startsWith(str("TQPacketFree")) && calls++ == last) {
+                    delete bridge.router;
+                }
+            };
+            reply = bridge.ask(type);
+            QCOMPARE(bridge.router.isNull(), reply == str("none"));
+            cleanup();
+        }
+        QVERIFY(calls > 5);
+    }
+}
+
 // Packets that are no requests: gone when control is back at the event loop, an empty one at once.
 void tst_XMLCommServer::packets()
 {
@@ -291,6 +321,12 @@ void tst_XMLCommServer::operations()
     QVERIFY(Record::of(books)->data.name == "B3" && script().records.size() == 3);
     TQPacketFreeList(&books, PACKETDATATYPE_BOOK);
     QVERIFY(!bridge.getBooks(QList<TQKEY_ELEMENT *>()) && !bridge.getTQJOBs({ nullptr, &first }));
+    // An event loop may end the bridge itself.
+    auto own = std::make_unique<XMLCommServer>(&server);
+    script().onCall = [&own] { own.reset(); };
+    books = reinterpret_cast<TQLISTRECORD *>(own->getBooks({ &first, &second }));
+    QCOMPARE(script().records.size(), size_t(3));
+    TQPacketFreeList(&books, PACKETDATATYPE_BOOK);
     XMLAction request;
     for (XMLAction *action : { &request, static_cast<XMLAction *>(nullptr) }) {
         bridge.sendOUTPUTs(1);

@@ -38,6 +38,8 @@ private Q_SLOTS:
     void readNumbers();
     void readLists();
     void properties();
+    void aPropertyEndsWithItsElement();
+    void tabsAndLineEndsInAttributesAreWritten();
     void nullElements();
 };
 
@@ -177,6 +179,20 @@ void tst_XMLObject::properties()
     const Xml expected("<e><p><!--c-->new<q>x</q>more</p><none><q/></none><void/><p>2</p>"
                        "<added>new</added></e>");
     QCOMPARE(canonical(xml.root), canonical(expected.root));
+}
+
+void tst_XMLObject::aPropertyEndsWithItsElement()
+{
+    const Xml page("<page><name>Cover<b>!</b></name><colour>red</colour></page>");
+    QCOMPARE(O::getProperty(page.root, str("name")), str("Cover!"));
+}
+
+void tst_XMLObject::tabsAndLineEndsInAttributesAreWritten()
+{
+    const QString text = str("first\tcolumn\nsecond\r\nline \"<&>\"");
+    O object(O::XMLOBJECT_MSG);
+    object.getNodeConst().toElement().setAttribute(P, text);
+    QCOMPARE(Xml(object.toString()).root.attribute(P), text);
 }
 
 void tst_XMLObject::nullElements()

@@ -10,6 +10,7 @@
 #include <QProcess>
 
 #include <climits>
+#include <ctime>
 #include <random>
 
 #include <dlfcn.h>
@@ -126,6 +127,8 @@ private Q_SLOTS:
     void items();
     void damagedPacket();
     void equality();
+    void manyAttributes();
+    void aDeepTreeIsCutInACopy();
     void hashSeeds();
     void lifetime();
 };
@@ -234,6 +237,50 @@ void tst_XMLPacket::equality()
         equal += isEqual;
     }
     QVERIFY2(equal > 1500 && equal < 4500, qPrintable(QString::number(equal)));
+}
+
+// Equality with many attributes: exact, and in time that grows with them, not with their square.
+void tst_XMLPacket::manyAttributes()
+{
+    for (const bool isPrefixed : { false, true }) {
+        std::clock_t times[2];
+        for (const int count : { 500, 8000 }) {
+            XMLPacket packets[2];
+            XMLMessage message;
+            QDomElement elements[] = { packets[0].append(message), packets[1].append(message) };
+            for (int i = 0; i < 2 * count; ++i) {  // in opposite orders
+                const QString n = QString::number(i % 2 == 0 ? i / 2 : count - 1 - i / 2);
+                isPrefixed ? elements[i % 2].setAttributeNS(str("urn:x"), str("x:a") + n, n)
+                           : elements[i % 2].setAttribute(str("a") + n, n);
+            }
+            std::clock_t &time = times[count == 500 ? 0 : 1];
+            for (int run = 0; run < 3; ++run) {
+                const std::clock_t start = std::clock();
+                QVERIFY(packets[0] == packets[1]);
+                const std::clock_t taken = std::clock() - start;
+                time = run == 0 ? taken : qMin(time, taken);
+            }
+            elements[0].attributes().item(count / 2).setNodeValue(str("\" b=\""));
+            QVERIFY(packets[0] != packets[1]);
+        }
+        QVERIFY2(times[1] < 80 * times[0], qPrintable(QString::number(times[1])));
+    }
+}
+
+// Copying takes no more stack for a deep tree than for a shallow one.
+void tst_XMLPacket::aDeepTreeIsCutInACopy()
+{
+    XMLPacket packet;
+    XMLMessage message;
+    QDomElement e = packet.append(message);
+    QDomDocument document = e.ownerDocument();
+    e.appendChild(deepTree(document, str("x"), 30000));
+    runOnSmallStack([&] {
+        XMLPacket copy;
+        copy = packet;
+        QVERIFY(copy != packet);
+        QCOMPARE(copy.hasNodesOfType(XMLObject::XMLOBJECT_MSG), true);
+    });
 }
 
 // The order of attributes goes by a hash, whose seed each process draws.

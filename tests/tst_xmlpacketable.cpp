@@ -5,8 +5,6 @@
 #include "util.h"
 #include "xmlaction.h"
 
-#include <QThread>
-
 #include <cstring>
 #include <ctime>
 #include <memory>
@@ -115,14 +113,6 @@ QByteArray nested(int levels)
     return "SI 63\n" + (levels > 1 ? list : QByteArray()) + "101 after\nTI 0\n";
 }
 
-void runOnSmallStack(const std::function<void()> &work)
-{
-    const std::unique_ptr<QThread> thread(QThread::create(work));
-    thread->setStackSize(1024 * 1024);
-    thread->start();
-    thread->wait();
-}
-
 // The most memory that the process had since the last call, in bytes.
 qint64 takePeak()
 {
@@ -154,6 +144,8 @@ private Q_SLOTS:
     void largeText();
     void serverItems();
     void lifetime();
+    void valuesCountByTagName();
+    void referencesAreCompleteHere();
 };
 
 void tst_XMLPacketable::attributes()
@@ -434,6 +426,33 @@ void tst_XMLPacketable::lifetime()
         QVERIFY(packetOf(item.getNodeConst()).startsWith(str("SI 8\n1 x\nTI 0\n")));
         QVERIFY(item.getDataConst());
     }
+}
+
+// The entries of an array, also where they come from a document with namespaces.
+void tst_XMLPacketable::valuesCountByTagName()
+{
+    Xml xml("<_f01><value>1</value></_f01>");
+    QDomElement value = xml.document.createElementNS(str("urn:n"), str("n:value"));
+    XMLObject::createTextNodeV(value, str("2"));
+    xml.root.appendChild(value);
+    xml.root.appendChild(xml.document.createElementNS(str("urn:n"), str("n:values")));
+    QCOMPARE(X().toNumberArrayValuePacket(xml.root), str("f01 2 1 2\n"));
+    QCOMPARE(X().toStringArrayValuePacket(xml.root), str("f01 2 1\r2\n"));
+}
+
+// Who includes this header alone can delete references, and their items with them.
+void tst_XMLPacketable::referencesAreCompleteHere()
+{
+    X item;
+    item.setData(Xml("<packetable datatype='63'><item datatype='63'><_901 value='x'><packetable/>"
+                     "</_901></item></packetable>")
+                     .root);
+    QList<XPKReference *> references;
+    QVERIFY(item.getXPKReferences(references));
+    const QPointer<X> referred = references.first()->packetable;
+    QVERIFY(referred);
+    qDeleteAll(references);
+    QVERIFY(!referred);
 }
 
 QTEST_GUILESS_MAIN(tst_XMLPacketable)

@@ -2,139 +2,141 @@
 #include "xmlagentbroker.h"
 #include "xmlrouter.h"
 
-#include <QMetaMethod>
 #include <QTimer>
-
-#include <cstring>
 
 namespace {
 
+constexpr int TYPE = 7;  // of the agents, unless a test says another
+
+// A router with agents 1, 2 and 3, which log what they get and what they hear of removals.
+class Hub
+{
+public:
+    Hub() : router(new XMLRouter(nullptr, nullptr, "hub"))
+    {
+        for (int id = 1; id <= 3; ++id) {
+            add();
+        }
+    }
+    ~Hub()
+    {
+        delete router;
+        qDeleteAll(m_agents);
+        qDeleteAll(packetsLeft());
+    }
+
+    RecordingAgent *add(int type = TYPE)
+    {
+        auto agent = new RecordingAgent(type, &m_log);
+        router->add(agent);
+        m_agents[agent->getAgentID()] = agent;
+        return agent;
+    }
+    RecordingAgent *agent(int id) const { return m_agents.value(id); }
+    void remove(int id) { router->remove(agent(id)); }
+    void removeAndDelete(int id)
+    {
+        remove(id);
+        delete m_agents.take(id);
+    }
+
+    XMLPacket *send(int from, int to, const char *text)
+    {
+        XMLPacket *packet = makePacket(from, to, str(text));
+        m_packets.append(packet);
+        router->send(packet);
+        return packet;
+    }
+    // What happened since the last call, with what the event loop delivers now.
+    QString deliver()
+    {
+        runEvents();
+        return takeLog();
+    }
+    QString takeLog() { return std::exchange(m_log, {}).join(str(", ")); }
+    void note(const char *event) { m_log += str(event); }
+
+    // Packets that were sent, and that neither the router nor an agent has deleted.
+    QList<XMLPacket *> packetsLeft() const
+    {
+        QList<XMLPacket *> left;
+        for (const QPointer<XMLPacket> &packet : m_packets) {
+            if (packet) {
+                left.append(packet);
+            }
+        }
+        return left;
+    }
+
+    QPointer<XMLRouter> router;
+
+private:
+    QStringList m_log;
+    QMap<int, RecordingAgent *> m_agents;
+    QList<QPointer<XMLPacket>> m_packets;
+};
+
+// A broker that supplies, and ends, as a test says.
 class Broker : public XMLAgentBroker
 {
 public:
-    using Supply = std::function<int(XMLRouter *, int)>;
-    Broker(QStringList *log, const Supply *supply) : m_log(log), m_supply(supply) {}
-    ~Broker() override { *m_log += str("gone"); }
-    int supplyAgent(int agentType) override { return (*m_supply)(router, agentType); }
+    using Supply = std::function<int(XMLRouter &, int)>;
+    explicit Broker(Supply supply, std::function<void(XMLRouter &)> end = nullptr)
+        : m_supply(std::move(supply)), m_end(std::move(end))
+    {
+    }
+    ~Broker() override
+    {
+        if (m_end) {
+            m_end(*router);
+        }
+    }
+    int supplyAgent(int agentType) override
+    {
+        const Supply supply = m_supply;  // a copy, as it may delete this broker
+        return supply(*router, agentType);
+    }
 
 private:
-    QStringList *m_log;
-    const Supply *m_supply;
+    const Supply m_supply;
+    const std::function<void(XMLRouter &)> m_end;
 };
 
-// A router with agents 1 to 3, which want removals, and a stranger, 0, that was never added.
-struct World
+Broker *brokerOf(int id)
 {
-    World() : router(new XMLRouter(nullptr, nullptr, "hub"))
-    {
-        agents[0] = new RecordingAgent(7, &log);
-        run(str("+ + +"));
-    }
-    ~World()
-    {
-        delete router;
-        qDeleteAll(agents);
-        runEvents();
-    }
+    return new Broker([id](XMLRouter &, int) { return id; });
+}
 
-    // Steps as words: "1>2:a" sends the text a from 1 to 2, others name an agent or none.
-    void run(const QString &words)
-    {
-        const QMap<QString, std::function<void(int)>> steps {
-            { str("+"), [&](int) { router->add(agents[++lastID] = new RecordingAgent(7, &log)); } },
-            { str("*"), [&](int id) { router->add(agents[id]); } },
-            { str("-"), [&](int id) { router->remove(agents[id]); } },
-            { str("~"), [&](int id) { delete agents.take(id); } },
-            { str("?"), [&](int id) { router->notifyAgentRemovals(id); } },
-            { str("s"), [&](int id) { packets.last()->setSourceAgentID(id); } },
-            { str("="), [&](int i) { router->send(packets.at(i)); } },
-            { str("!"), [&](int) { router->send(); } },
-            { str("@"), [&](int) { QTest::qWait(20); } },
-            { str("B"), [&](int) { router->setAgentBroker(new Broker(&log, nullptr)); } },
-            { str("X"), [&](int) { delete router; } },
-            { str("Z"), [&](int) { QTimer::singleShot(10, router, [&] { delete router; }); } },
-            { str("W"), [&](int) { QVERIFY(QTest::qWaitFor([&] { return !router; }, 60000)); } },
-        };
-        for (const QString &word : words.split(QLatin1Char(' '))) {
-            const auto step = steps.value(word.left(1));
-            if (word.contains(QLatin1Char('>'))) {
-                post(word.section(QLatin1Char(':'), 0, 0).split(QLatin1Char('>')),
-                    word.section(QLatin1Char(':'), 1));
-            } else if (step) {
-                step(word.mid(1).toInt());
-            }
-        }
-    }
-    // The ids as texts, which may be none of a number.
-    void post(const QStringList &ids, const QString &text)
-    {
-        XMLPacket *packet = makePacket(0, 0, text);
-        XMLMessage message;
-        QDomNode id = packet->append(message).parentNode().previousSibling().firstChild();
-        for (int i = 0; i < 2; ++i, id = id.nextSibling()) {
-            id.toElement().setAttribute(XMLPacket::AGENT_ID, ids.at(i));
-        }
-        packets.append(packet);
-        router->send(packet);
-    }
-    QString takeLog() { return std::exchange(log, {}).join(QLatin1Char(' ')); }
+void deleteRouterInALoop(Hub &hub)
+{
+    QTimer::singleShot(10, hub.router, [&hub] { delete hub.router; });
+    QVERIFY(QTest::qWaitFor([&hub] { return !hub.router; }, 60000));
+}
 
-    QStringList log;
-    int lastID = 0;
-    QMap<int, RecordingAgent *> agents;
-    QPointer<XMLRouter> router;
-    QList<QPointer<XMLPacket>> packets;  // all that were sent
-};
-
-constexpr Case DELIVERIES[] = {
-    { "first in, first out", "1>2:a 1>3:b 3>2:c 1>1:d", "2<a 3<b 2<c 1<d" },
-    { "the same content twice", "1>2:a 1>2:a", "2<a" },
-    { "a, b, a", "1>2:a 1>2:b 1>2:a", "2<a 2<b 2<a" },
-    { "other ids make another packet", "1>2:a 1>3:a 3>2:a", "2<a 3<a 2<a" },
-    { "unregistered senders", "0>2:a 99>2:b", "" },
-    { "the bridge as sender", "-1>2:a", "2<a" },
-    { "sender removed before", "-3 3>2:a", "1-3 2-3" },
-    { "sender removed after", "1>2:a -1", "2-1 3-1 2<a" },
-    { "queued already", "1>2:a =0 1>3:b", "2<a 3<b" },
-    { "dropped already", "0>2:a s1 =0", "" },
-    { "slot called by hand", "1>2:a ! 1>2:a !", "2<a 2<a" },
-    { "unknown destination", "1>99:a 1>2:b", "1-99 2-99 3-99 2<b" },
-    { "removed destination", "1>2:a -2 !", "1-2 3-2 1-2 3-2" },
-    { "removed twice", "-2 -2", "1-2 3-2 1-2 3-2" },
-    { "never added", "-0", "1-0 2-0 3-0" },
-    { "added twice", "*1 2>1:a 2>4:b ! -1 2>1:c ?1", "4<a 4<b 2-4 3-4 4-1 2-1 3-1 4<c" },
-    { "router deleted", "X", "1--1 2--1 3--1" },
-    { "senders beyond int", "4294967297>2:a 2147483648>2:b one>2:c", "" },
-    { "destinations beyond int", "1>4294967298:a", "1-0 2-0 3-0" },
-    { "the highest id", "1>2147483647:a", "1-2147483647 2-2147483647 3-2147483647" },
-};
-
-// What agent 2 does while it is served: in receive(), with two more packets waiting, and in
-// agentRemoved(), when a packet was undeliverable, or when agent 3 is being removed.
-struct Reentrance
+// What agent 2 does while it is served, and what happens from then on.
+struct Reaction
 {
     const char *name;
-    const char *words;
-    const char *received;  // behind "2<a "
-    const char *undelivered;  // behind "1-99 2-99 "
-    const char *removed;  // behind "1-3 2-3 "
+    void (*react)(Hub &hub);
+    const char *log;
 };
-constexpr Reentrance REENTRANCE[] = {
-    { "sends", "2>1:x", "3<b 2<c 1<x", "3-99 3<b 2<c 1<x", "1<x" },
-    { "adds", "+ 2>4:x", "3<b 2<c 4<x", "3-99 3<b 2<c 4<x", "4<x" },
-    { "adds itself", "*2", "3<b 4<c", "3-99 3<b 4<c", "" },
-    { "removes 3", "-3", "1-3 2-3 1-3 2-3 2<c", "1-3 2-3 1-3 2-3 2<c", "1-3 2-3" },
-    { "removes itself", "-2", "1-2 3-2 3<b 1-2 3-2", "1-2 3-2 3-99 3<b 1-2 3-2", "1-2" },
-    { "deletes 1", "-1 ~1", "2-1 3-1 3<b 2<c", "2-1 3-1 3-99 3<b 2<c", "2-1" },
-    { "deletes itself", "-2 ~2", "1-2 3-2 3<b 1-2 3-2", "1-2 3-2 3-99 3<b 1-2 3-2", "1-2" },
-    { "deletes all", "-1 ~1 -3 ~3 -2 ~2", "2-1 3-1 2-3", "2-1 3-1 2-3", "2-1 2-3" },
-    { "calls the slot", "!", "3<b 2<c", "3<b 2<c 3-99", "" },
-    { "sends, runs a loop", "2>1:x @", "3<b 2<c 1<x", "3<b 2<c 1<x 3-99", "1<x" },
-    { "reports a removal", "?8", "1-8 2-8 3-8 3<b 2<c", "1-8 2-8 3-8 3-99 3<b 2<c", "1-8 2-8" },
-    { "replaces the broker", "B B", "gone 3<b 2<c", "gone 3-99 3<b 2<c", "gone" },
-    { "deletes the router", "X", "1--1 2--1 3--1", "1--1 2--1 3--1", "1--1 2--1" },
-    { "deletes it in a loop", "Z W", "3<b 2<c 1--1 2--1 3--1", "3<b 2<c 1--1 2--1 3--1",
-        "1--1 2--1" },
+const Reaction REACTIONS[] = {
+    { "sends", [](Hub &hub) { hub.send(2, 1, "x"); }, "3 got b, 2 got c, 1 got x" },
+    { "sends to one it adds", [](Hub &hub) { hub.send(2, hub.add()->getAgentID(), "x"); },
+        "3 got b, 2 got c, 4 got x" },
+    { "adds itself again", [](Hub &hub) { hub.router->add(hub.agent(2)); }, "3 got b, 4 got c" },
+    { "removes the next one", [](Hub &hub) { hub.remove(3); },
+        "1 lost 3, 2 lost 3, 1 lost 3, 2 lost 3, 2 got c" },
+    { "deletes the one before", [](Hub &hub) { hub.removeAndDelete(1); },
+        "2 lost 1, 3 lost 1, 3 got b, 2 got c" },
+    { "deletes itself", [](Hub &hub) { hub.removeAndDelete(2); },
+        "1 lost 2, 3 lost 2, 3 got b, 1 lost 2, 3 lost 2" },
+    { "delivers by hand", [](Hub &hub) { hub.router->send(); }, "3 got b, 2 got c" },
+    { "runs an event loop", [](Hub &) { QTest::qWait(20); }, "3 got b, 2 got c" },
+    { "deletes the router", [](Hub &hub) { delete hub.router; },
+        "1 lost -1, 2 lost -1, 3 lost -1" },
+    { "deletes the router in a loop", deleteRouterInALoop,
+        "3 got b, 2 got c, 1 lost -1, 2 lost -1, 3 lost -1" },
 };
 
 }  // namespace
@@ -144,185 +146,374 @@ class tst_XMLRouter : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void registry();
-    void broker();
-    void delivery_data() { addRows(DELIVERIES); }
-    void delivery();
-    void reentrance_data() { addRows(REENTRANCE); }
-    void reentrance();
-    void dialogWaitsForReply();
-    void leftBehind();
-    void longQueue();
+    void idsCountUpAndAreNotUsedAgain();
+    void agentsAreFoundByType();
+    void anAgentAddedTwiceIsReachableUnderBothIds();
+    void nameAndSlots();
 
-private:
-    static void check(const char *words, const char *reaction, const QString &log);
+    void packetsArriveInTheOrderOfSending();
+    void theSamePacketTwiceInARowArrivesOnce();
+    void onlyRegisteredAgentsCanSend();
+    void aPacketIsTakenOverOnce();
+    void anUnknownDestinationCountsAsRemoved();
+    void removalsAreReported();
+    void packetsOfADeadRouterAreLeft();
+    void theTimerRunsWhileSomethingWaits();
+
+    void whileServed_data() { addRows(REACTIONS); }
+    void whileServed();
+    void aDialogWaitsForItsReply();
+    void aDialogSeesTheOnlyPacketThatWaits();
+    void aLongQueueTakesNoStack();
+
+    void aBrokerSuppliesWhatIsMissing();
+    void aBrokerThatAsksForItsOwnTypeGetsNone();
+    void aBrokerIsReplacedByTheNextOne();
+    void aBrokerMayEndEverything();
 };
 
-void tst_XMLRouter::registry()
+void tst_XMLRouter::idsCountUpAndAreNotUsedAgain()
 {
-    World w;
-    XMLRouter &router = *w.router;
-    w.agents[9] = new RecordingAgent(0, &w.log);
-    w.run(str("-3 *3 *1 *9"));  // ids are not used again; two lead to agent 1, whose own is 5
+    Hub hub;
+    XMLRouter &router = *hub.router;
+    hub.remove(3);
+    QCOMPARE(hub.add()->getAgentID(), 4);
+    QCOMPARE(router.getNextAgentID(), 5);
+    QCOMPARE(hub.add()->getAgentID(), 6);
     router.add(nullptr);
     router.remove(nullptr);
-    QVERIFY(router.contains(-1) && router.contains(1) && router.contains(6));
-    QVERIFY(!router.contains(0) && !router.contains(3) && !router.contains(7));
-    QVERIFY(router.getAgentType(1) == 5 && router.getAgentType(2) == 7);
-    QVERIFY(router.getAgentType(5) == 7 && router.getAgentType(-1) == 0);
-    QCOMPARE(router.findAgentsOfType(7), (std::list<int> { 5, 2, 4, 5 }));
-    QCOMPARE(router.findAgentsOfType(0), (std::list<int> { -1, 6 }));
-    QVERIFY(router.findAgentsOfType(5).empty() && router.findAgentOfType(7) == 5);
-    QVERIFY(router.findAgentOfType(8) == 0 && router.supplyAgentOfType(8) == 0);
-    QVERIFY(router.getNextAgentID() == 7 && router.getXMLCommServerID() == -1);
-    QCOMPARE(router.objectName(), str("hub"));
-    const QMetaObject &meta = XMLRouter::staticMetaObject;
-    QCOMPARE(meta.methodCount() - meta.methodOffset(), 1);
-    QCOMPARE(meta.method(meta.methodOffset()).methodSignature(), QByteArray("send()"));
+    QCOMPARE(router.getNextAgentID(), 7);
+    QCOMPARE(router.getXMLCommServerID(), -1);
+    QList<int> known;
+    for (int id = -2; id < 9; ++id) {
+        if (router.contains(id)) {
+            known += id;
+        }
+    }
+    QCOMPARE(known, QList<int>({ -1, 1, 2, 4, 6 }));
 }
 
-// A broker that supplies, asks back, returns rubbish, is replaced while it does, or deletes the
-// router; and one that meddles when it dies.
-void tst_XMLRouter::broker()
+void tst_XMLRouter::agentsAreFoundByType()
 {
-    World w;
-    XMLRouter &router = *w.router;
-    int calls = 0;
-    Broker::Supply supply = [&](XMLRouter *own, int type) {
-        ++calls;
-        return own->supplyAgentOfType(type) + own->supplyAgentOfType(type - 1);
-    };
-    auto first = new Broker(&w.log, &supply);
-    router.setAgentBroker(first);
-    QCOMPARE(router.supplyAgentOfType(500), 0);
-    QVERIFY2(calls > 1 && calls <= 1000, QByteArray::number(calls).constData());
-    w.agents[9] = new RecordingAgent(9, &w.log);
-    supply = [&](XMLRouter *own, int) {
-        own->add(w.agents[9]);
-        return w.agents[9]->getAgentID();
-    };
-    QCOMPARE(router.supplyAgentOfType(7), 1);
-    QCOMPARE(router.supplyAgentOfType(9), 4);
-    QCOMPARE(router.supplyAgentOfType(9), 4);  // there is one now
-    router.setAgentBroker(first);  // the current one again: none is left
-    QCOMPARE(router.supplyAgentOfType(10), 0);
-    w.run(str("-9 B"));
-    router.setAgentBroker(new Broker(&w.log, &supply));
-    supply = [&](XMLRouter *own, int type) {
-        own->setAgentBroker(new Broker(&w.log, &supply));
-        return -type;
-    };
-    QCOMPARE(router.supplyAgentOfType(12345), -12345);
-    struct Leaver : XMLAgentBroker
-    {
-        ~Leaver() override { router->setAgentBroker(nullptr); }
-        int supplyAgent(int) override { return 0; }
-    };
-    XMLRouter(nullptr, nullptr, nullptr).setAgentBroker(new Leaver);
-    supply = [&](XMLRouter *own, int) {
-        delete own;
-        return 8;
-    };
-    QCOMPARE(router.supplyAgentOfType(500), 8);
-    QCOMPARE(w.takeLog(), str("gone 1-4 2-4 3-4 gone gone 1--1 2--1 3--1 gone"));
+    Hub hub;
+    const XMLRouter &router = *hub.router;
+    hub.add(0);
+    QCOMPARE(router.findAgentsOfType(TYPE), (std::list<int> { 1, 2, 3 }));
+    QCOMPARE(router.findAgentsOfType(0), (std::list<int> { -1, 4 }));  // the bridge is one
+    QVERIFY(router.findAgentsOfType(5).empty());
+    QCOMPARE(router.findAgentOfType(TYPE), 1);
+    QCOMPARE(router.findAgentOfType(8), 0);
+    QCOMPARE(router.getAgentType(2), TYPE);
+    QCOMPARE(router.getAgentType(-1), 0);
+    QCOMPARE(router.getAgentType(99), 5);
 }
 
-// Sends; agent 2 reacts the first time that it receives or hears of a removal.
-void tst_XMLRouter::check(const char *words, const char *reaction, const QString &log)
+void tst_XMLRouter::anAgentAddedTwiceIsReachableUnderBothIds()
 {
-    QList<QPointer<XMLPacket>> packets;
-    {
-        World w;
-        RecordingAgent &actor = *w.agents[2];
-        const auto react = [&](auto) {
+    Hub hub;
+    XMLRouter &router = *hub.router;
+    router.add(hub.agent(1));  // now 4, too
+    hub.send(2, 1, "first");
+    hub.send(2, 4, "second");
+    QCOMPARE(hub.deliver(), str("4 got first, 4 got second"));
+    QCOMPARE(router.findAgentsOfType(TYPE), (std::list<int> { 4, 2, 3, 4 }));
+    QCOMPARE(router.getAgentType(1), 5);  // the agent reports the newer id alone
+    hub.remove(1);
+    hub.send(2, 1, "third");
+    QCOMPARE(hub.deliver(), str("2 lost 4, 3 lost 4, 4 got third"));
+}
+
+void tst_XMLRouter::nameAndSlots()
+{
+    QCOMPARE(XMLRouter(nullptr, nullptr, "caf\xe9").objectName(), str("café"));
+    QCOMPARE(methodsOf(XMLRouter::staticMetaObject), QStringList(str("slot send()")));
+}
+
+void tst_XMLRouter::packetsArriveInTheOrderOfSending()
+{
+    Hub hub;
+    hub.send(1, 2, "a");
+    hub.send(1, 3, "b");
+    hub.send(3, 2, "c");
+    hub.send(1, 1, "d");
+    QCOMPARE(hub.takeLog(), QString());  // not before control is back at the event loop
+    QCOMPARE(hub.deliver(), str("2 got a, 3 got b, 2 got c, 1 got d"));
+}
+
+void tst_XMLRouter::theSamePacketTwiceInARowArrivesOnce()
+{
+    Hub hub;
+    hub.send(1, 2, "a");
+    const QPointer<XMLPacket> same = hub.send(1, 2, "a");
+    QVERIFY(same);  // until control is back at the event loop
+    QCOMPARE(hub.deliver(), str("2 got a"));
+    QVERIFY(!same);
+    hub.send(1, 2, "a");
+    hub.send(1, 2, "b");
+    hub.send(1, 2, "a");
+    hub.send(1, 3, "a");
+    hub.send(2, 3, "a");
+    QCOMPARE(hub.deliver(), str("2 got a, 2 got b, 2 got a, 3 got a, 3 got a"));
+    for (int i = 0; i < 2; ++i) {
+        hub.send(1, 2, "again");
+        hub.router->send();
+    }
+    QCOMPARE(hub.takeLog(), str("2 got again, 2 got again"));
+}
+
+void tst_XMLRouter::onlyRegisteredAgentsCanSend()
+{
+    Hub hub;
+    const QPointer<XMLPacket> dropped = hub.send(0, 2, "nobody's");
+    hub.send(99, 2, "a stranger's");
+    hub.send(-1, 2, "the bridge's");
+    hub.send(1, 2, "sent before removal");
+    QVERIFY(dropped);  // until control is back at the event loop
+    hub.remove(1);
+    hub.send(1, 2, "sent after removal");
+    QCOMPARE(
+        hub.deliver(), str("2 lost 1, 3 lost 1, 2 got the bridge's, 2 got sent before removal"));
+    QVERIFY(!dropped);
+}
+
+void tst_XMLRouter::aPacketIsTakenOverOnce()
+{
+    Hub hub;
+    Hub other;
+    XMLPacket *queued = hub.send(1, 2, "a");
+    XMLPacket *dropped = hub.send(0, 2, "dropped");
+    dropped->setSourceAgentID(1);
+    for (XMLPacket *packet : { queued, dropped }) {
+        hub.router->send(packet);
+        other.router->send(packet);
+    }
+    hub.send(1, 3, "b");
+    QCOMPARE(hub.deliver(), str("2 got a, 3 got b"));
+    QCOMPARE(other.deliver(), QString());
+    hub.agent(2)->packets.removeOne(queued);
+    queued->setDestinationAgentID(3);
+    hub.router->send(queued);  // who has received a packet may send it on
+    QCOMPARE(hub.deliver(), str("3 got a"));
+}
+
+void tst_XMLRouter::anUnknownDestinationCountsAsRemoved()
+{
+    Hub hub;
+    hub.agent(3)->wantRemovalNotifications = false;
+    const QPointer<XMLPacket> lost = hub.send(1, 99, "lost");
+    hub.send(1, 2, "b");
+    hub.router->send();
+    QVERIFY(!lost);
+    QCOMPARE(hub.takeLog(), str("1 lost 99, 2 lost 99, 2 got b"));
+}
+
+void tst_XMLRouter::removalsAreReported()
+{
+    Hub hub;
+    hub.send(1, 2, "too late");
+    hub.remove(2);
+    QCOMPARE(hub.takeLog(), str("1 lost 2, 3 lost 2"));
+    QCOMPARE(hub.deliver(), str("1 lost 2, 3 lost 2"));  // as nobody takes the packet
+    hub.remove(2);
+    QCOMPARE(hub.takeLog(), str("1 lost 2, 3 lost 2"));
+    QStringList unused;
+    RecordingAgent stranger(TYPE, &unused);
+    hub.router->remove(&stranger);  // which was never added
+    QCOMPARE(hub.takeLog(), str("1 lost 0, 3 lost 0"));
+    hub.router->notifyAgentRemovals(3);
+    QCOMPARE(hub.takeLog(), str("1 lost 3"));
+    delete hub.router;
+    QCOMPARE(hub.takeLog(), str("1 lost -1, 3 lost -1"));
+}
+
+void tst_XMLRouter::packetsOfADeadRouterAreLeft()
+{
+    Hub hub;
+    Hub other;
+    hub.send(1, 2, "a");
+    hub.send(1, 3, "b");
+    delete hub.router;
+    QCOMPARE(hub.packetsLeft().size(), 2);
+    for (XMLPacket *packet : hub.packetsLeft()) {
+        other.router->send(packet);
+    }
+    QCOMPARE(other.deliver(), str("2 got a, 3 got b"));
+}
+
+void tst_XMLRouter::theTimerRunsWhileSomethingWaits()
+{
+    Hub hub;
+    const QTimer &timer = *hub.router->findChild<QTimer *>();
+    QVERIFY(!timer.isActive());
+    for (const char *text : { "a", "b", "c" }) {
+        hub.send(1, 2, text);
+    }
+    QVERIFY(timer.isActive());
+    QCoreApplication::processEvents();
+    QCOMPARE(hub.takeLog(), str("2 got a, 2 got b, 2 got c"));
+    QVERIFY(!timer.isActive());
+    // What a receiver sends starts it, though the packet goes out in the same run.
+    bool wasActive = false;
+    hub.agent(2)->onReceive = [&](XMLPacket *) { hub.send(2, 3, "reply"); };
+    hub.agent(3)->onReceive = [&](XMLPacket *) { wasActive = timer.isActive(); };
+    hub.send(1, 2, "question");
+    QCOMPARE(hub.deliver(), str("2 got question, 3 got reply"));
+    QVERIFY(wasActive);
+    hub.send(1, 1, "by hand");
+    hub.router->send();
+    QVERIFY(timer.isActive());
+}
+
+// Agent 2 reacts while it gets a packet, with two more behind that, or while it hears that 99 is
+// unreachable. Then agent 3, too, is still to hear that, unless it has gone.
+void tst_XMLRouter::whileServed()
+{
+    const auto &row = currentRow<Reaction>();
+    for (const bool isReached : { true, false }) {
+        Hub hub;
+        RecordingAgent &actor = *hub.agent(2);
+        const auto reactOnce = [&](auto) {
             actor.onReceive = nullptr;
             actor.onRemoved = nullptr;
-            w.run(str(reaction));
+            row.react(hub);
         };
-        actor.onReceive = react;
-        actor.onRemoved = react;
-        w.run(str(words));
-        // All wait until control returns to the event loop.
-        QVERIFY(strchr(words, '!') || !w.packets.contains(nullptr));
-        runEvents();
-        QCOMPARE(w.takeLog(), log);
-        packets = w.packets;
+        actor.onReceive = reactOnce;
+        actor.onRemoved = reactOnce;
+        hub.send(1, isReached ? 2 : 99, "a");
+        hub.send(1, 3, "b");
+        hub.send(1, 2, "c");
+        QStringList log = hub.deliver().split(str(", "));
+        if (!isReached) {
+            const bool isThere = hub.router && hub.router->contains(3);
+            QCOMPARE(int(log.removeAll(str("3 lost 99"))), isThere ? 1 : 0);
+            QCOMPARE(log.takeFirst(), str("1 lost 99"));
+        }
+        QCOMPARE(log.takeFirst(), str(isReached ? "2 got a" : "2 lost 99"));
+        QCOMPARE(log.join(str(", ")), str(row.log));
     }
-    packets.removeAll(nullptr);
-    // A router that dies first leaves what waits.
-    QCOMPARE(packets.size(), reaction == QByteArray("X") && strchr(words, '>') ? 2 : 0);
-    qDeleteAll(packets);
 }
 
-void tst_XMLRouter::delivery()
+// A dialog runs its own event loop until the answer to its question is there.
+void tst_XMLRouter::aDialogWaitsForItsReply()
 {
-    check(currentRow<Case>().given, "", str(currentRow<Case>().expected));
-}
-
-void tst_XMLRouter::reentrance()
-{
-    const auto &row = currentRow<Reentrance>();
-    check("1>2:a 1>3:b 1>2:c", row.words, str("2<a ") + str(row.received));
-    check("1>99:a 1>3:b 1>2:c", row.words, str("1-99 2-99 ") + str(row.undelivered));
-    check("-3", row.words, (str("1-3 2-3 ") + str(row.removed)).trimmed());
-}
-
-// A dialog that runs its own event loop until the answer to its question is there.
-void tst_XMLRouter::dialogWaitsForReply()
-{
-    World w;
+    Hub hub;
     QEventLoop dialog;
-    w.agents[1]->onReceive = [&](XMLPacket *) { w.run(str("1>2:answer")); };
-    w.agents[2]->onReceive = [&](XMLPacket *packet) {
+    hub.agent(1)->onReceive = [&](XMLPacket *) { hub.send(1, 2, "answer"); };
+    hub.agent(2)->onReceive = [&](XMLPacket *packet) {
         if (messageOf(*packet) == str("answer")) {
             return dialog.quit();
         }
-        w.run(str("2>1:question"));
+        hub.send(2, 1, "question");
         QTimer::singleShot(5000, &dialog, &QEventLoop::quit);
         dialog.exec();
-        w.log += str("closed");
+        hub.note("closed");
     };
-    w.run(str("3>2:open 1>3:waiting"));
-    runEvents();
-    QCOMPARE(w.takeLog(), str("2<open 3<waiting 1<question 2<answer closed"));
+    hub.send(3, 2, "open");
+    hub.send(1, 3, "waiting");
+    QCOMPARE(hub.deliver(), str("2 got open, 3 got waiting, 1 got question, 2 got answer, closed"));
 }
 
-// What a dead router leaves is free again; what a living one holds is not. Who has received a
-// packet may send it on.
-void tst_XMLRouter::leftBehind()
+// A dialog that sends nothing: what it waits for was queued before it opened.
+void tst_XMLRouter::aDialogSeesTheOnlyPacketThatWaits()
 {
-    World w;
-    World other;
-    w.run(str("1>2:a 1>3:b"));
-    other.packets = w.packets;
-    other.run(str("=0 !"));
-    QCOMPARE(other.takeLog(), QString());
-    w.run(str("X"));
-    other.agents[2]->onReceive = [&other](XMLPacket *packet) {
-        other.agents[2]->packets.clear();
-        packet->setDestinationAgentID(3);
-        other.run(str("=0 =0"));
+    Hub hub;
+    QEventLoop dialog;
+    hub.agent(2)->onReceive = [&](XMLPacket *) {
+        QTimer::singleShot(5000, &dialog, &QEventLoop::quit);
+        dialog.exec();
+        hub.note("closed");
     };
-    other.run(str("=0 =1 !"));
-    QCOMPARE(other.takeLog(), str("2<a 3<b 3<a"));
+    hub.agent(3)->onReceive = [&](XMLPacket *) { dialog.quit(); };
+    hub.send(1, 2, "open");
+    hub.send(1, 3, "close");
+    QCOMPARE(hub.deliver(), str("2 got open, 3 got close, closed"));
 }
 
-void tst_XMLRouter::longQueue()
+void tst_XMLRouter::aLongQueueTakesNoStack()
 {
-    World w;
     constexpr int COUNT = 50000;
+    Hub hub;
     int next = 0;
-    w.agents[2]->onReceive = [&](XMLPacket *packet) {
+    hub.agent(2)->onReceive = [&](XMLPacket *packet) {
         next += messageOf(*packet) == QString::number(next);
-        w.agents[2]->packets.clear();
+        hub.agent(2)->packets.clear();
         delete packet;
-        w.router->send();  // nested deliveries must not take a stack frame for each packet
+        hub.router->send();
     };
     for (int i = 0; i < COUNT; ++i) {
-        w.router->send(makePacket(1, 2, QString::number(i)));
+        hub.router->send(makePacket(1, 2, QString::number(i)));
     }
     runEvents();
     QCOMPARE(next, COUNT);
+}
+
+void tst_XMLRouter::aBrokerSuppliesWhatIsMissing()
+{
+    Hub hub;
+    XMLRouter &router = *hub.router;
+    QCOMPARE(router.supplyAgentOfType(9), 0);
+    router.setAgentBroker(new Broker([&](XMLRouter &own, int type) {
+        return &own == &router ? hub.add(type)->getAgentID() : 0;
+    }));
+    QCOMPARE(router.supplyAgentOfType(TYPE), 1);
+    QCOMPARE(router.supplyAgentOfType(9), 4);
+    QCOMPARE(router.supplyAgentOfType(9), 4);  // there is one now
+    QCOMPARE(router.getAgentType(4), 9);
+    router.setAgentBroker(nullptr);
+    QCOMPARE(router.supplyAgentOfType(10), 0);
+}
+
+// Not even when it asks for other types in between, one inside the other.
+void tst_XMLRouter::aBrokerThatAsksForItsOwnTypeGetsNone()
+{
+    Hub hub;
+    int calls = 0;
+    hub.router->setAgentBroker(new Broker([&](XMLRouter &own, int type) {
+        ++calls;
+        return own.supplyAgentOfType(type) + own.supplyAgentOfType(type - 1);
+    }));
+    QCOMPARE(hub.router->supplyAgentOfType(500), 0);
+    QCOMPARE(calls, 64);
+}
+
+void tst_XMLRouter::aBrokerIsReplacedByTheNextOne()
+{
+    Hub hub;
+    XMLRouter &router = *hub.router;
+    int suppliedMeanwhile = 0;
+    router.setAgentBroker(new Broker(
+        [](XMLRouter &own, int type) {
+            own.setAgentBroker(brokerOf(55));  // while it is asked
+            return type + 1;
+        },
+        [&](XMLRouter &own) { suppliedMeanwhile = own.supplyAgentOfType(501); }));
+    QCOMPARE(router.supplyAgentOfType(500), 501);
+    QCOMPARE(suppliedMeanwhile, 55);  // by the new one, while the old one was deleted
+    QCOMPARE(router.supplyAgentOfType(500), 55);
+    Broker *const current = brokerOf(66);
+    router.setAgentBroker(current);
+    router.setAgentBroker(current);  // deletes it
+    QCOMPARE(router.supplyAgentOfType(500), 0);
+}
+
+void tst_XMLRouter::aBrokerMayEndEverything()
+{
+    const auto none = [](XMLRouter &, int) { return 0; };
+    const auto deleteRouter = [](XMLRouter &own) { delete &own; };
+    Hub replaced;
+    replaced.router->setAgentBroker(new Broker(none, deleteRouter));
+    replaced.router->setAgentBroker(brokerOf(1));
+    QVERIFY(!replaced.router);
+    Hub asked;
+    asked.router->setAgentBroker(new Broker([](XMLRouter &own, int type) {
+        delete &own;
+        return type;
+    }));
+    QCOMPARE(asked.router->supplyAgentOfType(8), 8);
+    QVERIFY(!asked.router);
+    Hub leaving;  // a broker that takes itself off while the router ends
+    leaving.router->setAgentBroker(
+        new Broker(none, [](XMLRouter &own) { own.setAgentBroker(nullptr); }));
 }
 
 QTEST_GUILESS_MAIN(tst_XMLRouter)

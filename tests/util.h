@@ -7,12 +7,15 @@
 #include "xmlpacket.h"
 
 #include <QDomDocument>
+#include <QMetaMethod>
 #include <QStringList>
 #include <QTemporaryFile>
+#include <QThread>
 #include <QtTest>
 
 #include <cstdio>
 #include <functional>
+#include <memory>
 #include <utility>
 
 #include <unistd.h>
@@ -68,6 +71,29 @@ inline QDomElement deepTree(QDomDocument &document, const QString &name, int lev
         tree.appendChild(inner);
     }
     return tree;
+}
+
+/// Runs what must not recurse without bounds.
+inline void runOnSmallStack(const std::function<void()> &work)
+{
+    const std::unique_ptr<QThread> thread(QThread::create(work));
+    thread->setStackSize(1024 * 1024);
+    thread->start();
+    thread->wait();
+}
+
+/// A class's own signals and slots in order, as "signal toggled(bool) checked".
+inline QStringList methodsOf(const QMetaObject &meta)
+{
+    QStringList methods;
+    for (int i = meta.methodOffset(); i < meta.methodCount(); ++i) {
+        const QMetaMethod method = meta.method(i);
+        const char *kind = method.methodType() == QMetaMethod::Signal ? "signal" : "slot";
+        const QByteArrayList words { kind, method.methodSignature(),
+            method.parameterNames().join(' ') };
+        methods += str(words.join(' ').trimmed().constData());
+    }
+    return methods;
 }
 
 /// What an operation writes to the standard output.
@@ -151,8 +177,8 @@ inline QString messageOf(const XMLPacket &packet)
     return nodes.empty() ? QString() : nodes.front().toElement().attribute(str("msg"));
 }
 
-/// An agent that keeps the packets it gets, and logs as "ID<TEXT" what it receives and as
-/// "ID-REMOVED" the removals it hears of.
+/// An agent that keeps the packets it gets, and logs what it receives, as "1 got hello", and the
+/// removals it hears of, as "1 lost 2".
 class RecordingAgent : public XMLAgent
 {
 public:
@@ -166,14 +192,15 @@ public:
     void receive(XMLPacket *packet) override
     {
         packets.append(packet);
-        *m_log += QStringLiteral("%1<%2").arg(QString::number(getAgentID()), messageOf(*packet));
+        *m_log +=
+            QStringLiteral("%1 got %2").arg(QString::number(getAgentID()), messageOf(*packet));
         if (const auto reaction = onReceive) {  // a copy, as it may delete this agent
             reaction(packet);
         }
     }
     void agentRemoved(int agentID) override
     {
-        *m_log += QStringLiteral("%1-%2").arg(getAgentID()).arg(agentID);
+        *m_log += QStringLiteral("%1 lost %2").arg(getAgentID()).arg(agentID);
         if (const auto reaction = onRemoved) {
             reaction(agentID);
         }
@@ -182,6 +209,7 @@ public:
     QList<XMLPacket *> packets;  // owned
     std::function<void(XMLPacket *)> onReceive;
     std::function<void(int)> onRemoved;
+    using XMLAgent::wantRemovalNotifications;
 
 private:
     QStringList *m_log;

@@ -2,11 +2,16 @@
 
 #include "xmlobject.h"
 
+#include <QStringList>
+
 #include <algorithm>
 #include <tuple>
 #include <vector>
 
 namespace {
+
+// Attributes beyond which an element's are compared as text.
+constexpr int MANY_ATTRIBUTES = 256;
 
 // Moves node to the next one that is not below it, within depth levels; false when there is none.
 bool stepOver(QDomNode &node, int &depth)
@@ -101,8 +106,8 @@ bool sameTexts(QDomNode &a, QDomNode &b)
     return true;
 }
 
-// An attribute's, or an element's, name, value and namespace. An empty namespace is none, but is
-// not written like a null one.
+// An attribute's, or an element's, name, value and namespace. Empty and null namespaces are written
+// differently.
 using NodeText = std::tuple<QString, QString, QString, bool>;
 
 NodeText textOf(const QDomNode &node)
@@ -122,8 +127,22 @@ std::vector<NodeText> sorted(const QDomNamedNodeMap &attributes)
     return list;
 }
 
+// What the attributes say, in order, taken from the text of the element's tag: QtXml walks to an
+// attribute at an index, which takes long where there are many.
+QStringList sortedTexts(const QDomElement &e)
+{
+    // <name a="1" b="2"/>
+    const QDomNode bare = e.hasChildNodes() ? e.cloneNode(false) : QDomNode(e);
+    const QString tag = XMLObject::toString(bare);
+    const auto start = tag.indexOf(QLatin1Char(' '), e.tagName().size()) + 1;
+    const auto end = tag.lastIndexOf(QLatin1Char('"'));
+    QStringList texts = tag.mid(start, end - start).split(QStringLiteral("\" "));
+    texts.sort();
+    return texts;
+}
+
 // Likely is the name of the attribute that was compared last: elements in a row mostly have the
-// same one, and to find it by name is quicker than by position.
+// same one, and finding it by name is quicker than by index.
 bool sameAttributes(const QDomElement &a, const QDomElement &b, QString &likely)
 {
     const QDomNamedNodeMap left = a.attributes();
@@ -131,6 +150,9 @@ bool sameAttributes(const QDomElement &a, const QDomElement &b, QString &likely)
     const int count = left.length();
     if (count != right.length()) {
         return false;
+    }
+    if (count > MANY_ATTRIBUTES) {
+        return sortedTexts(a) == sortedTexts(b);
     }
     for (int i = 0; i < count; ++i) {
         QDomNode attribute = count == 1 ? left.namedItem(likely) : QDomNode();

@@ -260,7 +260,7 @@ void writeArray(PacketText &out, QStringView tag, const QDomElement &e, char16_t
     const size_t countAt = out.size();
     qint64 count = 0;
     for (QDomNode node = e.firstChild(); !node.isNull(); node = node.nextSibling()) {
-        if (node.nodeName() == XMLPacketable::VALUE && node.isElement()) {
+        if (node.toElement().tagName() == XMLPacketable::VALUE) {
             out += count++ == 0 ? BLANK : separator;
             append(out, textBelow(node));
         }

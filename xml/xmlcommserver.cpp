@@ -8,6 +8,7 @@
 #include "tqcommserver.h"
 #include "tqitems.h"
 
+#include <QPointer>
 #include <QtAlgorithms>
 
 #include <map>
@@ -134,46 +135,124 @@ struct DeleteKeys
     ~DeleteKeys() { qDeleteAll(keys); }
 };
 
-template<typename Query>
-RecordList gatherByKeys(PACKETDATATYPES family, const QList<TQKEY_ELEMENT *> &keys, Query query)
+// What one operation of the bridge asks and sends. The server library may run an event loop while
+// it is asked, in which the router may be deleted, and the bridge with it. So nothing here refers
+// to the bridge, and once the router is gone nothing more is asked.
+class Session
 {
-    RecordList records(family, nullptr);
+public:
+    Session(TQCommServer *server, XMLRouter *router)
+        : m_server(server), m_router(router), m_hadRouter(router)
+    {
+    }
+
+    bool isOver() const { return m_hadRouter && !m_router; }
+    TQLISTRECORD *owners(PACKETDATATYPES type) const;
+    TQLISTRECORD *jobs(const TQKEY_ELEMENT &owner) const;
+    TQLISTRECORD *books(const TQKEY_ELEMENT &owner) const;
+    void send(std::unique_ptr<XMLPacket> packet) const;
+
+private:
+    bool canAsk() const { return m_server && !isOver(); }
+
+    TQCommServer *const m_server;
+    const QPointer<XMLRouter> m_router;
+    const bool m_hadRouter;
+};
+
+TQLISTRECORD *Session::owners(PACKETDATATYPES type) const
+{
+    if (!canAsk()) {
+        return nullptr;
+    }
+    TQLPCOMMANDS command;
+    ZQ_MESSAGE_ID message;
+    TQLISTRECORD *records = m_server->getDBList(command, message, type);
+    if (records && (isOver() || m_server->iserror(command))) {
+        TQPacketFreeList(&records, FREE_OWNERS);
+        return nullptr;
+    }
+    return records;
+}
+
+TQLISTRECORD *Session::jobs(const TQKEY_ELEMENT &owner) const
+{
+    if (!canAsk()) {
+        return nullptr;
+    }
+    const int id = m_server->getidfromtqkey(owner);
+    if (isOver()) {
+        return nullptr;
+    }
+    TQLPCOMMANDS command;
+    ZQ_MESSAGE_ID message;
+    return asList(m_server->getJobqueue(command, message, QUEUE, SORT_BY, SORT_ORDER, id));
+}
+
+TQLISTRECORD *Session::books(const TQKEY_ELEMENT &owner) const
+{
+    if (!canAsk()) {
+        return nullptr;
+    }
+    TQLPCOMMANDS command;
+    ZQ_MESSAGE_ID message;
+    return asList(m_server->getBooks(command, message, SORT_BY, SORT_ORDER, owner));
+}
+
+void Session::send(std::unique_ptr<XMLPacket> packet) const
+{
+    if (m_router) {
+        m_router->send(packet.get());
+        packet.release();
+    }
+}
+
+// What the records of a listing are, and where they come from.
+struct Listing
+{
+    PACKETDATATYPES family;
+    PACKETDATATYPES ownerType;
+    TQLISTRECORD *(Session::*query)(const TQKEY_ELEMENT &owner) const;
+};
+constexpr Listing BOOKS { PACKETDATATYPE_BOOK, PACKETDATATYPE_BOOKOWNER, &Session::books };
+constexpr Listing JOBS { PACKETDATATYPE_JOB, PACKETDATATYPE_OUTPUTLIST, &Session::jobs };
+
+RecordList gatherByKeys(
+    const Listing &listing, const Session &session, const QList<TQKEY_ELEMENT *> &keys)
+{
+    RecordList records(listing.family, nullptr);
     for (const TQKEY_ELEMENT *key : keys) {
         if (key) {
-            records.append(asList(query(*key)));
+            records.append((session.*listing.query)(*key));
         }
     }
     return records;
 }
 
-// Gathers from all owners of a type. An empty list of books' owners is freed like any other.
-template<typename Query>
-RecordList gatherByOwners(
-    PACKETDATATYPES family, const XMLCommServer &server, PACKETDATATYPES ownerType, Query query)
+// Gathers from all owners. An empty list of books' owners is freed like any other.
+RecordList gatherByOwners(const Listing &listing, const Session &session)
 {
-    RecordList owners(FREE_OWNERS, server.getDBList(ownerType));
-    RecordList records(family, nullptr);
+    RecordList owners(FREE_OWNERS, session.owners(listing.ownerType));
+    RecordList records(listing.family, nullptr);
     for (TQLISTRECORD *record = owners.head(); record; record = record->next) {
         const TQOWNER *owner = as<TQOWNER>(record);
-        records.append(asList(query(TQKEY_ELEMENT { owner->key, owner->hkey })));
+        records.append((session.*listing.query)(TQKEY_ELEMENT { owner->key, owner->hkey }));
     }
-    if (!owners.isEmpty() || ownerType == PACKETDATATYPE_BOOKOWNER) {
+    if (!owners.isEmpty() || listing.ownerType == PACKETDATATYPE_BOOKOWNER) {
         owners.free();
     }
     return records;
 }
 
-// The records for the keys of the request or, without any, for all owners of that type.
-template<typename Query>
-RecordList gather(PACKETDATATYPES family, const XMLAction *request, const XMLCommServer &server,
-    PACKETDATATYPES ownerType, Query query)
+// The records for the keys of the request or, without any, for all owners.
+RecordList gather(const Listing &listing, const Session &session, const XMLAction *request)
 {
     DeleteKeys list;
     if (request && request->hasTQKEYList()) {
         list.keys = request->getTQKEYList();
     }
-    return list.keys.isEmpty() ? gatherByOwners(family, server, ownerType, query)
-                               : gatherByKeys(family, list.keys, query);
+    return list.keys.isEmpty() ? gatherByOwners(listing, session)
+                               : gatherByKeys(listing, session, list.keys);
 }
 
 // By publication identifier, the job to send for it.
@@ -252,69 +331,41 @@ void XMLCommServer::serve(int source, XMLAction &request) const
     }
 }
 
-void XMLCommServer::reply(std::unique_ptr<XMLPacket> packet) const
-{
-    if (router) {
-        router->send(packet.get());
-        packet.release();
-    }
-}
-
 TQLISTRECORD *XMLCommServer::getDBList(PACKETDATATYPES type) const
 {
-    if (!m_commServer) {
-        return nullptr;
-    }
-    TQLPCOMMANDS command;
-    ZQ_MESSAGE_ID message;
-    TQLISTRECORD *records = m_commServer->getDBList(command, message, type);
-    if (records && m_commServer->iserror(command)) {
-        TQPacketFreeList(&records, FREE_OWNERS);
-        return nullptr;
-    }
-    return records;
+    return Session(m_commServer, router).owners(type);
 }
 
 TQJOB *XMLCommServer::getTQJOBs(TQKEY_ELEMENT key) const
 {
-    if (!m_commServer) {
-        return nullptr;
-    }
-    TQLPCOMMANDS command;
-    ZQ_MESSAGE_ID message;
-    const int owner = m_commServer->getidfromtqkey(key);
-    return m_commServer->getJobqueue(command, message, QUEUE, SORT_BY, SORT_ORDER, owner);
+    return as<TQJOB>(Session(m_commServer, router).jobs(key));
 }
 
 TQJOB *XMLCommServer::getTQJOBs(const QList<TQKEY_ELEMENT *> &keys) const
 {
-    const auto query = [this](TQKEY_ELEMENT key) { return getTQJOBs(key); };
-    return as<TQJOB>(gatherByKeys(PACKETDATATYPE_JOB, keys, query).release());
+    return as<TQJOB>(gatherByKeys(JOBS, Session(m_commServer, router), keys).release());
 }
 
 TQBOOK *XMLCommServer::getBooks(TQKEY_ELEMENT key) const
 {
-    if (!m_commServer) {
-        return nullptr;
-    }
-    TQLPCOMMANDS command;
-    ZQ_MESSAGE_ID message;
-    return m_commServer->getBooks(command, message, SORT_BY, SORT_ORDER, key);
+    return as<TQBOOK>(Session(m_commServer, router).books(key));
 }
 
 TQBOOK *XMLCommServer::getBooks(const QList<TQKEY_ELEMENT *> &keys) const
 {
-    const auto query = [this](TQKEY_ELEMENT key) { return getBooks(key); };
-    return as<TQBOOK>(gatherByKeys(PACKETDATATYPE_BOOK, keys, query).release());
+    return as<TQBOOK>(gatherByKeys(BOOKS, Session(m_commServer, router), keys).release());
 }
+
+// The listings use nothing of the bridge once they have asked the server: it may be gone.
 
 void XMLCommServer::sendOUTPUTs(int destinationAgentID) const
 {
-    RecordList outputs(FREE_OWNERS, getDBList(PACKETDATATYPE_OUTPUTLIST));
-    if (outputs.isEmpty()) {
+    const Session session(m_commServer, router);
+    std::unique_ptr<XMLPacket> packet(getXMLPacket(destinationAgentID));
+    RecordList outputs(FREE_OWNERS, session.owners(PACKETDATATYPE_OUTPUTLIST));
+    if (outputs.isEmpty() || session.isOver()) {
         return;
     }
-    std::unique_ptr<XMLPacket> packet(getXMLPacket(destinationAgentID));
     const std::unique_ptr<TQPacketable> item(PacketableUtil::getPacketable(PACKETDATATYPE_OUTPUT));
     if (!item) {
         return;
@@ -323,24 +374,24 @@ void XMLCommServer::sendOUTPUTs(int destinationAgentID) const
         item->loadRecord(asBytes(record.release()));
         packet->append(*item, false);
     });
-    reply(std::move(packet));
+    session.send(std::move(packet));
 }
 
 void XMLCommServer::sendBooks(int destinationAgentID, XMLAction *request) const
 {
-    RecordList books = gather(PACKETDATATYPE_BOOK, request, *this, PACKETDATATYPE_BOOKOWNER,
-        [this](TQKEY_ELEMENT key) { return getBooks(key); });
-    if (books.isEmpty()) {
+    const Session session(m_commServer, router);
+    std::unique_ptr<XMLPacket> packet(getXMLPacket(destinationAgentID));
+    RecordList books = gather(BOOKS, session, request);
+    if (books.isEmpty() || session.isOver()) {
         return;
     }
-    std::unique_ptr<XMLPacket> packet(getXMLPacket(destinationAgentID));
     BOOK_CC item;
     books.takeEach([&](OwnedRecord &record) {
         item.setName(textOf(as<TQBOOK>(record.get())->name));
         item.setData(asBytes(record.release()));
         packet->append(item, false);
     });
-    reply(std::move(packet));
+    session.send(std::move(packet));
     books.free();
 }
 
@@ -349,9 +400,12 @@ void XMLCommServer::sendTQJOBs(int destinationAgentID, XMLAction *request) const
     // Unlike the value's own default, a request that does not say leaves publications out.
     const bool exclude =
         !request || !request->hasExcludePublications() || request->getExcludePublications();
-    RecordList jobs = gather(PACKETDATATYPE_JOB, request, *this, PACKETDATATYPE_OUTPUTLIST,
-        [this](TQKEY_ELEMENT key) { return getTQJOBs(key); });
+    const Session session(m_commServer, router);
     std::unique_ptr<XMLPacket> packet(getXMLPacket(destinationAgentID));
+    RecordList jobs = gather(JOBS, session, request);
+    if (session.isOver()) {
+        return;
+    }
     TQJOB_CC item;
     jobs.takeEach([&](OwnedRecord &record) {
         TQJOB *const job = as<TQJOB>(record.get());
@@ -363,18 +417,18 @@ void XMLCommServer::sendTQJOBs(int destinationAgentID, XMLAction *request) const
         item.setData(asBytes(record.release()));
         packet->appendV(item, false);
     });
-    reply(std::move(packet));
+    session.send(std::move(packet));
 }
 
 void XMLCommServer::sendPublications(int destinationAgentID, XMLAction *request) const
 {
-    RecordList jobs = gather(PACKETDATATYPE_JOB, request, *this, PACKETDATATYPE_OUTPUTLIST,
-        [this](TQKEY_ELEMENT key) { return getTQJOBs(key); });
-    if (jobs.isEmpty()) {
+    const Session session(m_commServer, router);
+    std::unique_ptr<XMLPacket> packet(getXMLPacket(destinationAgentID));
+    RecordList jobs = gather(JOBS, session, request);
+    if (jobs.isEmpty() || session.isOver()) {
         return;
     }
     std::vector<OwnedRecord> publications = takePublications(jobs);
-    std::unique_ptr<XMLPacket> packet(getXMLPacket(destinationAgentID));
     TQJOB_CC item;
     for (OwnedRecord &record : publications) {
         TQJOB *const job = as<TQJOB>(record.get());
@@ -383,6 +437,6 @@ void XMLCommServer::sendPublications(int destinationAgentID, XMLAction *request)
         item.setData(asBytes(record.release()));
         packet->append(item, false);
     }
-    reply(std::move(packet));
+    session.send(std::move(packet));
     jobs.free();
 }

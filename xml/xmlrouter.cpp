@@ -19,7 +19,7 @@ constexpr int COMM_SERVER_ID = -1;
 constexpr int UNKNOWN_AGENT_TYPE = 5;
 constexpr int NO_AGENT = 0;
 
-// Calls of send() inside of receive() that go on delivering; the stack is no place for a queue.
+// Calls of send() inside of receive() that go on delivering; limits recursion.
 constexpr int MAX_DELIVERIES = 64;
 
 // Types that a broker may be asked for while it is supplying others.
@@ -37,7 +37,7 @@ XMLRouter::XMLRouter(TQCommServer *server, QObject *parent, const char *name)
     m_agents[COMM_SERVER_ID] = bridge.get();
     m_sendTimer->setSingleShot(true);
     connect(m_sendTimer, SIGNAL(timeout()), this, SLOT(send()));
-    const QPointer<XMLRouter> self(this);  // takes the memory that the destructor must not need
+    const QPointer<XMLRouter> self(this);  // allocates what the first QPointer to an object needs
     m_commServerAgent = bridge.release();
 }
 
@@ -127,10 +127,10 @@ void XMLRouter::setAgentBroker(XMLAgentBroker *broker)
 {
     XMLAgentBroker *const previous = m_agentBroker;
     m_agentBroker = broker == previous ? nullptr : broker;
-    delete previous;
     if (m_agentBroker) {
         m_agentBroker->setRouter(this);
     }
+    delete previous;  // may ask or replace the new one, or delete us
 }
 
 void XMLRouter::notifyAgentRemovals(int agentID)
@@ -165,6 +165,7 @@ void XMLRouter::send(XMLPacket *packet)
     } else {
         schedule();
         m_packetQueue.append(packet);
+        m_hasSent = true;
     }
     packet->m_takenBy = this;
 }
@@ -187,6 +188,7 @@ void XMLRouter::send()
     if (m_deliveries >= MAX_DELIVERIES) {
         return;  // the outer ones deliver the rest
     }
+    m_hasSent = m_hasSent && m_sendTimer->isActive();  // it runs on when this is called by hand
     const QPointer<XMLRouter> self(this);
     const auto guard = qScopeGuard([&self] {
         if (self) {
@@ -198,6 +200,7 @@ void XMLRouter::send()
         if (m_packetQueue.size() > 1) {
             schedule();  // for an event loop that the receiver may run
         }
+        // Read first: where memory runs out, the packet stays in the queue.
         const int destination = m_packetQueue.first()->getDestinationAgentID();
         XMLPacket *const packet = m_packetQueue.takeFirst();
         packet->m_takenBy = nullptr;
@@ -208,5 +211,8 @@ void XMLRouter::send()
             delete packet;
             notifyAgentRemovals(destination);
         }
+    }
+    if (self && !m_hasSent) {
+        m_sendTimer->stop();  // started above, and not used
     }
 }

@@ -5,6 +5,7 @@
 #include "tqrecords.h"
 #include "tqstorageclass.h"
 
+#include <functional>
 #include <map>
 #include <set>
 #include <sstream>
@@ -63,6 +64,9 @@ struct Script
     std::vector<std::string> calls;
     bool isRecording = true;
 
+    /// Runs inside of each call that is recorded: what an event loop might do there.
+    std::function<void()> onCall;
+
     /// What was handed out and not yet given back, and what was given back wrongly: twice, as
     /// another family, or never handed out.
     std::set<const void *> records;
@@ -83,6 +87,9 @@ struct Script
             text << call;
             ((text << ' ' << arguments), ...);
             calls.push_back(text.str());
+            if (onCall) {
+                onCall();
+            }
         }
     }
 };
