@@ -11,6 +11,7 @@
 #include "xmlrouter.h"
 
 #include "tqcommserver.h"
+#include "tqstore.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -33,16 +34,19 @@ struct Listing
 {
     const char *name;
     int request;  // request type of the bridge
-    bool takesKeys;
+    PACKETDATATYPES owner;  // type of the keys that it is listed by; none for no keys
     std::vector<unsigned> tags;  // of the table: what tells the heading of names, then columns
 };
 
 const Listing LISTINGS[] = {
-    { "outputs", XMLCommServer::REQUEST_OUTPUTS, false,
+    { "outputs", XMLCommServer::REQUEST_OUTPUTS, PACKETDATATYPE_NONE,
         { 0x1, 0x2, 0x3, 0x4, 0x5, 0x6, 0x8, 0x9 } },
-    { "publications", XMLCommServer::REQUEST_PUBLICATIONS, true, { 0x5, 0x2, 0x6, 0x7, 0xf } },
-    { "books", XMLCommServer::REQUEST_BOOKS, true, { 0x1, 0x2, 0x4, 0x5, 0x6, 0x7, 0x3 } },
-    { "jobs", XMLCommServer::REQUEST_JOBS, true, { 0x1, 0x2, 0x5, 0x6, 0x7, 0x9, 0xc, 0x3, 0x4 } },
+    { "publications", XMLCommServer::REQUEST_PUBLICATIONS, PACKETDATATYPE_OUTPUT,
+        { 0x5, 0x2, 0x6, 0x7, 0xf } },
+    { "books", XMLCommServer::REQUEST_BOOKS, PACKETDATATYPE_BOOKOWNER,
+        { 0x1, 0x2, 0x4, 0x5, 0x6, 0x7, 0x3 } },
+    { "jobs", XMLCommServer::REQUEST_JOBS, PACKETDATATYPE_OUTPUT,
+        { 0x1, 0x2, 0x5, 0x6, 0x7, 0x9, 0xc, 0x3, 0x4 } },
 };
 
 // Receives the reply to one request.
@@ -114,13 +118,13 @@ int print(const XMLPacket *reply, const Listing &listing, bool asXml)
 int list(Request &request, const QByteArray &url, bool asXml)
 {
     TQCommServer server(url.constData());
-    const auto error = [&server] { return QString::fromUtf8(server.errorText()); };
-    if (!error().isEmpty()) {
-        return fail(error());
+    std::unique_ptr<XMLPacket> reply;
+    if (server.failures() == 0) {
+        const TQReadTransaction oneMoment(server);
+        reply = ask(server, request);
     }
-    const std::unique_ptr<XMLPacket> reply = ask(server, request);
-    if (!error().isEmpty()) {
-        return fail(error());
+    if (server.failures() != 0) {
+        return fail(QString::fromUtf8(server.errorText()));  // rows may be missing
     }
     return print(reply.get(), *request.listing, asXml);
 }
@@ -132,6 +136,24 @@ const Listing *findListing(const QStringList &arguments)
             return arguments == QStringList(QLatin1String(listing.name));
         });
     return found == std::end(LISTINGS) ? nullptr : found;
+}
+
+// Takes the keys of owners; the text says what is wrong with one, and is empty when nothing is.
+QString readKeys(const QStringList &texts, Request &request)
+{
+    const PACKETDATATYPES owner = request.listing->owner;
+    for (const QString &text : texts) {
+        if (owner == PACKETDATATYPE_NONE) {
+            return QStringLiteral("outputs are not listed by key");
+        }
+        const std::optional<TQKEY_ELEMENT> key = readKey(text);
+        const QString wrong = key ? wrongKey(*key, owner) : noKey(text);
+        if (!wrong.isEmpty()) {
+            return wrong;
+        }
+        request.keys.push_back(*key);
+    }
+    return QString();
 }
 
 void declareOptions(QCommandLineParser &parser)
@@ -156,16 +178,9 @@ int run(const Command &command, const QCommandLineParser &parser)
     if (format != XML && format != TABLE) {
         return misuse(command, QStringLiteral("there is no format \"%1\"").arg(format));
     }
-    const QStringList keys = parser.values(KEY_OPTION);
-    if (!keys.isEmpty() && !request.listing->takesKeys) {
-        return misuse(command, QStringLiteral("outputs are not listed by key"));
-    }
-    for (const QString &text : keys) {
-        const std::optional<TQKEY_ELEMENT> key = readKey(text);
-        if (!key) {
-            return misuse(command, noKey(text));
-        }
-        request.keys.push_back(*key);
+    const QString wrong = readKeys(parser.values(KEY_OPTION), request);
+    if (!wrong.isEmpty()) {
+        return misuse(command, wrong);
     }
     request.includesPublications = parser.isSet(PUBLICATIONS_OPTION);
     return list(request,

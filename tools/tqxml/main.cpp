@@ -9,7 +9,10 @@
 
 #include <algorithm>
 #include <csignal>
+#include <cstdlib>
+#include <exception>
 #include <iterator>
+#include <new>
 
 namespace {
 
@@ -106,6 +109,24 @@ int run(const QStringList &arguments)
     return run(**found, arguments.mid(1));
 }
 
+// An exception must not cross the event loop.
+[[noreturn]] void endWithoutMemory() { endNow("tqxml: out of memory\n"); }
+
+// Qt's containers take memory from malloc(), and throw when there is none.
+[[noreturn]] void endOnException()
+{
+    if (!std::current_exception()) {
+        std::abort();
+    }
+    try {
+        std::rethrow_exception(std::current_exception());
+    } catch (const std::bad_alloc &) {
+        endWithoutMemory();
+    } catch (...) {
+        std::abort();
+    }
+}
+
 void discardMessage(QtMsgType, const QMessageLogContext &, const QString &) {}
 
 }  // namespace
@@ -123,6 +144,8 @@ int misuse(const Command &command, const QString &message)
 
 int main(int argc, char **argv)
 {
+    std::set_new_handler(endWithoutMemory);
+    std::set_terminate(endOnException);
     claimStandardStreams();
     std::signal(SIGPIPE, SIG_IGN);  // a reader that has enough is met as a failed write
     qputenv("LC_ALL", "C.UTF-8");  // output and file names are UTF-8, whatever the user's locale

@@ -8,6 +8,7 @@
 #include "xpkreference.h"
 
 #include "tqcommserver.h"
+#include "tqstore.h"
 
 #include <QCommandLineParser>
 
@@ -18,25 +19,26 @@ namespace {
 const QString REFERENCES_OPTION = QStringLiteral("references");
 const QString DATABASE_OPTION = QStringLiteral("database");
 
-// An item with all that it refers to; null, with an error, when there is none.
+// An item with all that it refers to; null, with an error, when there is none or a query failed.
 std::unique_ptr<XMLPacketable> load(
     const QByteArray &url, PACKETDATATYPES type, const TQKEY_ELEMENT &key, QString &error)
 {
     TQCommServer server(url.constData());
-    error = QString::fromUtf8(server.errorText());
-    if (!error.isEmpty()) {
-        return nullptr;
+    std::unique_ptr<XMLPacketable> item;
+    if (server.failures() == 0) {
+        const TQReadTransaction oneMoment(server);
+        TQLPCOMMANDS command;
+        ZQ_MESSAGE_ID message;
+        const std::unique_ptr<ArchiveNode> node(server.getArchiveNode(command, message, type, key));
+        item.reset(XMLPacketable::fromArchiveNode(server, node.get()));
     }
-    TQLPCOMMANDS command;
-    ZQ_MESSAGE_ID message;
-    const std::unique_ptr<ArchiveNode> node(server.getArchiveNode(command, message, type, key));
-    if (!node) {
-        error = server.iserror(command)
-            ? QString::fromUtf8(server.errorText())
-            : QStringLiteral("there is no item %1 of type %2").arg(keyText(key), typeText(type));
-        return nullptr;
+    if (server.failures() != 0) {
+        item.reset();  // a part of it may be missing
+        error = QString::fromUtf8(server.errorText());
+    } else if (!item) {
+        error = QStringLiteral("there is no item %1 of type %2").arg(keyText(key), typeText(type));
     }
-    return std::unique_ptr<XMLPacketable>(XMLPacketable::fromArchiveNode(server, node.get()));
+    return item;
 }
 
 int printReferences(const XMLPacketable &item)
@@ -77,6 +79,10 @@ int run(const Command &command, const QCommandLineParser &parser)
     const std::optional<TQKEY_ELEMENT> key = readKey(arguments.at(1));
     if (!key) {
         return misuse(command, noKey(arguments.at(1)));
+    }
+    const QString wrong = wrongKey(*key, *type);
+    if (!wrong.isEmpty()) {
+        return misuse(command, wrong);
     }
     QString error;
     const std::unique_ptr<XMLPacketable> item = load(

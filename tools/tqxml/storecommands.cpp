@@ -9,7 +9,8 @@
 #include <QFile>
 
 #include <csignal>
-#include <ctime>
+
+#include <unistd.h>
 
 namespace {
 
@@ -20,33 +21,51 @@ int finish(bool ok, const std::string &error)
     return ok ? DONE : fail(QString::fromStdString(error));
 }
 
-volatile std::sig_atomic_t stoppedAt = 0;  // seconds since the machine's start; 0 for not stopped
+constexpr unsigned PATIENCE = 2;  // seconds that the work gets to end
 
-// The first signal stops the work in an orderly way; one that comes seconds later, when that must
-// be stuck, ends the process. Some send the same signal twice at once.
-void stop(int signal)
+volatile std::sig_atomic_t isStopped = 0;
+
+void stop(int)
 {
-    timespec now = {};
-    ::clock_gettime(CLOCK_MONOTONIC, &now);
-    if (stoppedAt == 0) {
-        stoppedAt = int(now.tv_sec);
-    } else if (now.tv_sec - stoppedAt > 1) {
-        std::signal(signal, SIG_DFL);
-        std::raise(signal);
+    if (isStopped == 0) {
+        isStopped = 1;
+        ::alarm(PATIENCE);
     }
+}
+
+// The work is stuck, in a client of the database perhaps.
+void giveUp(int)
+{
+    ::isatty(STDERR_FILENO) ? endNow("\r\033[Ktqxml: interrupted\n")
+                            : endNow("tqxml: interrupted\n");
+}
+
+// Signals that are ignored, as by nohup, stay so. Waiting calls are not begun anew.
+void handleSignals()
+{
+    struct sigaction action = {};
+    struct sigaction before = {};
+    action.sa_handler = stop;
+    for (const int signal : { SIGINT, SIGTERM, SIGHUP }) {
+        if (::sigaction(signal, nullptr, &before) == 0 && before.sa_handler != SIG_IGN) {
+            ::sigaction(signal, &action, nullptr);
+        }
+    }
+    action.sa_handler = giveUp;
+    ::sigaction(SIGALRM, &action, nullptr);
+    sigset_t alarms;
+    ::sigemptyset(&alarms);
+    ::sigaddset(&alarms, SIGALRM);
+    ::sigprocmask(SIG_UNBLOCK, &alarms, nullptr);
 }
 
 // Shows how far the work is, and stops it when the user or the system asks for that.
 TQPROGRESS progressOf(ProgressBar &bar)
 {
-    for (const int signal : { SIGINT, SIGTERM, SIGHUP }) {
-        if (std::signal(signal, stop) == SIG_IGN) {
-            std::signal(signal, SIG_IGN);  // as nohup wants it
-        }
-    }
+    handleSignals();
     return [&bar](size_t done, size_t total) {
         bar.show(done, total);
-        return stoppedAt == 0;
+        return isStopped == 0;
     };
 }
 

@@ -3,6 +3,7 @@
 #include "command.h"
 #include "values.h"
 
+#include <QCoreApplication>
 #include <QFile>
 
 #include <cerrno>
@@ -31,8 +32,12 @@ int writeTo(int descriptor, const QByteArray &bytes)
     return 0;
 }
 
-QString line(const QString &message)
+QString line(QString message)
 {
+    const QStringList arguments = QCoreApplication::arguments();
+    for (const QString &argument : arguments) {
+        message = withoutPassword(message, argument);
+    }
     return QStringLiteral("tqxml: ") + printable(message) + QLatin1Char('\n');
 }
 
@@ -64,6 +69,13 @@ int fail(const QString &message)
 {
     note(message);
     return FAILED;
+}
+
+void endNow(const char *line)
+{
+    const ssize_t written = ::write(STDERR_FILENO, line, std::strlen(line));
+    static_cast<void>(written);  // there is no other way to tell
+    ::_exit(FAILED);
 }
 
 int complain(int exitCode, const QString &message, const QString &help)

@@ -11,11 +11,16 @@ void claimStandardStreams();
 /// failure; all other errors are reported.
 int writeOutput(const QByteArray &bytes);
 
-/// Writes "tqxml: " and the message to standard error, as one line.
+/// Writes "tqxml: " and the message to standard error, as one line. Passwords that are part of an
+/// argument of the command are left out.
 void note(const QString &message);
 
 /// Reports an error and returns the exit code for it.
 int fail(const QString &message);
+
+/// Ends the process as failed, with that line on standard error. Uses no memory, and may be called
+/// by a signal handler.
+[[noreturn]] void endNow(const char *line);
 
 /// Reports an error with a further line that helps, and returns that exit code.
 int complain(int exitCode, const QString &message, const QString &help);

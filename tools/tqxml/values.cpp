@@ -1,5 +1,8 @@
 #include "values.h"
 
+#include <QRegularExpression>
+#include <QUrl>
+
 #include <algorithm>
 #include <iterator>
 
@@ -8,6 +11,7 @@ namespace {
 constexpr int BASE = 16;
 constexpr int MAX_DIGITS = 8;  // of a 32-bit word
 constexpr QLatin1Char COLON(':');
+constexpr QLatin1Char AT('@');
 
 struct TypeName
 {
@@ -39,6 +43,15 @@ std::optional<unsigned> readWord(const QString &text)
     return text.toUInt(nullptr, BASE);
 }
 
+// A path as it stands in a URL, where "%" starts an escape and "?" the options.
+QString escaped(QString path)
+{
+    return path.replace(QLatin1Char('%'), QLatin1String("%25"))
+        .replace(QLatin1Char('?'), QLatin1String("%3F"));
+}
+
+QString unescaped(const QString &text) { return QUrl::fromPercentEncoding(text.toUtf8()); }
+
 }  // namespace
 
 std::optional<TQKEY_ELEMENT> readKey(const QString &text)
@@ -58,6 +71,14 @@ std::optional<TQKEY_ELEMENT> readKey(const QString &text)
 QString noKey(const QString &text)
 {
     return QStringLiteral("\"%1\" is no key: write KEY:HKEY, like 1f:56").arg(text);
+}
+
+QString wrongKey(const TQKEY_ELEMENT &key, PACKETDATATYPES type)
+{
+    const auto other = PACKETDATATYPES(key.hkey);
+    return other == type ? QString()
+                         : QStringLiteral("%1 is a key of type %2, not %3")
+                               .arg(keyText(key), typeText(other), typeText(type));
 }
 
 QString keyText(const TQKEY_ELEMENT &key)
@@ -88,12 +109,33 @@ QString typeText(PACKETDATATYPES type)
 
 QByteArray databaseUrl(const QString &database)
 {
-    const bool isUrl =
-        database.startsWith(QLatin1String("sqlite:")) || database.contains(QLatin1String("://"));
-    return isUrl ? database.toUtf8() : QByteArrayLiteral("sqlite:") + database.toUtf8();
+    if (database.startsWith(QLatin1String("sqlite:")) || database.contains(QLatin1String("://"))) {
+        return database.toUtf8();
+    }
+    // Qt takes a path that starts with a colon for a resource.
+    const QLatin1String folder(database.startsWith(COLON) ? "./" : "");
+    return (QLatin1String("sqlite:") + folder + escaped(database)).toUtf8();
 }
 
 QByteArray sampleUrl() { return QByteArrayLiteral("sqlite::memory:"); }
+
+QString withoutPassword(QString message, const QString &argument)
+{
+    static const QRegularExpression user(
+        QStringLiteral("^(?:--database=)?(?:[^/]*://|sqlite:)?+[^/:@]*:(.+)@"),
+        QRegularExpression::DotMatchesEverythingOption);
+    static const QRegularExpression option(QStringLiteral("password=([^&\\s]+)"));
+    const QString hidden = QStringLiteral("...");
+    const QString password = user.match(argument).captured(1);
+    for (const QString &form : { password, escaped(password), unescaped(password) }) {
+        // What stands behind an "@" in it may have been taken for the host.
+        for (QString rest = form; !rest.isEmpty(); rest = rest.section(AT, 1)) {
+            message.replace(rest + AT, hidden + AT);
+        }
+    }
+    const QString set = option.match(argument).captured();
+    return set.isEmpty() ? message : message.replace(set, QStringLiteral("password=") + hidden);
+}
 
 QString printable(const QString &text)
 {

@@ -1,113 +1,180 @@
 #include "xmlreader.h"
 
+#include "conversion.h"
+
+#include "xmlpacket.h"
 #include "xmlpacketable.h"
 
-#include <QXmlStreamReader>
+#include <utility>
 
 namespace {
 
 constexpr int MAX_DEPTH = 1000;  // levels of elements; inlined items take three each
+constexpr QLatin1Char LINE_FEED('\n');
 
-class Reader
+bool isPacketable(const QString &name)
 {
-public:
-    Reader(const QByteArray &text, Reading reading) : m_xml(text), m_reading(reading)
-    {
-        m_xml.setNamespaceProcessing(false);  // elements are told by name alone
-    }
+    return name == XMLObject::rootNodeName(XMLObject::XMLOBJECT_PACKETABLE);
+}
 
-    XmlInput read()
-    {
-        while (!m_xml.atEnd()) {
-            switch (m_xml.readNext()) {
-            case QXmlStreamReader::StartElement:
-                open();
-                break;
-            case QXmlStreamReader::EndElement:
-                close();
-                break;
-            case QXmlStreamReader::Characters:
-                m_text += m_xml.text();
-                break;
-            default:
-                break;
-            }
-        }
-        if (m_xml.hasError()) {
-            m_input.error = QStringLiteral("line %1, column %2: %3")
-                                .arg(m_xml.lineNumber())
-                                .arg(m_xml.columnNumber())
-                                .arg(m_xml.errorString());
-        }
-        return m_input;
-    }
-
-private:
-    QString value(QString text)
-    {
-        const QLatin1Char lineFeed('\n');
-        if (m_reading == BlankLineFeeds) {
-            return text.replace(lineFeed, QLatin1Char(' '));
-        }
-        m_input.hasLineFeeds = m_input.hasLineFeeds || text.contains(lineFeed);
-        return text;
-    }
-
-    void open()
-    {
-        addText();
-        const QString name = m_xml.qualifiedName().toString();
-        const bool isBlock = name == XMLPacketable::ITEM || name == XMLPacketable::LIST;
-        const int nesting = isBlock ? (m_nesting.isEmpty() ? 0 : m_nesting.last()) + 1 : 0;
-        if (nesting > MAX_NESTING) {
-            return leaveOut(
-                QStringLiteral("items are nested deeper than %1 levels").arg(MAX_NESTING));
-        }
-        if (m_nesting.size() == MAX_DEPTH) {
-            return leaveOut(
-                QStringLiteral("elements are nested deeper than %1 levels").arg(MAX_DEPTH));
-        }
-        QDomElement e = m_input.document.createElement(name);
-        const QXmlStreamAttributes attributes = m_xml.attributes();
-        for (const QXmlStreamAttribute &attribute : attributes) {
-            e.setAttribute(
-                attribute.qualifiedName().toString(), value(attribute.value().toString()));
-        }
-        m_nesting.append(nesting);
-        m_current.isNull() ? m_input.document.appendChild(e) : m_current.appendChild(e);
-        m_current = e;
-    }
-
-    void leaveOut(const QString &error)
-    {
-        m_reading == ReadRaw ? m_xml.skipCurrentElement() : m_xml.raiseError(error);
-    }
-
-    void close()
-    {
-        addText();
-        m_nesting.removeLast();
-        m_current = m_current.parentNode().toElement();
-    }
-
-    void addText()
-    {
-        const bool isLayout = m_text.trimmed().isEmpty() &&
-            (m_current.tagName() != XMLPacketable::VALUE || m_current.hasChildNodes());
-        if (!isLayout) {
-            m_current.appendChild(m_input.document.createTextNode(value(m_text)));
-        }
-        m_text.clear();
-    }
-
-    QXmlStreamReader m_xml;
-    const Reading m_reading;
-    XmlInput m_input;
-    QDomElement m_current;  // the open element
-    QList<int> m_nesting;  // of items and lists, for each open element
-    QString m_text;  // since the last tag
-};
+bool isBlock(const QString &name)
+{
+    return name == XMLPacketable::ITEM || name == XMLPacketable::LIST;
+}
 
 }  // namespace
 
-XmlInput readXml(const QByteArray &text, Reading reading) { return Reader(text, reading).read(); }
+XmlReader::XmlReader(Input &input, Options options)
+    : m_input(input), m_options(options), m_xml(&input)
+{
+    m_xml.setNamespaceProcessing(false);  // elements are told by name alone
+    limit();
+}
+
+QDomDocument XmlReader::next()
+{
+    while (!m_xml.atEnd()) {
+        const QXmlStreamReader::TokenType token = m_xml.readNext();
+        if (token == QXmlStreamReader::StartElement && isAtPacketable()) {
+            return readPacketable();
+        }
+        if (token == QXmlStreamReader::StartElement) {
+            enter();
+        } else if (token == QXmlStreamReader::EndElement) {
+            leave();
+        }
+        limit();
+    }
+    return QDomDocument();
+}
+
+QString XmlReader::error() const
+{
+    if (m_input.isOverLimit() || (m_options.isLimited && m_values > MAX_ITEM_VALUES)) {
+        return tooLarge(m_line);
+    }
+    if (!m_input.readError().isEmpty()) {
+        return m_input.readError();
+    }
+    return m_xml.hasError() ? QStringLiteral("line %1, column %2: %3")
+                                  .arg(QString::number(m_xml.lineNumber()),
+                                      QString::number(m_xml.columnNumber()), m_xml.errorString())
+                            : QString();
+}
+
+bool XmlReader::isAtPacketable() const
+{
+    const QString name = m_xml.qualifiedName().toString();
+    return m_depth == 0 ? isPacketable(name) || name == XMLPacketable::ITEM
+                        : m_depth == 2 && m_isInBody && isPacketable(name);
+}
+
+void XmlReader::enter()
+{
+    if (m_depth == MAX_DEPTH) {
+        return leaveOut(QStringLiteral("elements are nested deeper than %1 levels").arg(MAX_DEPTH));
+    }
+    ++m_depth;
+    if (m_depth == 2 && !m_hasBody && m_xml.qualifiedName() == XMLPacket::BODY) {
+        m_hasBody = m_isInBody = true;
+    }
+}
+
+void XmlReader::leave()
+{
+    m_isInBody = m_isInBody && m_depth > 2;
+    --m_depth;
+}
+
+// Starts to count for what is read next.
+void XmlReader::limit()
+{
+    m_line = m_xml.lineNumber();
+    m_values = 0;
+    if (m_options.isLimited) {
+        m_input.allow(MAX_ITEM_BYTES);
+    }
+}
+
+QDomDocument XmlReader::readPacketable()
+{
+    limit();
+    m_document = QDomDocument();
+    m_current = QDomElement();
+    m_hasLineFeeds = false;
+    if (!isPacketable(m_xml.qualifiedName().toString())) {
+        m_current =
+            m_document.createElement(XMLObject::rootNodeName(XMLObject::XMLOBJECT_PACKETABLE));
+        m_document.appendChild(m_current);
+    }
+    open();
+    while (!m_nesting.isEmpty() && !m_xml.atEnd()) {
+        switch (m_xml.readNext()) {
+        case QXmlStreamReader::StartElement:
+            open();
+            break;
+        case QXmlStreamReader::EndElement:
+            close();
+            break;
+        case QXmlStreamReader::Characters:
+            m_text += m_xml.text();
+            break;
+        default:
+            break;
+        }
+    }
+    return m_xml.hasError() ? QDomDocument() : std::exchange(m_document, QDomDocument());
+}
+
+void XmlReader::open()
+{
+    addText();
+    const QString name = m_xml.qualifiedName().toString();
+    const int nesting = isBlock(name) ? (m_nesting.isEmpty() ? 0 : m_nesting.last()) + 1 : 0;
+    if (nesting > MAX_NESTING) {
+        return leaveOut(QStringLiteral("items are nested deeper than %1 levels").arg(MAX_NESTING));
+    }
+    if (m_depth + m_nesting.size() >= MAX_DEPTH) {
+        return leaveOut(QStringLiteral("elements are nested deeper than %1 levels").arg(MAX_DEPTH));
+    }
+    QDomElement e = m_document.createElement(name);
+    const QXmlStreamAttributes attributes = m_xml.attributes();
+    for (const QXmlStreamAttribute &attribute : attributes) {
+        e.setAttribute(attribute.qualifiedName().toString(), value(attribute.value().toString()));
+    }
+    m_nesting.append(nesting);
+    m_current.isNull() ? m_document.appendChild(e) : m_current.appendChild(e);
+    m_current = e;
+    m_values += 1 + attributes.size();
+    if (m_options.isLimited && m_values > MAX_ITEM_VALUES) {
+        m_xml.raiseError();
+    }
+}
+
+void XmlReader::close()
+{
+    addText();
+    m_nesting.removeLast();
+    m_current = m_current.parentNode().toElement();
+}
+
+void XmlReader::addText()
+{
+    const bool isLayout = m_text.trimmed().isEmpty() &&
+        (m_current.tagName() != XMLPacketable::VALUE || m_current.hasChildNodes());
+    if (!isLayout) {
+        m_current.appendChild(m_document.createTextNode(value(m_text)));
+    }
+    m_text.clear();
+}
+
+QString XmlReader::value(const QString &text)
+{
+    m_hasLineFeeds = m_hasLineFeeds || text.contains(LINE_FEED);
+    return text;
+}
+
+void XmlReader::leaveOut(const QString &error)
+{
+    m_options.isRaw ? m_xml.skipCurrentElement() : m_xml.raiseError(error);
+}

@@ -1,25 +1,62 @@
 #ifndef XMLREADER_H
 #define XMLREADER_H
 
-#include <QByteArray>
 #include <QDomDocument>
+#include <QList>
 #include <QString>
+#include <QXmlStreamReader>
 
-constexpr int MAX_NESTING = 256;  ///< levels of items and lists that conversions follow
+class Input;
 
-/// What becomes of line feeds in values, and of what is nested too deeply: it is an error, or with
-/// ReadRaw left out.
-enum Reading { KeepLineFeeds, BlankLineFeeds, ReadRaw };
-
-struct XmlInput
+/// Reads the packetables of an XML document one by one. The document is a packet, one packetable,
+/// or one item, which gets a packetable. Of what is not within a packetable nothing is kept.
+///
+/// White space between elements is dropped, but an entry of an array may be blank. What is nested
+/// too deeply is an error, or for isRaw left out.
+class XmlReader
 {
-    QDomDocument document;
-    bool hasLineFeeds = false;  ///< in values
-    QString error;  ///< where the text is no XML, or nested too deeply, and why; else empty
-};
+public:
+    struct Options
+    {
+        bool isRaw = false;
+        bool isLimited = true;
+    };
 
-/// The elements, attributes and texts of an XML document. White space between elements is dropped,
-/// but an entry of an array may be blank.
-XmlInput readXml(const QByteArray &text, Reading reading);
+    XmlReader(Input &input, Options options);
+
+    /// A document with the next packetable as its root; null at the end or after an error.
+    QDomDocument next();
+    /// True when a value of that packetable has a line feed.
+    bool hasLineFeeds() const { return m_hasLineFeeds; }
+    /// Why there is no further packetable; empty at the end of a good document.
+    QString error() const;
+
+private:
+    bool isAtPacketable() const;
+    void enter();
+    void leave();
+    QDomDocument readPacketable();
+
+    void open();
+    void close();
+    void addText();
+    QString value(const QString &text);
+    void leaveOut(const QString &error);
+    void limit();
+
+    Input &m_input;
+    const Options m_options;
+    QXmlStreamReader m_xml;
+    int m_depth = 0;  // open elements that hold packetables
+    bool m_hasBody = false;  // the first body was met
+    bool m_isInBody = false;
+    QDomDocument m_document;
+    QDomElement m_current;  // the open element
+    QList<int> m_nesting;  // of items and lists, for each open element of the packetable
+    QString m_text;  // since the last tag
+    bool m_hasLineFeeds = false;
+    qint64 m_line = 1;  // that the packetable starts in
+    qint64 m_values = 0;  // of the packetable
+};
 
 #endif

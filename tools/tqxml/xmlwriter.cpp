@@ -21,7 +21,7 @@ bool isXmlCharacter(uint c)
 class Writer
 {
 public:
-    Writer(QString &error, bool leavesOut) : m_error(error), m_leavesOut(leavesOut) {}
+    Writer(QString &error, Unwritable unwritable) : m_error(error), m_unwritable(unwritable) {}
 
     void write(const QDomElement &e, int depth)
     {
@@ -83,7 +83,7 @@ private:
             }
             if (isXmlCharacter(code)) {
                 writeCharacter(*c, place);
-            } else if (!m_leavesOut) {
+            } else if (m_unwritable == REFUSED) {
                 m_error = QStringLiteral("a value holds the character U+%1, which XML cannot hold")
                               .arg(code, 4, 16, QLatin1Char('0'));
             }
@@ -123,15 +123,15 @@ private:
 
     QString m_out;
     QString &m_error;
-    const bool m_leavesOut;
+    const Unwritable m_unwritable;
 };
 
 }  // namespace
 
-QByteArray xmlText(const QDomElement &element, QString &error, bool leavesOut)
+QByteArray xmlText(const QDomElement &element, QString &error, Unwritable unwritable, int level)
 {
-    Writer writer(error, leavesOut);
-    writer.write(element, 0);
+    Writer writer(error, unwritable);
+    writer.write(element, level);
     return error.isEmpty() ? writer.text() : QByteArray();
 }
 

@@ -1,0 +1,29 @@
+#ifndef SPOOL_H
+#define SPOOL_H
+
+#include <QByteArray>
+#include <QString>
+#include <QTemporaryFile>
+
+/// Output that is kept until all of it is known to be good: the first of it in memory, the rest in
+/// a temporary file.
+class Spool
+{
+public:
+    /// False when it cannot be kept; error() says why.
+    bool write(const QByteArray &bytes);
+    QString error() const { return m_error; }
+    bool isEmpty() const { return m_bytes.isEmpty() && !m_file.isOpen(); }
+    /// Writes all to standard output; returns the exit code.
+    int print();
+
+private:
+    bool open();
+    bool flush();
+
+    QByteArray m_bytes;  // behind those in the file
+    QTemporaryFile m_file;
+    QString m_error;
+};
+
+#endif
