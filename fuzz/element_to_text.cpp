@@ -1,3 +1,4 @@
+#include "../xml/qtcompat_p.h"
 #include "fuzz.h"
 
 #include "tqpacketable.h"
@@ -117,7 +118,8 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     QDomDocument document;
     if (size > 0 && data[0] == '<') {
         document.setContent(
-            QByteArray(reinterpret_cast<const char *>(data), static_cast<int>(size)), true);
+            QByteArray(reinterpret_cast<const char *>(data), static_cast<int>(size)),
+            WITH_NAMESPACES);
     } else {
         Bytes bytes(data, size);
         build(document, bytes);

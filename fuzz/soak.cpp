@@ -88,6 +88,7 @@ class CountedPacket : public XMLPacket
 public:
     CountedPacket() { ++living; }
     ~CountedPacket() override { --living; }
+    using XMLPacket::operator=;
     static qint64 living;
 };
 qint64 CountedPacket::living = 0;

@@ -221,7 +221,7 @@ void tst_Command::initTestCase()
     sql(url("newer.db"), "UPDATE tq_schema SET version = 4711");
     QSqlDatabase lock = QSqlDatabase::addDatabase(str("QSQLITE"));
     lock.setDatabaseName(m_folder.filePath(str("locked.db")));
-    QVERIFY(lock.open() && lock.exec(str("BEGIN EXCLUSIVE")).isActive());
+    QVERIFY(lock.open() && QSqlQuery(str("BEGIN EXCLUSIVE"), lock).isActive());
     const QByteArray job = "SELECT printf('%x:15', id) FROM tq_job WHERE book_id * profile_id > 0";
     qputenv("JOB", sql(url("store.db"), job).value(0));
     if (m_postgres.isInstalled()) {

@@ -1,7 +1,7 @@
 #ifndef QTCOMPAT_P_H
 #define QTCOMPAT_P_H
 
-#include <QtGlobal>
+#include <QDomDocument>
 
 // All that differs between Qt 5.15 and Qt 6.
 
@@ -9,6 +9,13 @@
 using TextSize = int;
 #else
 using TextSize = qsizetype;
+#endif
+
+// For QDomDocument::setContent(): prefixes are told apart from names.
+#if QT_VERSION < QT_VERSION_CHECK(6, 5, 0)
+constexpr bool WITH_NAMESPACES = true;
+#else
+constexpr auto WITH_NAMESPACES = QDomDocument::ParseOption::UseNamespaceProcessing;
 #endif
 
 #endif
