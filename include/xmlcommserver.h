@@ -16,6 +16,7 @@ class XMLAction;
 ///
 /// A request is a packet whose first action has one of the REQUEST types. Each is served at once
 /// inside receive() and gets at most one reply packet; errors are never reported to the requester.
+/// A reply may be short when a query failed: compare TQCommServer::failures() before and after.
 class TQXML_EXPORT XMLCommServer : public XMLAgent
 {
 public:
