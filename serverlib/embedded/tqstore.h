@@ -38,8 +38,8 @@
 /// | `busy_timeout` | 3000 | milliseconds to wait for a lock of another program; 0 for not at all |
 ///
 /// While a file is open, NAME-wal and NAME-shm next to it belong to it: the store is in
-/// write-ahead mode, in which readers see one moment and never hold up writers. Whoever reads needs
-/// the right to write the folder, or an open writer.
+/// write-ahead mode, in which readers see one moment and never hold up writers. Readers, too, need
+/// the right to make these files.
 ///
 /// PostgreSQL:
 ///
@@ -58,19 +58,20 @@
 /// | `connect_timeout` | 5 | seconds until a host that does not answer is given up |
 /// | `statement_timeout` | 30s | time for one statement, in PostgreSQL's notation; 0 for any |
 /// | `lock_timeout` | 10s | time to wait for another session's lock, likewise; 0 for any |
-/// | `response_timeout` | statement_timeout and 10 s | seconds without a sign of the server; 0 for any |
+/// | `response_timeout` | 10 more | seconds without a sign of the server; 0 for any |
 ///
 /// PostgreSQL's notation is a number with a unit, "500ms", "30s" or "2min"; without one it means
-/// milliseconds. After response_timeout the connection is given up, also while a statement runs: the
-/// query fails, and the next one connects anew. The first two limits work on the server's side
-/// and cannot help against a server that is there but silent.
+/// milliseconds. The server itself keeps statement_timeout and lock_timeout. response_timeout is
+/// for a server that is there but silent: its default is 10 seconds more than statement_timeout.
+/// After it the query fails and the connection is given up; the next query connects anew.
 
 /// While it lives, all queries of a connection see the store as it was at the first of them,
 /// whatever others change meanwhile, and hold nobody up.
 ///
 /// When one of the queries fails, the rest fail, too, until the transaction ends: what they would
 /// find could be of another moment. One within another belongs to the outer one. Use it in the
-/// connection's thread, and end it before the connection's; one that is left over then does nothing.
+/// connection's thread, and end it before the connection's; one that is left over then does
+/// nothing.
 class TQSERVER_EXPORT TQReadTransaction
 {
 public:
