@@ -34,8 +34,8 @@ public:
 
     /// The item: owned; may be null. libtqxml looks for the fields that refer to it by its dbkey
     /// or, when that is not valid, by its name. So the item of a reference by key has that key, and
-    /// the item of a reference by name has the null key and that name. Names that are not ASCII are
-    /// not found.
+    /// the item of a reference by name has the null key and that name: its member name, also for an
+    /// output, which has another after loadRecord(). Names that are not ASCII are not found.
     TQPacketable *packetable;
 
 private:

@@ -32,7 +32,9 @@ public:
     TQCommServer(const TQCommServer &) = delete;
     TQCommServer &operator=(const TQCommServer &) = delete;
 
-    /// Records of data type 15 (outputs) or 85 (owners of books), by name; null for other types.
+    /// Records of data type 15 (outputs) or 85 (owners of books), by name; null for other types,
+    /// which is no failure. What comes first of two names is the server library's own, but the same
+    /// each time: listings keep the order.
     TQLISTRECORD *getDBList(TQLPCOMMANDS &command, ZQ_MESSAGE_ID &message, PACKETDATATYPES type);
     /// Jobs in the queue of the output with that id, which getidfromtqkey() gave; null for 0. With
     /// TQQUEUE_ALL the jobs of all its queues. libtqxml asks for that, by name, ascending.
@@ -48,7 +50,7 @@ public:
     bool iserror(TQLPCOMMANDS &command);
 
     /// Host name of the server, NUL-terminated, owned by the connection and valid as long as that;
-    /// null when not connected. libtqxml hands it, with the port, to ICCPROFILEDATA_CC::load().
+    /// null when not connected. With the port it is what ICCPROFILEDATA_CC::load() gets; see there.
     const char *getConnectedHostname() const;
     /// Port number of the server, up to 65535; 0 when not connected.
     int getConnectedPortnum() const;

@@ -43,15 +43,17 @@ public:
     ~ICCPROFILEDATA_CC() override;
 
     /// Fetches the profile's bytes from the server, by the item's key or, when that is not valid,
-    /// by its name, and puts them into the field of the type code ::TQELEMENT_BYTES.
+    /// by its name, and puts them into the field of the type code ::TQELEMENT_BYTES, in place of
+    /// what it holds.
     ///
     /// Host and port are what getConnectedHostname() (an empty text for null) and
-    /// getConnectedPortnum() answer, cut to 16 bits, for the connection that the application passed
-    /// to XMLPacketable::fromArchiveNode(). Two databases of one server share them. So an item that
-    /// came from a connection is best bound to it, as long as that is open; host and port then
-    /// matter only for items that came from none. The host may be changed; it is a copy.
+    /// getConnectedPortnum() (cut to 16 bits) answer for the connection that the application passed
+    /// to XMLPacketable::fromArchiveNode(). The bytes come from that connection's data and from no
+    /// other. Two open connections to two databases of one server would answer the same host and
+    /// port: so answer another one for the second, for example a number of your own as the port,
+    /// or let items remember their connection. The host may be changed; it is a copy.
     ///
-    /// When the bytes cannot be fetched the item stays without them, and the connection counts a
+    /// When the bytes cannot be fetched the item stays as it is, and the connection counts a
     /// failure (TQCommServer::failures()). A profile that the server does not have is no failure.
     void load(std::string &host, unsigned short port);
 };

@@ -9,9 +9,10 @@
 /// Packet text
 /// -----------
 ///
-/// The text form of an item, which TQPacketable::toPacket() writes and TQPacketable::fromPacket()
-/// reads. It is UTF-8 without a byte order mark, and it consists of lines. Every line is a word,
-/// one blank and a value, and ends with one line feed, the last line too.
+/// The text form of an item's fields, which TQPacketable::toPacket() writes and
+/// TQPacketable::fromPacket() reads. An item's key and name are not in it, unless they are fields,
+/// too. It is UTF-8 without a byte order mark, and it consists of lines. Every line is a word, one
+/// blank and a value, and ends with one line feed, the last line too.
 ///
 /// | Line | What it says |
 /// |------|--------------|

@@ -61,7 +61,7 @@ struct TQKEY_ELEMENT
 /// owner's record (also for owners of books), 21 for a job's and 86 for a book's.
 enum PACKETDATATYPES : unsigned int {
     PACKETDATATYPE_NONE = 0,  ///< no type
-    PACKETDATATYPE_UNCONVERTED = 6,  ///< exists, but has no packet text of its own
+    PACKETDATATYPE_UNCONVERTED = 6,  ///< items that never have a field in packet text
     PACKETDATATYPE_OUTPUT = 8,  ///< item of an output; loads a ::TQOWNER record of list 15
     PACKETDATATYPE_OUTPUTLIST = 15,  ///< list of outputs, asked for with getDBList()
     PACKETDATATYPE_JOB = 21,  ///< item of a job, TQJOB_CC; loads a ::TQJOB record
