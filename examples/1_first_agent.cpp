@@ -22,17 +22,20 @@ public:
         XMLPacket *packet = getXMLPacket(router->getXMLCommServerID());
         packet->appendV(request);
         router->send(packet);  // the router's from here on
+        router->send(getXMLPacket(getAgentID()));  // arrives when the bridge is done
     }
 
     void receive(XMLPacket *packet) override
     {
-        const std::unique_ptr<XMLPacket> reply(packet);  // ours from here on
+        const std::unique_ptr<XMLPacket> received(packet);  // ours from here on
+        if (received->getSourceAgentID() == getAgentID()) {
+            QCoreApplication::quit();  // after this delivery, which the bridge's reply is part of
+        }
         std::list<QDomNode> books;
-        reply->getNodesOfType(XMLObject::XMLOBJECT_PACKETABLE, books);
+        received->getNodesOfType(XMLObject::XMLOBJECT_PACKETABLE, books);
         for (const QDomNode &book : books) {
             std::puts(qPrintable(XMLPacketable::getName(book.toElement())));
         }
-        QCoreApplication::quit();
     }
 };
 
@@ -43,8 +46,13 @@ int main(int argc, char *argv[])
     XMLRouter router(&server, nullptr, "router");
     BookReader reader;
     router.add(&reader);
+    const unsigned int failures = server.failures();
     reader.askForBooks();
-    const int result = application.exec();
+    application.exec();
     router.remove(&reader);
-    return result;
+    if (server.failures() != failures) {  // a query failed since
+        std::fprintf(stderr, "There may be more books: %s\n", server.errorText());
+        return 1;
+    }
+    return 0;
 }

@@ -16,6 +16,7 @@ class XMLAction;
 /// inside receive() and gets at most one reply packet; errors are never reported to the requester.
 /// The server library may run an event loop meanwhile. When the router is deleted in it, a listing
 /// ends without a reply.
+/// A reply may be short when a query failed: compare TQCommServer::failures() before and after.
 class TQXML_EXPORT XMLCommServer : public XMLAgent
 {
 public:

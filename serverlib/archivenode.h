@@ -3,7 +3,14 @@
 
 #include "tqpacketable.h"
 
+/// \file
+/// Trees of items that refer to each other.
+
 /// A node of an archive tree: an item and, below it, the nodes of the items that it refers to.
+///
+/// libtqxml only walks trees: it reads packetable, asks that item's copy for its references and
+/// finds the node of each with findNode(). It loads the bytes of profiles
+/// (ICCPROFILEDATA_CC::load()) into the nodes' own items, and changes nothing else.
 class TQSERVER_EXPORT ArchiveNode
 {
 public:
@@ -19,10 +26,17 @@ public:
     void add(ArchiveNode *child);
     /// The node directly below that holds the referred item: equal keys for a reference with a
     /// valid key, else equal names; where the reference tells a data type, that too must agree.
-    /// Null when there is none.
+    /// Null when there is none, and for null. The node stays this one's.
+    ///
+    /// The reference comes from another item object with the same fields, so compare keys and
+    /// texts, not addresses.
     ArchiveNode *findNode(const TQDB_REFERENCE *reference) const;
 
-    TQPacketable *packetable;  ///< owned; may be null
+    /// The item: owned; may be null. libtqxml looks for the fields that refer to it by its dbkey
+    /// or, when that is not valid, by its name. So the item of a reference by key has that key, and
+    /// the item of a reference by name has the null key and that name: its member name, also for an
+    /// output, which has another after loadRecord(). Names that are not ASCII are not found.
+    TQPacketable *packetable;
 
 private:
     struct Children;

@@ -6,10 +6,18 @@
 #include <stddef.h>
 
 /// \file
-/// List records as the server library hands them out. The byte offsets are the same on every
-/// platform, so with 8-byte pointers some members are misaligned: read and write them by value,
-/// never through a pointer or reference. Records are allocated and freed by the server library
-/// alone, which may keep more behind the end of the declared part.
+/// List records as the server library hands them out.
+///
+/// - The byte offsets are the same on every platform, so with 8-byte pointers some members are
+///   misaligned: read and write them by value, never through a pointer or reference.
+/// - Records are allocated and freed by the server library alone, which may keep more behind the
+///   end of the declared part, and in the reserved bytes. A record stays valid until it is freed,
+///   whatever is asked meanwhile, also after the connection's end.
+/// - libtqxml reads the members, and reads and writes the next pointers: it cuts lists and joins
+///   them itself. So keep neither a length nor the end of a list, and no pointer back.
+/// - The texts are the record's own, as long as it lives; a null name counts as an empty one.
+/// - A record is in a list, or belongs to an item (see TQPacketable::loadRecord()), or to whoever
+///   unlinked it. Its owner frees it, once.
 #pragma pack(push, 1)
 
 /// What every list record starts with.
@@ -19,7 +27,9 @@ struct TQLISTRECORD
     TQLISTRECORD *next;  ///< null at the end of the list
 };
 
-/// Record of an owner: an output (data type 15) or an owner of books (data type 85).
+/// Record of an owner: an output (in the list of data type 15) or an owner of books (85). The
+/// bridge lists what each owner has by this key. An output's record is also loaded into an item of
+/// data type 8, which takes the name and the fields from what the server library keeps.
 struct TQOWNER
 {
     TQLISTRECORD list;  ///< links the records
@@ -45,7 +55,7 @@ struct TQJOB
     unsigned char reserved1[164 - 28 - sizeof(char *)];  ///< the server library's own
     char *publicationName;  ///< NUL-terminated UTF-8; null for a job outside any publication
     unsigned char reserved2[188 - 164 - sizeof(char *)];  ///< the server library's own
-    unsigned int publicationId;  ///< means something only with a publication name
+    unsigned int publicationId;  ///< equal for the jobs of one; counts with a publication name only
 };
 
 #pragma pack(pop)
@@ -58,19 +68,20 @@ static_assert(offsetof(TQJOB, name) == 28, "job's name");
 static_assert(offsetof(TQJOB, publicationName) == 164, "job's publication name");
 static_assert(offsetof(TQJOB, publicationId) == 188, "job's publication identifier");
 
-/// Appends a whole list to the list at head; an empty (null) head becomes the list. Time grows
-/// with the length of the list at head, not with that of the appended one.
+/// Appends a whole list to the list at head; an empty (null) head becomes the list. A null list
+/// changes nothing. Time grows with the length of the list at head, not with that of the appended
+/// one. The lists share no record.
 TQSERVER_EXPORT void AddListList(TQLISTRECORD **head, TQLISTRECORD *list);
 
 /// Unlinks one record of the list at head and clears its next pointer; the record is the caller's
 /// from then on. A record that is not in the list is left alone. Unlinking the first is O(1).
 TQSERVER_EXPORT void RemoveItemFromList(TQLISTRECORD **head, TQLISTRECORD *record);
 
-/// Frees every record of the list and sets the head to null. The data type names the family of
-/// records: 8 owners, 21 jobs, 86 books.
+/// Frees every record of the list and sets the head to null; an empty list (null head) is fine. The
+/// data type names the family of records: 8 owners of both kinds, 21 jobs, 86 books.
 TQSERVER_EXPORT void TQPacketFreeList(TQLISTRECORD **head, PACKETDATATYPES type);
 
-/// Frees one unlinked record; null is ignored.
+/// Frees one unlinked record of that family; null is ignored.
 TQSERVER_EXPORT void TQPacketFreeItem(TQLISTRECORD *record, PACKETDATATYPES type);
 
 #endif

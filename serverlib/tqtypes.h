@@ -2,7 +2,43 @@
 #define TQTYPES_H
 
 /// \file
-/// Keys, data types and small records of the server library.
+/// Keys, data types and small records of the server library, and what every implementation of it
+/// must be.
+///
+/// The server library
+/// ------------------
+///
+/// libtqxml and applications reach the server through the headers tqtypes.h, tqrecords.h,
+/// tqpacketable.h, tqitems.h, tqstorageclass.h, archivenode.h and tqcommserver.h. Whoever defines
+/// all that they declare has written a server library. The headers need C++17 and no Qt.
+///
+/// - **Name.** It is a shared library with the soname `libtqserver.so.1`, or
+///   `libtqserver-qt5.so.1` for programs on Qt 5, whose libtqxml is linked against that. The
+///   declarations are the same, so a library without Qt may be built once and linked under both.
+/// - **Complete.** Every function is defined, also those that you have nothing to do for: a program
+///   may be linked so that a missing one keeps it from starting.
+/// - **As declared.** Classes have exactly the declared members and virtual functions. What is
+///   yours goes into the nested structs that are only declared here (`Fields`, `Children`,
+///   `Connection`). Symbols are visible; compile with RTTI (no `-fno-rtti`): libtqxml uses
+///   dynamic_cast on items.
+/// - **No exceptions.** No function should throw: libtqxml is called from Qt's event loop, through
+///   which no exception may pass.
+/// - **Null** and 0 are answers: no list, no item, no table, no name. libtqxml copes with each of
+///   them everywhere, and passes null only where a comment allows it.
+/// - **Memory** that the server library hands out is released by its own functions only: buffers by
+///   TQ_free(), records by TQPacketFreeList() and TQPacketFreeItem(), items and nodes by delete.
+/// - **Text** is UTF-8, NUL-terminated unless a length goes with it.
+/// - **Keys, types and texts come from requests** of any agent, and from XML from anywhere. Every
+///   value must be safe; one that denotes nothing finds nothing.
+/// - **Threads.** A program may have one connection in each thread. A connection, its answers and
+///   the items made from them are used by one thread at a time. But several threads use theirs at
+///   the same time, so guard what they share: conversion tables, the factory, counters, any table
+///   of open connections. Functions without a connection (all that are not members of
+///   TQCommServer) are called by several threads at once.
+/// - **Event loop.** A query may run Qt's event loop while it waits. libtqxml is ready for what the
+///   program does then, even for the end of the router whose bridge asked. Be ready yourself for a
+///   second query on the same connection meanwhile. The connection itself outlives its queries:
+///   that is the program's duty.
 
 // Symbols of the server library are visible whatever the including project's default is.
 #if defined(__GNUC__)
@@ -11,7 +47,8 @@
 #define TQSERVER_EXPORT
 #endif
 
-/// Database key of an item. Both words zero is the null key.
+/// Database key of an item. Both words zero is the null key. What the words say is the server
+/// library's own; to everybody else two keys are equal or not.
 struct TQKEY_ELEMENT
 {
     unsigned int key;  ///< first word
@@ -19,15 +56,18 @@ struct TQKEY_ELEMENT
 };
 
 /// Stored data types. Any 32-bit number is a valid value; the enumerators are those in use.
+///
+/// Records have families of their own: TQPacketFreeList() and TQPacketFreeItem() are told 8 for an
+/// owner's record (also for owners of books), 21 for a job's and 86 for a book's.
 enum PACKETDATATYPES : unsigned int {
-    PACKETDATATYPE_NONE = 0,
-    PACKETDATATYPE_UNCONVERTED = 6,  ///< exists, but has no packet text of its own
-    PACKETDATATYPE_OUTPUT = 8,
-    PACKETDATATYPE_OUTPUTLIST = 15,
-    PACKETDATATYPE_JOB = 21,
-    PACKETDATATYPE_ICCPROFILE = 48,
-    PACKETDATATYPE_BOOKOWNER = 85,
-    PACKETDATATYPE_BOOK = 86
+    PACKETDATATYPE_NONE = 0,  ///< no type
+    PACKETDATATYPE_UNCONVERTED = 6,  ///< items that never have a field in packet text
+    PACKETDATATYPE_OUTPUT = 8,  ///< item of an output; loads a ::TQOWNER record of list 15
+    PACKETDATATYPE_OUTPUTLIST = 15,  ///< list of outputs, asked for with getDBList()
+    PACKETDATATYPE_JOB = 21,  ///< item of a job, TQJOB_CC; loads a ::TQJOB record
+    PACKETDATATYPE_ICCPROFILE = 48,  ///< item of an ICC profile, ICCPROFILEDATA_CC
+    PACKETDATATYPE_BOOKOWNER = 85,  ///< owner of books: a list, and an item that loads its records
+    PACKETDATATYPE_BOOK = 86  ///< item of a book, BOOK_CC; loads a ::TQBOOK record
 };
 
 /// A job queue of the server.
@@ -39,14 +79,16 @@ enum SORTTYPE : int { SORTTYPE_NAME = 4 };
 /// Direction of a sorted listing.
 enum SORTORDER : int { SORTORDER_ASCENDING = 0, SORTORDER_DESCENDING = 1 };
 
-/// Command record: filled by each query, asked with TQCommServer::iserror().
+/// Command record: filled by each query, asked with TQCommServer::iserror(). Callers pass a new
+/// one to each query and read neither member.
 struct TQLPCOMMANDS
 {
     int command = 0;  ///< number of the query that filled the record
     int status = 0;  ///< 0 when the query succeeded
 };
 
-/// Identifier that a query gives its message; never the same twice on one connection.
+/// Identifier that a query gives its message; never the same twice on one connection. Callers pass
+/// a new one to each query.
 struct ZQ_MESSAGE_ID
 {
     unsigned int id = 0;  ///< 0 before the query
@@ -58,7 +100,7 @@ class TQSERVER_EXPORT TQKEY_CC
 public:
     /// The key that denotes nothing: both words zero.
     static TQKEY_ELEMENT getNullKey();
-    /// True when the key denotes a database item: both words are non-zero.
+    /// True when the key may denote a database item: both words are non-zero. No query is made.
     static bool isValid(const TQKEY_ELEMENT &key);
 };
 

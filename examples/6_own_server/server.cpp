@@ -1,56 +1,138 @@
-// A server library of one's own: a connection to two books of one owner. What libtqxml does not
-// call, like the archive of a store, is left out.
+// The connection: lists of records, and how many queries failed.
 
-#include <cstdlib>
+#include "shop.h"
+
+#include <algorithm>
+#include <map>
+#include <mutex>
 #include <tqcommserver.h>
-#include <tqitems.h>
-#include <tqstorageclass.h>
 
 namespace {
 
-CONVERTSTRUCTELEMENTINFO TABLE[] = { { 1, 1, 0, 1, {} }, {} };  // field 1, a text
-
-// A new record in front of a list; it ends where the longest kind of record does.
-TQLISTRECORD *newRecord(const char *title, TQLISTRECORD *next)
-{
-    auto *record = static_cast<TQBOOK *>(std::calloc(1, sizeof(TQJOB)));
-    record->list.next = next;
-    record->name = const_cast<char *>(title);
-    return &record->list;
-}
+// The open shops. Several threads open and close connections of their own at the same time.
+std::mutex mutex;
+std::map<unsigned int, Shop *> openShops;
 
 }  // namespace
 
-CONVERTSTRUCTELEMENTINFO *TQGetSystemStorageClassConv(PACKETDATATYPES) { return TABLE; }
-TQPacketable *PacketableUtil::getPacketable(PACKETDATATYPES type) { return new TQPacketable(type); }
-
-BOOK_CC::BOOK_CC() : TQPacketable(PACKETDATATYPE_BOOK) {}
-BOOK_CC::~BOOK_CC() = default;
-TQJOB_CC::TQJOB_CC() : TQPacketable(PACKETDATATYPE_JOB) {}
-TQJOB_CC::~TQJOB_CC() = default;
-int TQJOB_CC::pageNumber(const TQJOB *) { return 0; }
-void TQJOB_CC::trimLists(TQJOB *) {}
-ICCPROFILEDATA_CC::~ICCPROFILEDATA_CC() = default;
-void ICCPROFILEDATA_CC::load(std::string &, unsigned short) {}
-ArchiveNode *ArchiveNode::findNode(const TQDB_REFERENCE *) const { return nullptr; }
-
-TQCommServer::TQCommServer(const char *) : m_connection(nullptr) {}
-TQCommServer::~TQCommServer() = default;
-bool TQCommServer::iserror(TQLPCOMMANDS &) { return false; }
-const char *TQCommServer::getConnectedHostname() const { return "localhost"; }
-int TQCommServer::getConnectedPortnum() const { return 0; }
-int TQCommServer::getidfromtqkey(const TQKEY_ELEMENT &key) { return static_cast<int>(key.key); }
-TQJOB *TQCommServer::getJobqueue(TQLPCOMMANDS &, ZQ_MESSAGE_ID &, TQQUEUE, SORTTYPE, SORTORDER, int)
+Shop *Shop::find(unsigned int number)
 {
-    return nullptr;
+    const std::lock_guard<std::mutex> lock(mutex);
+    const auto found = openShops.find(number);
+    return found == openShops.end() ? nullptr : found->second;
 }
-TQLISTRECORD *TQCommServer::getDBList(TQLPCOMMANDS &, ZQ_MESSAGE_ID &, PACKETDATATYPES type)
+
+struct TQCommServer::Connection
 {
-    return type == PACKETDATATYPE_BOOKOWNER ? newRecord("Owner", nullptr) : nullptr;
+    // Runs a query, and fills its command record and its message identifier.
+    template<typename Query>
+    auto run(TQLPCOMMANDS &command, ZQ_MESSAGE_ID &message, Query query)
+    {
+        message.id = ++messages;
+        const unsigned int failures = shop.failures;
+        const auto answer = query();
+        command.status = shop.failures == failures ? 0 : 1;
+        return answer;
+    }
+
+    // The rows of a table that belong to that owner, as a list of records, by name.
+    TQLISTRECORD *list(PACKETDATATYPES type, unsigned int owner, SORTORDER order)
+    {
+        std::vector<Row> rows = shop.rows(type).value_or(std::vector<Row>());
+        if (order == SORTORDER_ASCENDING) {
+            std::reverse(rows.begin(), rows.end());  // each record goes before the last one
+        }
+        TQLISTRECORD *head = nullptr;
+        for (const Row &row : rows) {
+            head = row.owner == owner ? &Record::make(row, head)->shown.list : head;
+        }
+        return head;
+    }
+
+    Shop shop;
+    unsigned int messages = 0;
+};
+
+TQCommServer::TQCommServer(const char *url) : m_connection(new Connection)
+{
+    Shop &shop = m_connection->shop;
+    shop.folder = url ? url : "";
+    if (shop.rows(PACKETDATATYPE_OUTPUT)) {
+        const std::lock_guard<std::mutex> lock(mutex);
+        do {
+            ++shop.number;
+        } while (!openShops.emplace(shop.number, &shop).second);
+    }
 }
-TQBOOK *TQCommServer::getBooks(
-    TQLPCOMMANDS &, ZQ_MESSAGE_ID &, SORTTYPE, SORTORDER, const TQKEY_ELEMENT &)
+
+TQCommServer::~TQCommServer()
 {
-    TQLISTRECORD *books = newRecord("Moby-Dick", newRecord("Walden", nullptr));
-    return reinterpret_cast<TQBOOK *>(books);
+    {
+        const std::lock_guard<std::mutex> lock(mutex);
+        openShops.erase(m_connection->shop.number);
+    }
+    delete m_connection;
+}
+
+TQLISTRECORD *TQCommServer::getDBList(
+    TQLPCOMMANDS &command, ZQ_MESSAGE_ID &message, PACKETDATATYPES type)
+{
+    return m_connection->run(command, message, [&]() -> TQLISTRECORD * {
+        switch (type) {
+        case PACKETDATATYPE_OUTPUTLIST:
+            return m_connection->list(PACKETDATATYPE_OUTPUT, 0, SORTORDER_ASCENDING);
+        case PACKETDATATYPE_BOOKOWNER:
+            return m_connection->list(PACKETDATATYPE_BOOKOWNER, 0, SORTORDER_ASCENDING);
+        default:
+            return nullptr;
+        }
+    });
+}
+
+// This shop has one queue for each output, and one order.
+TQJOB *TQCommServer::getJobqueue(TQLPCOMMANDS &command, ZQ_MESSAGE_ID &message, TQQUEUE, SORTTYPE,
+    SORTORDER sortOrder, int owner)
+{
+    return reinterpret_cast<TQJOB *>(m_connection->run(command, message,
+        [&] { return m_connection->list(PACKETDATATYPE_JOB, unsigned(owner), sortOrder); }));
+}
+
+TQBOOK *TQCommServer::getBooks(TQLPCOMMANDS &command, ZQ_MESSAGE_ID &message, SORTTYPE,
+    SORTORDER sortOrder, const TQKEY_ELEMENT &owner)
+{
+    return reinterpret_cast<TQBOOK *>(m_connection->run(command, message, [&] {
+        const unsigned int number = owner.hkey == PACKETDATATYPE_BOOKOWNER ? owner.key : 0;
+        return m_connection->list(PACKETDATATYPE_BOOK, number, sortOrder);
+    }));
+}
+
+ArchiveNode *TQCommServer::getArchiveNode(
+    TQLPCOMMANDS &command, ZQ_MESSAGE_ID &message, PACKETDATATYPES type, const TQKEY_ELEMENT &key)
+{
+    ArchiveNode *const node = m_connection->run(
+        command, message, [&] { return loadArchive(m_connection->shop, type, key); });
+    if (iserror(command)) {
+        delete node;  // a part of the tree
+        return nullptr;
+    }
+    return node;
+}
+
+int TQCommServer::getidfromtqkey(const TQKEY_ELEMENT &key)
+{
+    return key.hkey == PACKETDATATYPE_OUTPUT ? static_cast<int>(key.key) : 0;
+}
+
+bool TQCommServer::iserror(TQLPCOMMANDS &command) { return command.status != 0; }
+unsigned int TQCommServer::failures() const { return m_connection->shop.failures; }
+const char *TQCommServer::errorText() const { return m_connection->shop.error.c_str(); }
+
+const char *TQCommServer::getConnectedHostname() const
+{
+    return m_connection->shop.number != 0 ? "localhost" : nullptr;
+}
+
+int TQCommServer::getConnectedPortnum() const
+{
+    return static_cast<int>(m_connection->shop.number);
 }

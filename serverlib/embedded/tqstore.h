@@ -10,9 +10,61 @@
 #include <vector>
 
 /// \file
-/// Making and filling stores, and reading them at one moment. Every operation is all or nothing,
-/// also when the process is killed on the way. Each answers false on failure, with one line of
-/// UTF-8 in error, and needs a QCoreApplication, like the connection itself.
+/// The stores of the embedded server library: their URLs, making and filling them, and reading them
+/// at one moment.
+///
+/// Every operation is all or nothing, also when the process is killed on the way. Each answers
+/// false on failure, with one line of UTF-8 in error. All need a QCoreApplication, and so does
+/// TQCommServer: without one a connection fails to open. A connection is for the thread that opened
+/// it; every thread may have one of its own.
+///
+/// URLs
+/// ----
+///
+/// | URL | Store |
+/// |-----|-------|
+/// | `sqlite:PATH` | an SQLite file; a path without "/" at its start is relative |
+/// | `sqlite::memory:` | the sample content, in memory, new for each connection |
+/// | `postgresql://...`, `postgres://...` | a PostgreSQL database, in libpq's form: see below |
+///
+/// In paths, names and values "%" and two hexadecimal digits stand for a byte of UTF-8: `%20` is a
+/// blank, `%25` a "%", `%3F` a "?". `%00` is refused. Parameters follow after "?", with "&" between
+/// them. A parameter that is not known is an error.
+///
+/// SQLite has one:
+///
+/// | Parameter | Default | Meaning |
+/// |-----------|---------|---------|
+/// | `busy_timeout` | 3000 | milliseconds to wait for a lock of another program; 0 for not at all |
+///
+/// While a file is open, NAME-wal and NAME-shm next to it belong to it: the store is in
+/// write-ahead mode, in which readers see one moment and never hold up writers. A reader that may
+/// not make them reads the file as it is as long as nobody has the store open to write; a change
+/// meanwhile is an error.
+///
+/// PostgreSQL:
+///
+///     postgresql://[USER@][HOST][:PORT][,...][/DB][?PARAMETER=VALUE&...]
+///
+/// Without a host it is the local socket. IPv6 addresses stand in brackets. Several hosts are tried
+/// in turn. What is left out has libpq's default. **There is no password in a URL**, which others
+/// can see in process lists and logs: set PGPASSWORD, have a password file (`~/.pgpass` or
+/// `passfile=`), or use a certificate.
+///
+/// All parameters are libpq's (connect_timeout, keepalives and its siblings, sslmode, sslrootcert,
+/// passfile, options ...), with these defaults where libpq would wait for ever, and three more:
+///
+/// | Parameter | Default | Meaning |
+/// |-----------|---------|---------|
+/// | `connect_timeout` | 5 | seconds until a host that does not answer is given up |
+/// | `statement_timeout` | 30s | time for one statement, in PostgreSQL's notation; 0 for any |
+/// | `lock_timeout` | 10s | time to wait for another session's lock, likewise; 0 for any |
+/// | `response_timeout` | 10 more | seconds without a sign of the server; 0 for any |
+///
+/// PostgreSQL's notation is a number with a unit, "500ms", "30s" or "2min"; without one it means
+/// milliseconds. The server itself keeps statement_timeout and lock_timeout. response_timeout is
+/// for a server that is there but silent: its default is 10 seconds more than statement_timeout.
+/// After it the query fails and the connection is given up; the next query connects anew.
 
 /// While it lives, all queries of a connection see the store as it was at the first of them,
 /// whatever others change meanwhile, and hold nobody up.
