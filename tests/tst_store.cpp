@@ -66,6 +66,7 @@ private Q_SLOTS:
     void whatAKilledCreatorLeftIsRemoved();
     void aCreatorAtWorkIsLeftAlone();
     void linksOfOthersAreNotFollowed();
+    void theLogOfADeletedStoreIsNotTakenOver();
     void aNewStoreLetsReadersAndAWriterWorkAtATime();
     void aNameThatBeginsWithAColonIsOne();
     void eachTableHoldsItsIdsToARangeOfItsOwn_data() { addDatabases(); }
@@ -404,6 +405,13 @@ void tst_Store::linksOfOthersAreNotFollowed()
     QCOMPARE(createError(url(str("nowhere.db"))), path(str("nowhere.db: exists already")));
     QCOMPARE(contentOf(path(str("precious/part"))), QByteArray("precious"));
     QVERIFY(!QFile::exists(path(str("missing"))));
+}
+
+void tst_Store::theLogOfADeletedStoreIsNotTakenOver()
+{
+    write(path(str("deleted.db-wal")), "what a killed import has written");
+    QCOMPARE(createError(url(str("deleted.db"))),
+        path(str("deleted.db-wal: exists already, of another store")));
 }
 
 void tst_Store::aNewStoreLetsReadersAndAWriterWorkAtATime()

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -126,7 +127,7 @@ void PartFolder::removeOrphans(const QString &target)
     const QByteArray file = QFile::encodeName(target);
     const QByteArray folder = folderOf(file);
     const QByteArray prefix = prefixOf(file);
-    const auto size = prefix.size() + qstrlen(RANDOM);
+    const auto size = size_t(prefix.size()) + std::strlen(RANDOM);
     for (const QString &entry : entriesOf(folder)) {
         const QByteArray name = QFile::encodeName(entry);
         if (!name.startsWith(prefix) || size_t(name.size()) != size) {

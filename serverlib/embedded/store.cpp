@@ -41,14 +41,35 @@ bool fillFile(const StoreAddress &address, const Seed &seed, QString &error)
     return filled;
 }
 
+QString existsAlready(const QString &path)
+{
+    return QStringLiteral("%1: exists already").arg(path);
+}
+
+// Why there cannot be a new file; empty when there can. SQLite would put what a journal or log
+// holds, which another store of that name has left, into the new one.
+QString obstacle(const QString &path, const QString &target)
+{
+    const QFileInfo file(target);
+    if (file.exists() || file.isSymLink()) {
+        return existsAlready(path);
+    }
+    for (const char *suffix : { "-journal", "-wal" }) {
+        if (QFileInfo(target + QLatin1String(suffix)).size() > 0) {
+            return existsAlready(path + QLatin1String(suffix)) +
+                QStringLiteral(", of another store");
+        }
+    }
+    return {};
+}
+
 // A new file is filled in a folder of its own first.
 bool createFile(const StoreAddress &address, const Seed &seed, QString &error)
 {
     const QString target = absolutePath(address.path);
     PartFolder::removeOrphans(target);
-    const QString taken = QStringLiteral("%1: exists already").arg(address.path);
-    if (const QFileInfo file(target); file.exists() || file.isSymLink()) {
-        error = taken;
+    error = obstacle(address.path, target);
+    if (!error.isEmpty()) {
         return false;
     }
     PartFolder folder(target);
@@ -67,7 +88,7 @@ bool createFile(const StoreAddress &address, const Seed &seed, QString &error)
         return false;
     }
     if (!folder.moveToTarget()) {
-        error = errno == EEXIST ? taken : systemError(address.path, errno);
+        error = errno == EEXIST ? existsAlready(address.path) : systemError(address.path, errno);
         return false;
     }
     return true;
