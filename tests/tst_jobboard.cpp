@@ -1,12 +1,11 @@
 #include "look.h"
 #include "mainwindow.h"
 #include "util.h"
-#include "xmlaction.h"
 #include "xmlui.h"
 
-#include "tqcommserver.h"
 #include "tqstore.h"
 
+#include <QtSql>
 #include <QtWidgets>
 
 #include <ctime>
@@ -16,48 +15,67 @@ namespace {
 // Processor time, which other programs do not lengthen; in ms.
 qint64 work() { return qint64(std::clock()) * 1000 / CLOCKS_PER_SEC; }
 
-QVariant cell(const QAbstractItemView *v, int y, int x) { return v->model()->index(y, x).data(); }
-
-QModelIndex find(const QAbstractItemView *view, const char *name)
+// What SQL says of the store, beside the library: the first column.
+QStringList sql(const QString &statement)
 {
-    const auto how = Qt::MatchExactly | Qt::MatchRecursive;
-    return view->model()->match(view->model()->index(0, 0), 0, str(name), 1, how).value(0);
+    QStringList values;
+    QSqlQuery query(statement);
+    while (query.next()) {
+        values << query.value(0).toString();
+    }
+    return query.lastError().isValid() ? QStringList(query.lastError().text()) : values;
 }
+
+QStringList jobsWhere(const char *condition)
+{
+    const QString select = str("SELECT j.name FROM tq_job j JOIN tq_output o ON o.id = output_id "
+                               "LEFT JOIN tq_book b ON b.id = book_id LEFT JOIN tq_publication p "
+                               "ON p.id = publication_id WHERE ");
+    return sql(select + str(condition));
+}
+
+// Makes the names in a table unreadable where a condition holds; mend() undoes it.
+void spoil(const QString &table, const QString &condition)
+{
+    const QString name = str("iif(%1, json(''), aside)").arg(condition);  // '' is no JSON
+    sql(str("ALTER TABLE %1 RENAME COLUMN name TO aside").arg(table));
+    sql(str("ALTER TABLE %1 ADD COLUMN name AS (%2)").arg(table, name));
+}
+void mend(const QString &table)
+{
+    sql(str("ALTER TABLE %1 DROP COLUMN name").arg(table));
+    sql(str("ALTER TABLE %1 RENAME COLUMN aside TO name").arg(table));
+}
+
+// The rows of a view, and after each those below it: the texts and colours of some columns.
+QStringList rows(const QAbstractItemView *view, int columns, const QModelIndex &top = {})
+{
+    QStringList list;
+    for (int y = 0; y < view->model()->rowCount(top); ++y) {
+        QStringList row;
+        for (int x = 0; x < columns; ++x) {
+            const QModelIndex cell = view->model()->index(y, x, top);
+            const QVariant colour = cell.data(Qt::DecorationRole);
+            row << cell.data().toString() +
+                    (colour.isNull() ? QString() : colour.value<QColor>().name());
+        }
+        list << row.join(str(" | ")) << rows(view, columns, view->model()->index(y, 0, top));
+    }
+    return list;
+}
+
+QStringList sorted(QStringList list) { return list.sort(), list; }
 
 void click(QWidget *widget, QPoint at = {}) { QTest::mouseClick(widget, Qt::LeftButton, {}, at); }
 
-void click(QAbstractItemView *view, const QModelIndex &row)
+void choose(QAbstractItemView *view, const QString &name)
 {
+    const auto how = Qt::MatchExactly | Qt::MatchRecursive;
+    const QModelIndex first = view->model()->index(0, 0);
+    const QModelIndex row = view->model()->match(first, 0, name, 1, how).value(0);
     view->scrollTo(row);
     click(view->viewport(), view->visualRect(row).center());
 }
-
-// Whether the view ends with a whole row.
-bool endsWhole(const QAbstractItemView *view)
-{
-    const QRect room = view->viewport()->rect();
-    return view->visualRect(view->indexAt(room.bottomLeft())).bottom() <= room.bottom();
-}
-
-// The window over a store.
-struct Board
-{
-    explicit Board(const QByteArray &url) : server(url.constData()) { window.show(); }
-
-    bool isLoaded() const { return button(Tool::Stop) && !button(Tool::Stop)->isVisible(); }
-    int rows() const { return table->model()->rowCount(); }
-    QAction *button(int type) const { return bar->shown(type); }
-    void press(int type) const { click(bar->widgetForAction(button(type))); }
-    const PacketLog &log() const { return static_cast<PacketLog &>(*packets->model()); }
-
-    TQCommServer server;
-    MainWindow window { server };
-    ActionBar *bar = window.findChild<ActionBar *>();
-    QTreeView *sources = window.findChild<QTreeView *>(str("sources"));
-    QTreeView *detail = window.findChild<QTreeView *>(str("detail"));
-    QTableView *table = window.findChild<QTableView *>(str("jobs"));
-    QTreeView *packets = window.findChild<QTreeView *>(str("packets"));
-};
 
 }  // namespace
 
@@ -66,191 +84,382 @@ class tst_JobBoard : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { setUpLook(); }
-    void rowsAndToolBar();
-    void pageSentAgain();
-    void detailsAndPackets();
-    void manyJobsAndFailure();
-    void longLog();
+    void initTestCase();
+    void init();
+    void columnsShowWhatIsStored();
+    void sourcesCountTheirJobs();
+    void aSourceShowsItsJobs();
+    void stateAndNameNarrowTheJobs();
+    void theChosenJobShowsItsFields();
+    void detailsFollowTheChoice();
+    void aJobThatCannotBeReadIsNotShown();
+    void aReloadReadsTheChosenJobAgain();
+    void aFailedReloadKeepsWhatWasThere_data();
+    void aFailedReloadKeepsWhatWasThere();
+    void aLoadThatEndsEarlySaysSo();
+    void aPageChecksAndUnchecks();
+    void packetsAreShownWhole();
+    void theLogForgetsTheOldest();
+    void bothLooksShowWholeRows();
+    void manyJobs();
+
+private:
+    // Opens the window over a store, which something may happen to before it is loaded.
+    void open(
+        const QByteArray &url, const std::function<void()> &meanwhile = [] {});
+    bool isLoaded() const { return !button(Tool::Stop)->isVisible(); }
+    bool load() const
+    {
+        return QTest::qWaitFor([this] { return isLoaded(); }, 60000);
+    }
+    bool reload() const { return press(Tool::Reload), load(); }
+
+    ActionBar *bar() const { return window->findChild<ActionBar *>(); }
+    QAction *button(int type) const { return bar()->shown(type); }
+    void press(int type) const { click(bar()->widgetForAction(button(type))); }
+    QString checked() const;
+    QTreeView *sources() const { return window->findChild<QTreeView *>(str("sources")); }
+    QTableView *jobs() const { return window->findChild<QTableView *>(str("jobs")); }
+    QStringList names() const { return rows(jobs(), 1); }
+    QTreeView *details() const { return window->findChild<QTreeView *>(str("detail")); }
+    QStringList fields() const { return rows(details(), 2); }
+    QTreeView *packets() const { return window->findChild<QTreeView *>(str("packets")); }
+    QPlainTextEdit *packet() const { return window->findChild<QPlainTextEdit *>(); }
+    QString status() const { return window->findChild<QLabel *>(str("counts"))->text(); }
+    void type(const char *name) { QTest::keyClicks(window->findChild<QLineEdit *>(), str(name)); }
+
+    QTemporaryDir folder;
+    QByteArray url;  // of a new store
+    std::optional<TQCommServer> server;
+    std::optional<MainWindow> window;
 };
 
-void tst_JobBoard::rowsAndToolBar()
+void tst_JobBoard::initTestCase()
 {
-    Board board("sqlite::memory:");
-    runEvents();
-    QVERIFY(!board.isLoaded() && !board.button(Tool::Reload)->isVisible());
-    board.press(Tool::Stop);
-    QTRY_VERIFY(board.isLoaded() && board.rows() < 500);
-    board.press(Tool::Reload);
-    QTRY_VERIFY_WITH_TIMEOUT(board.rows() > 500 && board.isLoaded(), 60000);
-    int rows = 0;
-    for (int type = Tool::OnlyDone; type >= Tool::AnyState; --type) {  // the last by its action
-        type > Tool::AnyState ? board.press(type) : board.bar->action(type)->setChecked(true);
-        rows += board.rows();
-        for (int i = Tool::AnyState; i <= Tool::OnlyDone; ++i) {
-            QCOMPARE(board.button(i)->isChecked(), i == type);
-        }
-    }
-    QCOMPARE(rows, 2 * board.rows());
-    board.press(Tool::AnyState);  // the checked one stays checked
-    QVERIFY(board.button(Tool::AnyState)->isChecked());
-
-    click(board.sources, find(board.sources, "Revue du Métier 2"));  // on more than one output
-    QCOMPARE(find(board.sources, "Revue du Métier 2").siblingAtColumn(1).data().toInt(), 9);
-    QVERIFY(board.rows() == 9 && cell(board.table, 0, 0) == str("Revue du Métier 2 p. 4"));
-    click(board.table->horizontalHeader()->viewport(), { 9, 9 });
-    QVERIFY(cell(board.table, 0, 0) == str("Revue du Métier 2 p. 12"));
-    QTest::keyClicks(board.window.findChild<QLineEdit *>(), str("p. 7"));
-    QCOMPARE(board.rows(), 1);
-    board.window.resize(1, 1);
-    QVERIFY(board.table->columnWidth(0) >=
-        static_cast<QAbstractItemView *>(board.table)->sizeHintForColumn(0));
+    setUpLook();
+    QSqlDatabase::addDatabase(str("QSQLITE"));
 }
 
-void tst_JobBoard::pageSentAgain()
+void tst_JobBoard::init()
 {
-    Board board("sqlite::memory:");
-    QTRY_VERIFY_WITH_TIMEOUT(board.isLoaded(), 60000);
-    const int rows = board.rows();
-    XMLUI page;  // which has another state checked
-    XMLAction only(str("Only done"), Tool::OnlyDone, 1);
+    const QString path = folder.filePath(QUuid::createUuid().toString());
+    url = "sqlite:" + path.toUtf8();
+    std::string error;
+    QVERIFY(TQCreateSampleStore(url.constData(), {}, error));
+    QSqlDatabase store = QSqlDatabase::database();
+    store.setDatabaseName(path);
+    QVERIFY(store.open());
+    open(url);
+    QVERIFY(load());
+}
+
+void tst_JobBoard::open(const QByteArray &at, const std::function<void()> &meanwhile)
+{
+    window.reset();
+    server.emplace(at.constData());
+    meanwhile();
+    window.emplace(*server);
+    window->show();
+}
+
+QString tst_JobBoard::checked() const
+{
+    QStringList texts;
+    for (const QAction *each : bar()->actions()) {
+        texts << (each->isChecked() ? QStringList(each->text()) : QStringList());
+    }
+    return texts.join(str(", "));
+}
+
+void tst_JobBoard::columnsShowWhatIsStored()
+{
+    QStringList headings;
+    for (int i = 0; i < JobModel::ColumnCount; ++i) {
+        headings << jobs()->model()->headerData(i, Qt::Horizontal).toString();
+    }
+    QCOMPARE(headings.join(str("|")), str("Job|Output|State|Colours|Created|Copies|Priority"));
+    const QString stored =
+        str("SELECT printf('%s | %s | %s | %s | %s | %d | %d', j.name, o.name, CASE state WHEN 0 "
+            "THEN 'Waiting#8a9299' WHEN 1 THEN 'In progress#e8a317' ELSE 'Done#3fa34d' END, "
+            "replace(replace(j.colours, char(10), ' + '), 'Cyan + Magenta + Yellow + Black', "
+            "'CMYK'), replace(substr(created, 1, 16), 'T', ' '), copies, priority) "
+            "FROM tq_job j JOIN tq_output o ON o.id = output_id");
+    QCOMPARE(sorted(rows(jobs(), JobModel::ColumnCount)), sorted(sql(stored)));
+}
+
+void tst_JobBoard::sourcesCountTheirJobs()
+{
+    sql(str("UPDATE tq_book SET name = 'Emma' WHERE name = 'Dracula'"));  // still two books
+    QVERIFY(reload());
+    QStringList counts = sql(str("SELECT 'All jobs | ' || count(*) FROM tq_job"));
+    for (const char *group : { "output", "publication", "book" }) {
+        counts << sql(str("SELECT s.name || ' | ' || count(*) FROM tq_job JOIN tq_%1 s "
+                          "ON s.id = %1_id GROUP BY s.id")
+                          .arg(str(group)));
+    }
+    counts << str("Outputs | ") << str("Publications | ") << str("Books | ");
+    QCOMPARE(sorted(rows(sources(), 2)), sorted(counts));
+}
+
+void tst_JobBoard::aSourceShowsItsJobs()
+{
+    for (const auto &[source, condition] : { std::pair { "Outputs", "1" },
+             { "Publications", "publication_id IS NOT NULL" }, { "Books", "book_id IS NOT NULL" },
+             { "Proofer 44", "o.name = 'Proofer 44'" }, { "Emma", "b.name = 'Emma'" } }) {
+        choose(sources(), str(source));
+        QCOMPARE(sorted(names()), sorted(jobsWhere(condition)));
+        QCOMPARE(jobs()->isColumnHidden(JobModel::Output), !qstrcmp(source, "Proofer 44"));
+    }
+    choose(sources(), str("Revue du Métier 2"));  // page 12 comes after page 4
+    QCOMPARE(names(), jobsWhere("p.name = 'Revue du Métier 2' ORDER BY page"));
+    click(jobs()->horizontalHeader()->viewport(), { 9, 9 });
+    QCOMPARE(names(), jobsWhere("p.name = 'Revue du Métier 2' ORDER BY page DESC"));
+}
+
+void tst_JobBoard::stateAndNameNarrowTheJobs()
+{
+    for (const auto &[tool, condition] :
+        { std::pair { Tool::OnlyWaiting, "state = 0" }, { Tool::OnlyInProgress, "state = 1" },
+            { Tool::AnyState, "1" }, { Tool::OnlyDone, "state = 2" } }) {
+        press(tool);
+        QCOMPARE(sorted(names()), sorted(jobsWhere(condition)));
+        QCOMPARE(checked(), button(tool)->text() + str(", Details, Packets"));
+    }
+    choose(sources(), str("Books"));
+    type("P. 7");
+    const QStringList found = jobsWhere("book_id > 0 AND state = 2 AND j.name LIKE '%p. 7%'");
+    QCOMPARE(sorted(names()), sorted(found));
+    QCOMPARE(status(), str("%1 of 573 jobs").arg(found.size()));
+}
+
+void tst_JobBoard::theChosenJobShowsItsFields()
+{
+    sql(str("UPDATE tq_icc_profile SET device_class = 'prtr', size = 3, data = x'010203'"));
+    sql(str("UPDATE tq_job SET publication_id = (SELECT min(id) FROM tq_publication), options = 5, "
+            "trim_box = '10 20 110.5 220.5', bleed = 2.5, colours = 'Cyan\nBlack\nGold', "
+            "coverage = '1 2 3', remark = 'Mind' WHERE name = 'Emma p. 294'"));
+    QVERIFY(reload());
+    choose(jobs(), str("Emma p. 294"));
+    QTRY_COMPARE(fields().join(str(", ")),
+        str("Name | Emma p. 294, Publication | Revue du Métier 1, Page | 294, "
+            "State | In progress, Priority | 1, Copies | 1500, Trim box (pt) | 100.5 × 200.5, "
+            "Bleed (mm) | 2.5, Colours | Cyan + Black + Gold, Coverage (%) | 1, 2, 3, "
+            "Options | trapped, proofed, Created | 2024-03-01 17:17, Remark | Mind, "
+            "Output | Platesetter A1 North, Name | Platesetter A1 North, "
+            "Technology | platesetter, Resolution (dpi) | 2400, Width (pt) | 1757.48, "
+            "Height (pt) | 2551.18, Colours | CMYK + Spot 1 + Spot 2, "
+            "Rulings (lpi) | 150, 175, 200, 240, Location | Hall 1, north side, "
+            "Installed | 2016-11-07, Book | Emma, Title | Emma, Author | Jane Austen, Pages | 474, "
+            "First published | 1815, Language | en, Page size (mm) | 135 × 216, "
+            "Subjects | Novel, Manners, Owner | Lantern Row Press, Name | Lantern Row Press, "
+            "City | London, Country | United Kingdom, Founded | 1908, ICC profile | Gray-CIE_L, "
+            "Name | Gray-CIE_L, File | Gray-CIE_L.icc, Device class | printer, "
+            "Colour space | GRAY, Version | 2.3, Size (bytes) | 3, Data | 3 bytes"));
+}
+
+void tst_JobBoard::detailsFollowTheChoice()
+{
+    QVERIFY(!button(Tool::CopyXml)->isEnabled());
+    choose(jobs(), names()[4]);
+    QTest::keyClick(jobs(), Qt::Key_Down);
+    QTRY_COMPARE(fields().value(0), str("Name | ") + names()[5]);
+    press(Tool::CopyXml);
+    QCOMPARE(XMLPacketable::getName(Xml(QApplication::clipboard()->text()).root), names()[5]);
+    type("no such job");
+    QTRY_COMPARE(fields(), QStringList());
+    QVERIFY(!button(Tool::CopyXml)->isEnabled());
+}
+
+void tst_JobBoard::aJobThatCannotBeReadIsNotShown()
+{
+    const QString notShown = str("573 of 573 jobs – the chosen job is not shown: ");
+    choose(jobs(), names()[0]);
+    QTRY_COMPARE(fields().value(0), str("Name | ") + names()[0]);
+    spoil(str("tq_output"), str("1"));
+    choose(jobs(), names()[1]);
+    QTRY_COMPARE(fields(), QStringList());
+    QCOMPARE(status(), notShown + str(server->errorText()));
+    mend(str("tq_output"));
+    choose(jobs(), names()[2]);
+    QTRY_COMPARE(fields().value(0), str("Name | ") + names()[2]);
+    QCOMPARE(status(), str("573 of 573 jobs"));
+    sql(str("DELETE FROM tq_job"));
+    choose(jobs(), names()[3]);
+    QTRY_COMPARE(status(), notShown + str("it is not in the store any more"));
+}
+
+void tst_JobBoard::aReloadReadsTheChosenJobAgain()
+{
+    choose(sources(), str("Emma"));
+    const QStringList before = names();
+    choose(jobs(), before[1]);
+    QTRY_VERIFY(!fields().isEmpty());
+    sql(str("DELETE FROM tq_job WHERE name = '%1'").arg(before[0]));
+    sql(str("UPDATE tq_job SET remark = 'Changed'"));
+    QVERIFY(reload());
+    QCOMPARE(names(), before.mid(1));
+    QTRY_VERIFY(fields().contains(str("Remark | Changed")));
+    QCOMPARE(fields().value(0), str("Name | ") + before[1]);
+}
+
+void tst_JobBoard::aFailedReloadKeepsWhatWasThere_data()
+{
+    QTest::addColumn<QString>("table");
+    QTest::addColumn<QString>("unreadable");
+    QTest::newRow("outputs") << str("tq_output") << str("1");
+    QTest::newRow("one owner's books") << str("tq_book") << str("year = 1815");
+    QTest::newRow("some outputs' jobs") << str("tq_job") << str("remark = 'Proof approved'");
+}
+
+void tst_JobBoard::aFailedReloadKeepsWhatWasThere()
+{
+    QFETCH(QString, table);
+    QFETCH(QString, unreadable);
+    const QStringList before = names() + rows(sources(), 2);
+    sql(str("DELETE FROM tq_job WHERE state = 0"));
+    spoil(table, unreadable);
+    QVERIFY(reload());
+    auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+    QVERIFY(box);
+    QCOMPARE(box->text(), str(server->errorText()));
+    QCOMPARE(status(), str("573 of 573 jobs – as loaded before – loading failed: ") + box->text());
+    QCOMPARE(names() + rows(sources(), 2), before);
+    box->accept();
+    mend(table);
+    QVERIFY(reload());
+    QCOMPARE(status(), str("458 of 458 jobs"));
+}
+
+void tst_JobBoard::aLoadThatEndsEarlySaysSo()
+{
+    press(Tool::Reload);
+    QVERIFY(!button(Tool::Reload)->isVisible());
+    press(Tool::Stop);
+    QVERIFY(load());
+    QCOMPARE(status(), str("573 of 573 jobs – as loaded before – loading was stopped"));
+
+    open(url, [] { spoil(str("tq_job"), str("remark = 'Proof approved'")); });
+    QVERIFY(load());
+    const QString failed = str("0 of 0 jobs – not all – loading failed: ");
+    QCOMPARE(status(), failed + str(server->errorText()));
+}
+
+void tst_JobBoard::aPageChecksAndUnchecks()
+{
+    XMLAction only(str("Ready"), Tool::OnlyDone, 1);
     only.setCheckable(true);
     only.setChecked(true);
+    XMLUI page(str("tools"));
     page.append(only);
-    auto *packet = new XMLPacket;
-    packet->append(page);
-    board.bar->receive(packet);
-    QVERIFY(board.button(Tool::OnlyDone)->isChecked() && board.rows() < rows);
-    QVERIFY(!board.button(Tool::AnyState)->isChecked());
-    board.press(Tool::ShowDetails);
-    board.press(Tool::Reload);
-    QTRY_VERIFY_WITH_TIMEOUT(board.isLoaded(), 60000);
-    QVERIFY(board.button(Tool::OnlyDone)->isChecked());
-    QVERIFY(!board.button(Tool::ShowDetails)->isChecked());
-    const QModelIndex top = board.log().index(0, PacketLog::Content);
-    const auto pages = board.log().match(top, Qt::DisplayRole, str("page tools"));
-    const Xml sent(board.log().text(pages.value(0).row()));
-    page.setNode(sent.root.lastChildElement().firstChildElement());
-    QList<XMLAction *> actions;
-    QCOMPARE(page.getActions(actions), 10);
-    for (const XMLAction *action : actions) {
-        QCOMPARE(action->isChecked(), board.button(action->getType())->isChecked());
-    }
-    qDeleteAll(actions);
+    auto *sent = new XMLPacket;
+    sent->append(page);
+    bar()->receive(sent);
+    QCOMPARE(checked(), str("Ready, Details, Packets"));
+    QCOMPARE(sorted(names()), sorted(jobsWhere("state = 2")));
+    press(Tool::ShowDetails);
+    QVERIFY(!details()->isVisible());
+    press(Tool::ShowPackets);
+    QVERIFY(!packets()->isVisible());
+    QVERIFY(reload());
+    QCOMPARE(checked(), str("Done"));
 }
 
-void tst_JobBoard::detailsAndPackets()
+void tst_JobBoard::packetsAreShownWhole()
 {
-    Board board("sqlite::memory:");
-    QTRY_VERIFY_WITH_TIMEOUT(board.isLoaded(), 60000);
-    const auto *text = board.window.findChild<QPlainTextEdit *>();
-    for (int row = 0; row < board.log().rowCount(); ++row) {
-        click(board.packets, board.log().index(row, 0));
-        QVERIFY(text->toPlainText().contains(str("\n  <src agent_id=")));
-        QVERIFY(QDomDocument().setContent(text->toPlainText()));  // the whole of it
+    const QStringList log = rows(packets(), PacketLog::ColumnCount);
+    const int reply = int(log.size()) - 4;  // after the page, twice, and the first request
+    packets()->setCurrentIndex(packets()->model()->index(reply, 0));
+    const QString shown = packet()->toPlainText();
+    const QString size = QLocale().formattedDataSize(shown.toUtf8().size());
+    QCOMPARE(log[reply].section(str(" | "), 1),
+        str("received | Server bridge → Job list | 5 items | ") + size);
+    const Xml whole(shown);
+    const QDomNodeList items = whole.root.lastChildElement().childNodes();
+    for (int i = 0; i < 5; ++i) {
+        const QString name = sql(str("SELECT name FROM tq_output ORDER BY name")).value(i);
+        QCOMPARE(XMLPacketable::getName(items.at(i).toElement()), name);
     }
-    QVERIFY(!board.button(Tool::CopyXml)->isEnabled());
+}
+
+void tst_JobBoard::theLogForgetsTheOldest()
+{
+    PacketLog log;
+    for (int i = 0; i < 501; ++i) {
+        log.add(PacketLog::Sent, *std::make_unique<XMLPacket>());
+    }
+    QCOMPARE(log.headerData(PacketLog::Content, Qt::Horizontal).toString(),
+        str("Content (the last 500 packets)"));
+    XMLPacket large;  // larger than is kept of one packet, and hardly to be compressed
+    QByteArray noise(48 * 1024, 0);
+    for (quint32 i = 0; i < 20; ++i) {
+        QRandomGenerator(i).fillRange(reinterpret_cast<quint32 *>(noise.data()), 12 * 1024);
+        XMLMessage message(str(noise.toBase64()));
+        large.append(message);
+    }
+    for (int i = 0; i < 20; ++i) {
+        log.add(PacketLog::Sent, large);
+    }
+    QVERIFY(log.rowCount() < 20);
+    QVERIFY(log.text(0).endsWith(str(" more")));
+}
+
+void tst_JobBoard::bothLooksShowWholeRows()
+{
+    choose(sources(), str("Digital Press Colour"));
+    choose(jobs(), names()[5]);
+    QTRY_VERIFY(!fields().isEmpty());
+    packets()->setCurrentIndex(packets()->model()->index(2, 0));
     for (const bool isDark : { false, true }) {
-        click(board.sources, find(board.sources, "Digital Press Colour"));
-        click(board.table, board.table->model()->index(4, 0));
-        QTest::keyClick(board.table, Qt::Key_Down);
-        QTRY_COMPARE(cell(board.detail, 0, 1), cell(board.table, 5, 0));
-        QCOMPARE(find(board.detail, "City").parent().data(), QVariant(str("Owner")));
-        QTRY_VERIFY(board.button(Tool::CopyXml)->isEnabled());
-        board.press(Tool::CopyXml);
-        QVERIFY(QApplication::clipboard()->text().contains(cell(board.table, 5, 0).toString()));
-        click(board.packets, board.packets->model()->index(2, 0));
-        board.bar->widgetForAction(board.button(Tool::Reload))
-            ->setAttribute(Qt::WA_UnderMouse, false);  // where the pointer is at first
         QTest::qWait(50);
-        for (const auto *view : board.window.findChildren<QAbstractItemView *>()) {
-            QVERIFY2(view->isHidden() || endsWhole(view), qPrintable(view->objectName()));
+        for (const auto *view : window->findChildren<QAbstractItemView *>()) {
+            const QRect room = view->viewport()->rect();
+            const QRect last = view->visualRect(view->indexAt(room.bottomLeft()));
+            QVERIFY2(last.bottom() <= room.bottom(), qPrintable(view->objectName()));
         }
-        const QRect lines = text->viewport()->rect();
-        QVERIFY(text->cursorRect(text->cursorForPosition(lines.bottomLeft())).bottom() <=
-            lines.bottom());
-        const QPixmap picture = board.window.grab();
-        QVERIFY(picture.width() >= 1280 && picture.height() >= 800);
-        QVERIFY(picture.save(QCoreApplication::applicationDirPath() +
-            str(isDark ? "/jobboard-dark.png" : "/jobboard.png")));
-        QCOMPARE(board.table->palette().base() != Qt::white, isDark);
-        board.press(Tool::DarkLook);
+        const QRect room = packet()->viewport()->rect();
+        const QTextCursor last = packet()->cursorForPosition(room.bottomLeft());
+        QVERIFY(packet()->cursorRect(last).bottom() <= room.bottom());
+        const QString picture = str(isDark ? "/jobboard-dark.png" : "/jobboard.png");
+        QVERIFY(window->grab().save(QCoreApplication::applicationDirPath() + picture));
+        QCOMPARE(jobs()->palette().base() != Qt::white, isDark);
+        press(Tool::DarkLook);
     }
 }
 
-void tst_JobBoard::manyJobsAndFailure()
+void tst_JobBoard::manyJobs()
 {
-    const QTemporaryDir folder;
-    QFile store(folder.filePath(str("store")));
-    const QByteArray url = "sqlite:" + store.fileName().toUtf8();
+    url += "-many";
     std::string error;
     QVERIFY(TQCreateGeneratedStore(url.constData(), 20000, {}, error));
-    Board board(url);
+    open(url);
     qint64 first = 0;  // turn of the event loop, with rows
     qint64 longest = 0;
     QString preferred;
-    while (!board.isLoaded()) {
+    while (!isLoaded()) {
         const qint64 before = work();
         QCoreApplication::processEvents();
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        if (preferred.isEmpty() && board.rows() > 0) {
-            board.table->viewport()->repaint();
+        if (first == 0 && jobs()->model()->rowCount() > 0) {
+            jobs()->viewport()->repaint();
             first = work() - before;
-            const auto *sources = board.sources->model();
-            const QModelIndex outputs = sources->index(1, 0);
-            const QModelIndex last = sources->index(sources->rowCount(outputs) - 1, 0, outputs);
-            preferred = last.data().toString();
-            click(board.sources, last);
+            preferred = rows(sources(), 1, sources()->model()->index(1, 0)).constLast();
+            choose(sources(), preferred);
         }
         longest = std::max(longest, work() - before);
     }
     QVERIFY2(first <= 200 * TQXML_SLOWNESS, qPrintable(QString::number(first)));
     QVERIFY2(longest <= 400 * TQXML_SLOWNESS, qPrintable(QString::number(longest)));
-    QFile status(str("/proc/self/status"));
-    QVERIFY(status.open(QIODevice::ReadOnly));
-    const QString peak = QString::fromUtf8(status.readAll()).section(str("VmHWM:"), 1);
-    const int mebibytes = peak.section(str(" kB"), 0, 0).toInt() / 1024;
-    QVERIFY2(mebibytes > 0 && mebibytes < 256 * TQXML_SLOWNESS, qPrintable(peak.left(20)));
-
-    const QModelIndex top = board.log().index(0, PacketLog::Content);
-    const auto requests = board.log().match(top, 0, str("request for jobs on "), -1);
-    QCOMPARE(requests.size(), 85);  // one for each output
-    QVERIFY(requests.at(83).data().toString().endsWith(preferred));  // the last is the oldest
-    click(board.sources, board.sources->model()->index(0, 0));
-    QCOMPARE(board.rows(), 20000);
+    QFile memory(str("/proc/self/status"));
+    QVERIFY(memory.open(QIODevice::ReadOnly));
+    const QString peak = QString::fromUtf8(memory.readAll()).section(str("VmHWM:"), 1);
+    QVERIFY(peak.section(str(" kB"), 0, 0).toInt() < 256 * 1024 * TQXML_SLOWNESS);
+    const QStringList requests = rows(packets(), 4).filter(str("request for jobs on "));
+    QVERIFY(requests.value(83).endsWith(preferred));  // of 85, the newest first
+    choose(sources(), str("All jobs"));
+    QCOMPARE(names().size(), 20000);
     const qint64 before = work();
-    board.table->sortByColumn(JobModel::Created, Qt::AscendingOrder);
-    const qint64 sorting = work() - before;
-    QVERIFY2(sorting <= 200 * TQXML_SLOWNESS, qPrintable(QString::number(sorting)));
-
-    QVERIFY(store.resize(0));
-    board.press(Tool::Reload);
-    QTRY_VERIFY(qobject_cast<QMessageBox *>(QApplication::activeModalWidget()));
-    QCOMPARE(board.rows(), 0);
-}
-
-void tst_JobBoard::longLog()
-{
-    PacketLog log;
-    for (int i = 0; i < PacketLog::MAX_PACKETS + 1; ++i) {
-        log.add(PacketLog::Sent, *std::make_unique<XMLPacket>());
-    }
-    QCOMPARE(log.rowCount(), PacketLog::MAX_PACKETS);
-    QVERIFY(
-        log.headerData(PacketLog::Content, Qt::Horizontal).toString().contains(str("last 500")));
-    XMLPacket noise;  // which hardly becomes less, and is longer than is kept of one
-    QByteArray bytes(48 * 1024, 0);
-    for (uint i = 0; i < 20; ++i) {
-        QRandomGenerator(i).fillRange(
-            reinterpret_cast<quint32 *>(bytes.data()), bytes.size() / qsizetype(sizeof(quint32)));
-        XMLMessage message(QString::fromLatin1(bytes.toBase64()));
-        noise.append(message);
-    }
-    for (int i = 0; i < 16; ++i) {
-        log.add(PacketLog::Sent, noise);
-    }
-    QVERIFY(log.rowCount() > 1 && log.rowCount() < 16);
-    QVERIFY(log.text(0).endsWith(str(" more")) && log.text(-1).isEmpty());
+    jobs()->sortByColumn(JobModel::Created, Qt::AscendingOrder);
+    QVERIFY(work() - before <= 200 * TQXML_SLOWNESS);
 }
 
 QTEST_MAIN(tst_JobBoard)

@@ -1,12 +1,10 @@
 #include "itemagent.h"
 
+#include "reading.h"
 #include "xmlaction.h"
+#include "xmlmessage.h"
 #include "xmlpacket.h"
 #include "xmlpacketable.h"
-
-#include "tqcommserver.h"
-
-#include <memory>
 
 ItemAgent::ItemAgent(TQCommServer &server, XMLRouter &to, PacketLog &log)
     : BoardAgent(TYPE, QStringLiteral("Items"), to, log), m_server(server)
@@ -22,15 +20,32 @@ void ItemAgent::take(const XMLPacket &packet)
     }
     XMLAction request;
     request.setNode(requests.front().toElement());
-    const TQKEY_ELEMENT key = request.getTQKEY();
+    QString error;
+    const std::unique_ptr<XMLPacketable> item = read(request.getTQKEY(), error);
+    XMLPacket *reply = getXMLPacket(packet.getSourceAgentID());
+    if (item) {
+        reply->appendV(*item);
+    } else {
+        XMLMessage message(error);
+        reply->appendV(message);
+    }
+    send(reply);
+}
+
+std::unique_ptr<XMLPacketable> ItemAgent::read(const TQKEY_ELEMENT &key, QString &error)
+{
+    const Reading reading(m_server);
     TQLPCOMMANDS command;
     ZQ_MESSAGE_ID message;
     const std::unique_ptr<ArchiveNode> node(
         m_server.getArchiveNode(command, message, static_cast<PACKETDATATYPES>(key.hkey), key));
-    const std::unique_ptr<XMLPacketable> item(XMLPacketable::fromArchiveNode(m_server, node.get()));
-    XMLPacket *reply = getXMLPacket(packet.getSourceAgentID());
-    if (item) {
-        reply->appendV(*item);
+    std::unique_ptr<XMLPacketable> item(XMLPacketable::fromArchiveNode(m_server, node.get()));
+    error = reading.error();
+    if (!error.isEmpty()) {
+        return nullptr;  // what came of it may be short
     }
-    send(reply);
+    if (!item) {
+        error = QStringLiteral("it is not in the store any more");
+    }
+    return item;
 }

@@ -3,11 +3,16 @@
 
 #include "boardagent.h"
 
+#include "tqtypes.h"
+
+#include <memory>
+
 class TQCommServer;
+class XMLPacketable;
 
 /// Answers requests for one item, which the server bridge knows only as part of a list: the item
-/// comes with everything inlined that it refers to. The reply is empty when the store has no such
-/// item.
+/// comes with everything inlined that it refers to. When it is not in the store, or could not be
+/// read whole, a message in its place says why.
 class ItemAgent : public BoardAgent
 {
 public:
@@ -22,6 +27,9 @@ protected:
     void take(const XMLPacket &packet) override;
 
 private:
+    // The whole item; null, with the reason, when there is none.
+    std::unique_ptr<XMLPacketable> read(const TQKEY_ELEMENT &key, QString &error);
+
     TQCommServer &m_server;
 };
 

@@ -68,15 +68,23 @@ QCollator textOrder()
 
 JobModel::JobModel(QObject *parent) : QAbstractTableModel(parent), m_collator(textOrder()) {}
 
-void JobModel::append(const std::list<QDomNode> &items)
+std::vector<JobModel::Job> JobModel::read(const std::list<QDomNode> &items) const
 {
-    if (items.empty()) {
+    std::vector<Job> jobs;
+    jobs.reserve(items.size());
+    for (const QDomNode &item : items) {
+        jobs.push_back(read(item.toElement()));
+    }
+    return jobs;
+}
+
+void JobModel::append(std::vector<Job> jobs)
+{
+    if (jobs.empty()) {
         return;
     }
-    beginInsertRows({}, rowCount(), rowCount() + int(items.size()) - 1);
-    for (const QDomNode &item : items) {
-        m_jobs.push_back(read(item.toElement()));
-    }
+    beginInsertRows({}, rowCount(), rowCount() + int(jobs.size()) - 1);
+    std::move(jobs.begin(), jobs.end(), std::back_inserter(m_jobs));
     endInsertRows();
 }
 

@@ -45,8 +45,10 @@ public:
 
     explicit JobModel(QObject *parent);
 
-    /// Appends a row for each packetable element.
-    void append(const std::list<QDomNode> &items);
+    /// The jobs of packetable elements.
+    std::vector<Job> read(const std::list<QDomNode> &items) const;
+    /// Appends a row for each job.
+    void append(std::vector<Job> jobs);
     void clear();
     const Job &job(int row) const { return m_jobs[size_t(row)]; }
 

@@ -41,7 +41,7 @@ int main(int argc, char *argv[])
     }
 
     TQCommServer server(databaseUrl(parser.value(database)).constData());
-    if (*server.errorText()) {
+    if (server.failures() > 0) {
         std::fprintf(stderr, "jobboard: %s\n", server.errorText());
         return 1;
     }

@@ -12,8 +12,6 @@
 #include "xmlcommserver.h"
 #include "xmlui.h"
 
-#include "tqcommserver.h"
-
 #include <QAction>
 #include <QApplication>
 #include <QClipboard>
@@ -26,6 +24,9 @@
 #include <QStatusBar>
 #include <QTableView>
 #include <QVBoxLayout>
+
+#include <iterator>
+#include <utility>
 
 namespace {
 
@@ -64,15 +65,15 @@ static_assert(std::size(WIDTHS) == JobModel::ColumnCount, "one sample per column
 }  // namespace
 
 MainWindow::MainWindow(TQCommServer &server)
-    : m_server(server), m_router(&server, nullptr, "jobboard"), m_agent(m_router, m_log),
-      m_items(server, m_router, m_log), m_jobs(nullptr), m_filter(m_jobs, nullptr),
-      m_bar(std::make_unique<ActionBar>(m_router, m_log))
+    : m_router(nullptr, nullptr, "jobboard"), m_bridge(server, m_router),
+      m_agent(m_bridge, m_router, m_log), m_items(server, m_router, m_log), m_jobs(nullptr),
+      m_filter(m_jobs, nullptr), m_bar(std::make_unique<ActionBar>(m_router, m_log))
 {
-    m_log.setAgentName(m_router.getXMLCommServerID(), QStringLiteral("Server bridge"));
+    m_log.setAgentName(m_bridge.getAgentID(), QStringLiteral("Server bridge"));
     build();
     connect(&m_agent, &RequestAgent::replied, this, &MainWindow::takeReply);
     connect(&m_agent, &RequestAgent::served, this, &MainWindow::checkServed);
-    connect(&m_agent, &RequestAgent::itemReceived, this, &MainWindow::showJob);
+    connect(&m_agent, &RequestAgent::itemReceived, this, &MainWindow::takeJob);
     connect(m_bar.get(), &ActionBar::chosen, this, &MainWindow::choose);
     connect(m_sources, &SourceTree::chosen, this, &MainWindow::showSource);
     connect(m_search, &QLineEdit::textChanged, this, [this](const QString &text) {
@@ -91,6 +92,7 @@ MainWindow::~MainWindow()
 {
     m_agent.stop();
     disconnect(&m_agent, nullptr, this, nullptr);
+    m_router.remove(&m_bridge);
     m_router.remove(&m_agent);
     m_router.send();  // what is queued has no receiver any more and goes
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
@@ -135,6 +137,8 @@ void MainWindow::build()
 
     m_counts = new QLabel(this);
     m_counts->setObjectName(QStringLiteral("counts"));
+    m_counts->setTextFormat(Qt::PlainText);
+    m_counts->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);  // errors may be long
     statusBar()->addWidget(m_counts, 1);
 }
 
@@ -189,9 +193,9 @@ void MainWindow::sendPage()
 
 void MainWindow::load()
 {
-    m_jobs.clear();
-    m_sources->clearSources();
+    m_isReload = m_requests > 0;
     m_isLoading = true;
+    m_problem.clear();
     m_requests = 2;
     sendPage();
     m_agent.ask({ XMLCommServer::REQUEST_OUTPUTS, {}, QStringLiteral("outputs") });
@@ -202,16 +206,23 @@ void MainWindow::load()
 void MainWindow::takeReply(int type, const std::list<QDomNode> &items)
 {
     if (type == XMLCommServer::REQUEST_JOBS) {
-        const int known = m_jobs.rowCount();
-        m_jobs.append(items);
-        m_sources->count(m_jobs, known);
-        return;
+        std::vector<JobModel::Job> jobs = m_jobs.read(items);
+        std::move(jobs.begin(), jobs.end(), std::back_inserter(m_receivedJobs));
+    } else {
+        const std::vector<Source> sources = SourceTree::read(type, items);
+        m_receivedSources.insert(m_receivedSources.end(), sources.begin(), sources.end());
     }
-    m_sources->add(type, items);
-    if (type != XMLCommServer::REQUEST_OUTPUTS) {
-        return;
+    if (!m_isReload) {
+        addReceived();
     }
-    for (const QDomNode &item : items) {
+    if (type == XMLCommServer::REQUEST_OUTPUTS && m_problem.isEmpty()) {
+        askOutputs(items);
+    }
+}
+
+void MainWindow::askOutputs(const std::list<QDomNode> &outputs)
+{
+    for (const QDomNode &item : outputs) {
         const TQKEY_ELEMENT key = XMLPacketable::getDBkey(item.toElement());
         const QString name = XMLPacketable::getName(item.toElement());
         m_agent.ask({ XMLCommServer::REQUEST_PUBLICATIONS, key,
@@ -221,15 +232,35 @@ void MainWindow::takeReply(int type, const std::list<QDomNode> &items)
     }
 }
 
-void MainWindow::checkServed()
+void MainWindow::addReceived()
 {
-    const QString error = QString::fromUtf8(m_server.errorText());
+    const int known = m_jobs.rowCount();
+    m_sources->add(std::exchange(m_receivedSources, {}));
+    m_jobs.append(std::exchange(m_receivedJobs, {}));
+    m_sources->count(m_jobs, known);
+}
+
+// The same source and job are chosen afterwards, if they are still there. The job is read again.
+void MainWindow::replaceShown()
+{
+    const Source source = m_sources->source();
+    const TQKEY_ELEMENT job = std::exchange(m_wanted, TQKEY_CC::getNullKey());
+    showJob({});
+    m_jobs.clear();
+    m_sources->clearSources();
+    addReceived();
+    m_sources->choose(source);
+    chooseJob(job);
+}
+
+void MainWindow::checkServed(const QString &error)
+{
     if (!error.isEmpty()) {
         m_agent.stop();
+        m_problem = QStringLiteral("loading failed: ") + error;
     }
     if (m_agent.pending() == 0 && m_isLoading) {
-        m_isLoading = false;
-        sendPage();
+        finishLoading();
     }
     showCounts();
     if (!error.isEmpty()) {
@@ -237,9 +268,33 @@ void MainWindow::checkServed()
     }
 }
 
+void MainWindow::finishLoading()
+{
+    m_isLoading = false;
+    if (!m_isReload) {
+        m_isPart = !m_problem.isEmpty();
+    } else if (m_problem.isEmpty()) {
+        replaceShown();
+        m_isPart = false;
+    }
+    m_receivedSources.clear();
+    m_receivedJobs.clear();
+    sendPage();
+}
+
+// A request under way is still served, and nothing is missing if it is the last.
+void MainWindow::stop()
+{
+    if (m_agent.pending() > 1) {
+        m_problem = QStringLiteral("loading was stopped");
+    }
+    m_agent.stop();
+}
+
 void MainWindow::fail(const QString &error)
 {
     auto *box = new QMessageBox(QMessageBox::Critical, windowTitle(), error, QMessageBox::Ok, this);
+    box->setTextFormat(Qt::PlainText);
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->open();  // packets are delivered while it is open
 }
@@ -250,7 +305,7 @@ void MainWindow::choose(int action, bool checked)
     case Tool::Reload:
         return load();
     case Tool::Stop:
-        return m_agent.stop();
+        return stop();
     case Tool::AnyState:
     case Tool::OnlyWaiting:
     case Tool::OnlyInProgress:
@@ -291,10 +346,20 @@ void MainWindow::showRows()
     m_choice.start(0);
 }
 
+void MainWindow::chooseJob(const TQKEY_ELEMENT &key)
+{
+    for (int row = 0; row < m_filter.rowCount(); ++row) {
+        const QModelIndex index = m_filter.index(row, JobModel::Name);
+        if (m_jobs.job(m_filter.mapToSource(index).row()).key == key) {
+            return m_table->setCurrentIndex(index);
+        }
+    }
+}
+
 void MainWindow::askJob()
 {
     const QModelIndex row = m_filter.mapToSource(m_table->currentIndex());
-    const TQKEY_ELEMENT key = row.isValid() ? m_jobs.job(row.row()).key : TQKEY_ELEMENT {};
+    const TQKEY_ELEMENT key = row.isValid() ? m_jobs.job(row.row()).key : TQKEY_CC::getNullKey();
     if (key == m_wanted) {
         return;
     }
@@ -302,17 +367,24 @@ void MainWindow::askJob()
     if (row.isValid()) {
         m_agent.askItem(key, m_jobs.job(row.row()).texts[JobModel::Name], m_items.getAgentID());
     } else {
-        showJob({});
+        takeJob({}, {});
     }
+}
+
+// An item other than the wanted one was asked for earlier.
+void MainWindow::takeJob(const QDomElement &job, const QString &error)
+{
+    const TQKEY_ELEMENT key = XMLPacketable::getDBkey(job);
+    if (!job.isNull() && !(key == m_wanted)) {
+        return;
+    }
+    m_jobProblem = TQKEY_CC::isValid(m_wanted) ? error : QString();
+    showJob(job);
+    showCounts();
 }
 
 void MainWindow::showJob(const QDomElement &job)
 {
-    if (job.isNull() && TQKEY_CC::isValid(m_wanted)) {
-        statusBar()->showMessage(QString::fromUtf8(m_server.errorText()));
-    } else if (!job.isNull() && !(XMLPacketable::getDBkey(job) == m_wanted)) {
-        return;  // another one was chosen meanwhile
-    }
     const bool isOther = m_job.getNodeConst().isNull() != job.isNull();
     m_job.setNode(job);
     m_detail->setItem(job);
@@ -323,11 +395,28 @@ void MainWindow::showJob(const QDomElement &job)
 
 void MainWindow::showCounts()
 {
-    QString text =
-        QStringLiteral("%1 of %2 jobs").arg(count(m_filter.rowCount()), count(m_jobs.rowCount()));
+    m_counts->setText(counts());
+    m_counts->setToolTip(m_counts->text());
+}
+
+// What the status line says: how much is shown, and what is wrong with it.
+QString MainWindow::counts() const
+{
+    QStringList parts(
+        QStringLiteral("%1 of %2 jobs").arg(count(m_filter.rowCount()), count(m_jobs.rowCount())));
+    if (m_isPart) {
+        parts << QStringLiteral("not all");
+    } else if (!m_isLoading && !m_problem.isEmpty()) {
+        parts << QStringLiteral("as loaded before");
+    }
     if (m_isLoading) {
         const int served = m_requests - m_agent.pending();
-        text += QStringLiteral(" – loading, %1%").arg(served * 100 / m_requests);
+        parts << QStringLiteral("loading, %1%").arg(served * 100 / m_requests);
+    } else if (!m_problem.isEmpty()) {
+        parts << m_problem;
     }
-    m_counts->setText(text);
+    if (!m_jobProblem.isEmpty()) {
+        parts << QStringLiteral("the chosen job is not shown: ") + m_jobProblem;
+    }
+    return parts.join(QStringLiteral(" – "));
 }

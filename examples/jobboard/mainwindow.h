@@ -2,6 +2,7 @@
 #define MAINWINDOW_H
 
 #include "actionbar.h"
+#include "bridge.h"
 #include "itemagent.h"
 #include "jobmodel.h"
 #include "packetlog.h"
@@ -20,7 +21,6 @@ class QLabel;
 class QLineEdit;
 class QTableView;
 class SourceTree;
-class TQCommServer;
 
 /// Types of the tool bar's actions.
 namespace Tool {
@@ -55,19 +55,27 @@ private:
 
     void load();
     void takeReply(int type, const std::list<QDomNode> &items);
-    void checkServed();
+    void askOutputs(const std::list<QDomNode> &outputs);
+    void checkServed(const QString &error);
+    void finishLoading();
+    void stop();
     void fail(const QString &error);
+    void addReceived();
+    void replaceShown();
 
     void choose(int action, bool checked);
     void showSource(const Source &source);
     void showCounts();
+    QString counts() const;
     void showRows();
+    void chooseJob(const TQKEY_ELEMENT &key);
     void askJob();
+    void takeJob(const QDomElement &job, const QString &error);
     void showJob(const QDomElement &job);
 
-    TQCommServer &m_server;
     XMLRouter m_router;
     PacketLog m_log;
+    Bridge m_bridge;
     RequestAgent m_agent;
     ItemAgent m_items;
     JobModel m_jobs;
@@ -75,8 +83,15 @@ private:
     TQKEY_ELEMENT m_wanted = {};  // the chosen job; the null key for none
     QTimer m_choice;  // runs out when the choice of a job is settled
     XMLPacketable m_job;  // the one in the detail pane; a null element for none
+    QString m_jobProblem;  // why the chosen job is not shown; empty for no reason
+
     int m_requests = 0;  // of the loading under way
     bool m_isLoading = false;
+    bool m_isReload = false;  // what was there stays until all is received
+    bool m_isPart = false;  // what is shown; a loading did not come to its end
+    QString m_problem;  // what ended the last loading early; empty when it was whole
+    std::vector<Source> m_receivedSources;  // not shown yet
+    std::vector<JobModel::Job> m_receivedJobs;
 
     std::unique_ptr<ActionBar> m_bar;  // before the router goes
     SourceTree *m_sources;  // this and all below: children

@@ -76,10 +76,12 @@ struct Naming
 {
     XMLObject::XMLOBJECT_TYPE type;
     const char *prefix;
+    const char *attribute;  // of the item, after the prefix
 };
 constexpr Naming NAMED[] = {
-    { XMLObject::XMLOBJECT_ACTION, "request for " },
-    { XMLObject::XMLOBJECT_UI, "page " },
+    { XMLObject::XMLOBJECT_ACTION, "request for ", "name" },
+    { XMLObject::XMLOBJECT_UI, "page ", "name" },
+    { XMLObject::XMLOBJECT_MSG, "message: ", "msg" },
 };
 
 QString summary(const XMLPacket &packet)
@@ -88,7 +90,7 @@ QString summary(const XMLPacket &packet)
     for (const Naming &named : NAMED) {
         if (packet.getNodesOfType(named.type, nodes) > 0) {
             const QString name =
-                XMLObject::getAttribute(nodes.front().toElement(), XMLPacketable::NAME);
+                XMLObject::getAttribute(nodes.front().toElement(), QLatin1String(named.attribute));
             return QLatin1String(named.prefix) + name;
         }
     }

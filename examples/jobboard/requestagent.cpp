@@ -1,16 +1,18 @@
 #include "requestagent.h"
 
+#include "bridge.h"
 #include "itemagent.h"
 #include "jobmodel.h"
 #include "xmlaction.h"
+#include "xmlmessage.h"
 #include "xmlpacket.h"
 #include "xmlrouter.h"
 #include "xmlui.h"
 
 #include <algorithm>
 
-RequestAgent::RequestAgent(XMLRouter &to, PacketLog &log)
-    : BoardAgent(TYPE, QStringLiteral("Job list"), to, log)
+RequestAgent::RequestAgent(const Bridge &bridge, XMLRouter &to, PacketLog &log)
+    : BoardAgent(TYPE, QStringLiteral("Job list"), to, log), m_bridge(bridge)
 {
 }
 
@@ -57,7 +59,7 @@ void RequestAgent::sendNext()
     if (m_underWay->owner) {
         action.setTQKEYList({ &*m_underWay->owner });
     }
-    XMLPacket *packet = getXMLPacket(router->getXMLCommServerID());
+    XMLPacket *packet = getXMLPacket(m_bridge.getAgentID());
     packet->appendV(action);
     // The bridge lets go of a request when it has served it; the packet ends in a later turn of
     // the event loop, after the reply was delivered. Not every request is replied to.
@@ -68,7 +70,7 @@ void RequestAgent::sendNext()
 void RequestAgent::finish()
 {
     m_underWay.reset();
-    Q_EMIT served();
+    Q_EMIT served(m_bridge.error());
     if (!m_underWay && !m_waiting.empty()) {
         sendNext();
     }
@@ -78,9 +80,14 @@ void RequestAgent::take(const XMLPacket &packet)
 {
     std::list<QDomNode> items;
     packet.getNodesOfType(XMLObject::XMLOBJECT_PACKETABLE, items);
-    if (packet.getSourceAgentID() != router->getXMLCommServerID()) {
-        Q_EMIT itemReceived(items.empty() ? QDomElement() : items.front().toElement());
-    } else if (m_underWay) {
+    if (packet.getSourceAgentID() != m_bridge.getAgentID()) {
+        std::list<QDomNode> errors;
+        packet.getNodesOfType(XMLObject::XMLOBJECT_MSG, errors);
+        XMLMessage error;
+        error.setNode(errors.empty() ? QDomElement() : errors.front().toElement());
+        Q_EMIT itemReceived(
+            items.empty() ? QDomElement() : items.front().toElement(), error.getMessage());
+    } else if (m_underWay && m_bridge.error().isEmpty()) {
         Q_EMIT replied(m_underWay->type, items);
     }
 }

@@ -12,7 +12,7 @@
 #include <list>
 #include <optional>
 
-class XMLAction;
+class Bridge;
 class XMLUI;
 
 /// One request for a list.
@@ -23,7 +23,8 @@ struct Request
     QString name;  ///< for people
 };
 
-/// Asks for lists, one request after the other, and for items, and hands on what is replied.
+/// Asks for lists, one request after the other, and for items, and hands on what is replied, unless
+/// it may be short.
 ///
 /// Between two requests for lists the event loop comes to its turn: a request that was sent from
 /// inside receive() would be served in the same run of the router, and the window would stand
@@ -35,7 +36,8 @@ class RequestAgent : public QObject, public BoardAgent
 public:
     static constexpr int TYPE = 1;
 
-    RequestAgent(XMLRouter &to, PacketLog &log);
+    /// The bridge serves this agent alone. It is not owned and must outlive the agent.
+    RequestAgent(const Bridge &bridge, XMLRouter &to, PacketLog &log);
 
     void ask(const Request &request);
     /// Lets the waiting requests for that owner go first.
@@ -51,12 +53,13 @@ public:
     void sendPage(XMLUI &page, int agentID);
 
 Q_SIGNALS:
-    /// The bridge replied to a request of that type. The items end with the call.
+    /// The whole reply of the bridge to a request of that type. The items end with the call.
     void replied(int type, const std::list<QDomNode> &items);
-    /// The bridge is done with a request, whether it replied or, having found nothing, did not.
-    void served();
-    /// The reply to askItem(); null when there is no such item.
-    void itemReceived(const QDomElement &item);
+    /// The bridge is done with a request, whether it replied or, having found nothing, did not. The
+    /// error is empty unless reading failed; then nothing was handed on.
+    void served(const QString &error);
+    /// The reply to askItem(): the item, or null and why there is none.
+    void itemReceived(const QDomElement &item, const QString &error);
 
 protected:
     void take(const XMLPacket &packet) override;
@@ -65,6 +68,7 @@ private:
     void sendNext();
     void finish();
 
+    const Bridge &m_bridge;
     std::deque<Request> m_waiting;
     std::optional<Request> m_underWay;
 };

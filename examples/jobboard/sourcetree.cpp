@@ -45,6 +45,30 @@ QString keyText(const TQKEY_ELEMENT &key)
     return QStringLiteral("%1:%2").arg(key.key).arg(key.hkey);
 }
 
+// What a source is known by in its group.
+QString identity(const Source &source)
+{
+    return source.kind == Source::Book ? keyText(source.key) : source.name;
+}
+
+// What the items are that the bridge replies to requests of that type.
+Source::Kind kindOf(int requestType)
+{
+    switch (requestType) {
+    case XMLCommServer::REQUEST_OUTPUTS:
+        return Source::Output;
+    case XMLCommServer::REQUEST_BOOKS:
+        return Source::Book;
+    default:
+        return Source::Publication;
+    }
+}
+
+Source sourceOf(const QTreeWidgetItem &row)
+{
+    return row.data(NameColumn, SOURCE_ROLE).value<Source>();
+}
+
 }  // namespace
 
 SourceTree::SourceTree(QWidget *parent)
@@ -69,7 +93,7 @@ SourceTree::SourceTree(QWidget *parent)
     setCurrentItem(m_all.top);
     connect(this, &QTreeWidget::currentItemChanged, this, [this](QTreeWidgetItem *item) {
         if (item) {
-            Q_EMIT chosen(item->data(NameColumn, SOURCE_ROLE).value<Source>());
+            Q_EMIT chosen(sourceOf(*item));
         }
     });
 }
@@ -83,27 +107,48 @@ SourceTree::Group SourceTree::addGroup(const QString &name, Source::Kind kind)
     return { top, {} };
 }
 
-void SourceTree::add(int requestType, const std::list<QDomNode> &items)
+std::vector<Source> SourceTree::read(int requestType, const std::list<QDomNode> &items)
 {
-    const bool isBooks = requestType == XMLCommServer::REQUEST_BOOKS;
-    const bool isOutputs = requestType == XMLCommServer::REQUEST_OUTPUTS;
-    Group &group = isBooks ? m_books : isOutputs ? m_outputs : m_publications;
-    QList<QTreeWidgetItem *> rows;
+    std::vector<Source> sources;
     for (const QDomNode &item : items) {
         const QDomElement e = item.toElement();
-        Source source { isBooks ? Source::Book
-                : isOutputs     ? Source::Output
-                                : Source::Publication,
-            XMLPacketable::getName(e), XMLPacketable::getDBkey(e) };
-        QTreeWidgetItem *&known = group.byName[isBooks ? keyText(source.key) : source.name];
+        sources.push_back(
+            { kindOf(requestType), XMLPacketable::getName(e), XMLPacketable::getDBkey(e) });
+    }
+    return sources;
+}
+
+SourceTree::Group &SourceTree::groupOf(const Source &source)
+{
+    switch (source.kind) {
+    case Source::Output:
+        return m_outputs;
+    case Source::Publications:
+    case Source::Publication:
+        return m_publications;
+    case Source::Books:
+    case Source::Book:
+        return m_books;
+    case Source::All:
+        break;
+    }
+    return m_all;
+}
+
+void SourceTree::add(const std::vector<Source> &sources)
+{
+    QHash<QTreeWidgetItem *, QList<QTreeWidgetItem *>> rows;  // by the top of their group
+    for (const Source &source : sources) {
+        Group &group = groupOf(source);
+        QTreeWidgetItem *&known = group.byName[identity(source)];
         if (!known) {
             known = new Row(source.name, source);
-            rows << known;
+            rows[group.top] << known;
         }
     }
-    if (!rows.isEmpty()) {
-        group.top->addChildren(rows);
-        group.top->sortChildren(NameColumn, Qt::AscendingOrder);
+    for (auto i = rows.cbegin(); i != rows.cend(); ++i) {
+        i.key()->addChildren(i.value());
+        i.key()->sortChildren(NameColumn, Qt::AscendingOrder);
     }
 }
 
@@ -136,4 +181,14 @@ void SourceTree::clearSources()
         group->byName.clear();
         qDeleteAll(group->top->takeChildren());
     }
+}
+
+Source SourceTree::source() const { return sourceOf(*currentItem()); }
+
+void SourceTree::choose(const Source &source)
+{
+    const Group &group = groupOf(source);
+    const bool isGroup = sourceOf(*group.top).kind == source.kind;
+    QTreeWidgetItem *row = isGroup ? group.top : group.byName.value(identity(source));
+    setCurrentItem(row ? row : m_all.top);
 }

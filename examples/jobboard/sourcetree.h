@@ -14,12 +14,17 @@ class SourceTree : public QTreeWidget
 public:
     explicit SourceTree(QWidget *parent);
 
-    /// Takes up what the bridge replied to a request of that type. A publication that several
-    /// outputs print is listed once.
-    void add(int requestType, const std::list<QDomNode> &items);
+    /// The sources that the bridge replied to a request of that type.
+    static std::vector<Source> read(int requestType, const std::list<QDomNode> &items);
+    /// Adds a row for each. A publication that several outputs print is listed once.
+    void add(const std::vector<Source> &sources);
     /// Counts the rows of the model from that one on.
     void count(const JobModel &jobs, int firstRow);
     void clearSources();
+
+    /// The source that is chosen. To choose one that is not listed chooses all jobs.
+    Source source() const;
+    void choose(const Source &source);
 
 Q_SIGNALS:
     void chosen(const Source &source);
@@ -32,6 +37,7 @@ private:
     };
 
     Group addGroup(const QString &name, Source::Kind kind);
+    Group &groupOf(const Source &source);
 
     Group m_all;
     Group m_outputs;
