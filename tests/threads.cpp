@@ -69,17 +69,20 @@ QByteArrayList jobs(TQCommServer &server)
     return texts;
 }
 
-// Names of all books of one owner.
+// Names of all books of the first owner.
 QByteArrayList books(TQCommServer &server)
 {
     TQLPCOMMANDS command;
     ZQ_MESSAGE_ID message;
-    const TQKEY_ELEMENT owner { 12, PACKETDATATYPE_BOOKOWNER };
+    TQLISTRECORD *owners = server.getDBList(command, message, PACKETDATATYPE_BOOKOWNER);
+    const auto record = reinterpret_cast<TQOWNER *>(owners);
+    const TQKEY_ELEMENT owner { record ? record->key : 0, PACKETDATATYPE_BOOKOWNER };
+    TQPacketFreeList(&owners, PACKETDATATYPE_OUTPUT);
     TQBOOK *first = server.getBooks(command, message, SORTTYPE_NAME, SORTORDER_ASCENDING, owner);
     auto list = reinterpret_cast<TQLISTRECORD *>(first);
     QByteArrayList names;
-    for (TQLISTRECORD *record = list; record; record = record->next) {
-        names += reinterpret_cast<TQBOOK *>(record)->name;
+    for (TQLISTRECORD *book = list; book; book = book->next) {
+        names += reinterpret_cast<TQBOOK *>(book)->name;
     }
     TQPacketFreeList(&list, PACKETDATATYPE_BOOK);
     return names;

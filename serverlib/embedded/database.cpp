@@ -17,10 +17,6 @@
 
 namespace {
 
-// Errors of SQLite, without what extends them.
-constexpr int SQLITE_READONLY = 8;
-constexpr int SQLITE_CANTOPEN = 14;
-
 // The name that SQLite opens a file by.
 QString fileName(const StoreAddress &address, const char *mode)
 {
@@ -38,14 +34,19 @@ QString missing(const StoreAddress &address)
     return file.isFile() ? QString() : QStringLiteral("not a file");
 }
 
-// Changes with every change of the file, and while somebody has it open to write.
+bool isOpenElsewhere(const QString &path)
+{
+    return QFileInfo::exists(path + QLatin1String("-wal"));
+}
+
+// Changes with every change of a file, and while somebody has it open to write.
 QString stampOf(const QString &path)
 {
     const QFileInfo file(path);
     return QStringLiteral("%1 %2 %3")
         .arg(file.size())
         .arg(file.lastModified().toMSecsSinceEpoch())
-        .arg(QFileInfo::exists(path + QLatin1String("-wal")) ? 1 : 0);
+        .arg(int(isOpenElsewhere(path)));
 }
 
 // Null when the driver has no connection of libpq's. Its type has another name on each Qt line.
@@ -143,25 +144,15 @@ bool Database::openFile(bool create)
     if (!reason.isNull()) {
         return fail(QStringLiteral("%1: %2").arg(m_address.label(), reason));
     }
-    if (!connect(fileName(m_address, create ? "rwc" : "rw"))) {
-        return false;
+    // Who reads marks where in a file beside the store. Who may not write there reads without, as
+    // long as nobody else has the store open; see isUntouched().
+    const QFileInfo file(m_address.path);
+    if (!create && !(file.isWritable() && QFileInfo(file.absolutePath()).isWritable()) &&
+        !isOpenElsewhere(m_address.path)) {
+        m_stamp = stampOf(m_address.path);
+        return connect(fileName(m_address, "ro&immutable=1"));
     }
-    // Readers mark where they read in a file beside the store. Who may not write there reads
-    // without, as long as nobody else has the store open; see isUntouched().
-    QSqlQuery query(m_sql);
-    if (query.exec(QStringLiteral("SELECT count(*) FROM sqlite_master"))) {
-        return true;
-    }
-    const int code = query.lastError().nativeErrorCode().toInt() & 0xff;
-    query.clear();
-    m_stamp = stampOf(m_address.path);
-    if ((code != SQLITE_CANTOPEN && code != SQLITE_READONLY) ||
-        !m_stamp.endsWith(QLatin1Char('0'))) {
-        m_stamp.clear();
-        return true;  // what is asked first meets the error again, and says it
-    }
-    close();
-    return connect(fileName(m_address, "ro&immutable=1"));
+    return connect(fileName(m_address, create ? "rwc" : "rw"));
 }
 
 bool Database::openServer()

@@ -4,10 +4,15 @@
 #include <csignal>
 #include <utility>
 
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+
 namespace {
 
 // The thread looks several times within the limit.
 constexpr int LOOKS = 8;
+constexpr int MAX_STEP = 10000;  // ms
 
 // Leaves the signals of the process to its other threads.
 class SignalsBlocked
@@ -30,7 +35,7 @@ private:
 }  // namespace
 
 Watchdog::Watchdog(std::function<void()> bite, std::chrono::milliseconds limit)
-    : m_limit(limit), m_bite(std::move(bite))
+    : m_limit(limit), m_bite(std::move(bite)), m_stop(::eventfd(0, EFD_CLOEXEC))
 {
     if (m_limit.count() > 0) {
         const SignalsBlocked blocked;  // a new thread has them as its maker
@@ -41,13 +46,10 @@ Watchdog::Watchdog(std::function<void()> bite, std::chrono::milliseconds limit)
 Watchdog::~Watchdog()
 {
     if (m_thread.joinable()) {
-        {
-            const std::lock_guard lock(m_mutex);
-            m_isStopped = true;
-        }
-        m_stopped.notify_one();
+        ::eventfd_write(m_stop, 1);
         m_thread.join();
     }
+    ::close(m_stop);
 }
 
 std::chrono::milliseconds::rep Watchdog::now()
@@ -58,9 +60,9 @@ std::chrono::milliseconds::rep Watchdog::now()
 
 void Watchdog::watch()
 {
-    const auto step = std::max(m_limit / LOOKS, std::chrono::milliseconds(1));
-    std::unique_lock lock(m_mutex);
-    while (!m_stopped.wait_for(lock, step, [this] { return m_isStopped; })) {
+    const auto step = std::max<std::chrono::milliseconds::rep>(m_limit.count() / LOOKS, 1);
+    pollfd stop = { m_stop, POLLIN, 0 };
+    while (::poll(&stop, 1, int(std::min<std::chrono::milliseconds::rep>(step, MAX_STEP))) == 0) {
         const auto since = m_waitingSince.load();
         if (since != 0 && now() - since > m_limit.count()) {
             m_hasBitten = true;

@@ -3,9 +3,7 @@
 
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <functional>
-#include <mutex>
 #include <thread>
 
 // Ends the wait for a server that stays silent: the database client blocks the caller's thread,
@@ -55,9 +53,7 @@ private:
     const std::function<void()> m_bite;
     std::atomic<std::chrono::milliseconds::rep> m_waitingSince { 0 };  // 0 for not waiting
     std::atomic<bool> m_hasBitten { false };
-    std::mutex m_mutex;
-    std::condition_variable m_stopped;
-    bool m_isStopped = false;
+    int m_stop;  // an event's descriptor, owned: readable when the thread is to end
     std::thread m_thread;
 };
 
