@@ -270,8 +270,8 @@ void tst_Command::damagedTablesAreErrors()
 void tst_Command::damageInsideATableIsAnError()
 {
     QCOMPARE(tqxml("init scratch2.db --jobs 3000").code, DONE);
-    const qint64 middle = QFileInfo(str("scratch2.db")).size() / PAGE_SIZE / 2 * PAGE_SIZE;
-    destroy("scratch2.db", middle, QByteArray(4 * PAGE_SIZE, '\xff'));
+    const qint64 pages = QFileInfo(str("scratch2.db")).size() / PAGE_SIZE;
+    destroy("scratch2.db", pages * 3 / 4 * PAGE_SIZE, QByteArray(4 * PAGE_SIZE, '\xff'));
     for (const char *listing : { "jobs", "jobs --format xml", "publications" }) {
         const Outcome outcome = tqxml("list --database scratch2.db " + QByteArray(listing));
         expectFailure(outcome, "scratch2.db: database disk image is malformed");
@@ -283,7 +283,8 @@ void tst_Command::damageInsideAProfileIsAnError()
 {
     const QByteArray table = tqxml("import-icc scratch.db lab.icc").out;
     const QByteArray key = table.split('\n').value(2).split(' ').first();
-    const auto at = read(str("scratch.db")).indexOf(read(str("lab.icc")).mid(3 * PAGE_SIZE, 100));
+    const auto at =
+        read(str("scratch.db")).lastIndexOf(read(str("lab.icc")).mid(3 * PAGE_SIZE, 100));
     QVERIFY(at > 0);
     destroy("scratch.db", at / PAGE_SIZE * PAGE_SIZE, QByteArray(4, '\0'));
     expectFailure(tqxml("show profile --database scratch.db " + key),
