@@ -6,6 +6,7 @@
 namespace {
 
 constexpr int CHUNK = 1 << 20;
+const QString TEMPORARY_FILE = QStringLiteral("temporary file: ");
 
 }  // namespace
 
@@ -17,14 +18,18 @@ bool Spool::write(const QByteArray &bytes)
 
 int Spool::print()
 {
-    if (m_file.isOpen()) {
-        m_file.seek(0);
-    }
-    int code = DONE;
-    while (code == DONE && m_file.isOpen() && !m_file.atEnd()) {
-        code = writeOutput(m_file.read(CHUNK));
-    }
+    const int code = m_file.isOpen() ? printFile() : DONE;
     return code == DONE ? writeOutput(m_bytes) : code;
+}
+
+int Spool::printFile()
+{
+    int code = m_file.seek(0) ? DONE : FAILED;
+    QByteArray bytes = m_file.read(CHUNK);
+    for (; code == DONE && !bytes.isEmpty(); bytes = m_file.read(CHUNK)) {
+        code = writeOutput(bytes);
+    }
+    return m_file.error() == QFile::NoError ? code : fail(TEMPORARY_FILE + m_file.errorString());
 }
 
 bool Spool::open()
@@ -36,10 +41,10 @@ bool Spool::open()
 
 bool Spool::flush()
 {
-    const bool isKept = open() && m_file.write(m_bytes) == m_bytes.size() && m_file.flush();
-    if (!isKept) {
-        m_error = QStringLiteral("temporary file: %1").arg(m_file.errorString());
+    const int error = open() ? writeTo(m_file.handle(), m_bytes) : 0;
+    if (!m_file.isOpen() || error != 0) {
+        m_error = TEMPORARY_FILE + (error == 0 ? m_file.errorString() : reasonOf(error));
     }
     m_bytes.clear();
-    return isKept;
+    return m_error.isEmpty();
 }

@@ -18,6 +18,7 @@ public:
     int print();
 
 private:
+    int printFile();
     bool open();
     bool flush();
 

@@ -17,21 +17,6 @@ namespace {
 constexpr int BAR_WIDTH = 40;
 constexpr char CLEAR_LINE[] = "\r\033[K";
 
-// Writes everything; 0, or the error's number.
-int writeTo(int descriptor, const QByteArray &bytes)
-{
-    const char *next = bytes.constData();
-    const char *const end = next + bytes.size();
-    while (next < end) {
-        const ssize_t written = ::write(descriptor, next, size_t(end - next));
-        if (written < 0 && errno != EINTR) {
-            return errno;
-        }
-        next += qMax<ssize_t>(written, 0);
-    }
-    return 0;
-}
-
 QString line(QString message)
 {
     const QStringList arguments = QCoreApplication::arguments();
@@ -54,13 +39,29 @@ void claimStandardStreams()
     }
 }
 
+int writeTo(int descriptor, const QByteArray &bytes)
+{
+    const char *next = bytes.constData();
+    const char *const end = next + bytes.size();
+    while (next < end) {
+        const ssize_t written = ::write(descriptor, next, size_t(end - next));
+        if (written < 0 && errno != EINTR) {
+            return errno;
+        }
+        next += qMax<ssize_t>(written, 0);
+    }
+    return 0;
+}
+
+QString reasonOf(int error) { return QString::fromUtf8(std::strerror(error)); }
+
 int writeOutput(const QByteArray &bytes)
 {
     const int error = writeTo(STDOUT_FILENO, bytes);
     if (error == 0 || error == EPIPE) {
         return DONE;
     }
-    return fail(QStringLiteral("standard output: %1").arg(QString::fromUtf8(std::strerror(error))));
+    return fail(QStringLiteral("standard output: %1").arg(reasonOf(error)));
 }
 
 void note(const QString &message) { writeTo(STDERR_FILENO, line(message).toUtf8()); }

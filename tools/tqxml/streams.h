@@ -7,6 +7,11 @@
 /// Fills the place of closed standard streams, so that no file opened later is taken for one.
 void claimStandardStreams();
 
+/// Writes everything; 0, or the number of the error.
+int writeTo(int descriptor, const QByteArray &bytes);
+/// What an error of that number is.
+QString reasonOf(int error);
+
 /// Writes everything to standard output, and returns the exit code. A reader that has gone is no
 /// failure; all other errors are reported.
 int writeOutput(const QByteArray &bytes);
