@@ -94,11 +94,6 @@ bool renameToNew(int folder, const char *name, const char *target)
 
 }  // namespace
 
-QString absolutePath(const QString &path)
-{
-    return path.startsWith(QLatin1Char('/')) ? path : QDir::currentPath() + QLatin1Char('/') + path;
-}
-
 PartFolder::PartFolder(const QString &target) : m_target(QFile::encodeName(target))
 {
     const QByteArray pattern = folderOf(m_target) + prefixOf(m_target) + RANDOM;

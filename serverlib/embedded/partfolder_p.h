@@ -4,9 +4,6 @@
 #include <QByteArray>
 #include <QString>
 
-// A path from the root. Not QFileInfo's, to which one that begins with ":" is a resource.
-QString absolutePath(const QString &path);
-
 // Where a new file is made before it gets its name: a folder beside it, of random name and for its
 // owner alone. A lock on the folder says that its owner lives; a folder of such a name without one
 // was left by a process that was killed.

@@ -14,9 +14,9 @@ namespace {
 
 using Seed = std::function<bool(Database &database)>;
 
-QString systemError(const QString &path, int number)
+QString systemError(const QString &label, int number)
 {
-    return QStringLiteral("%1: %2").arg(path, QString::fromLocal8Bit(std::strerror(number)));
+    return QStringLiteral("%1: %2").arg(label, QString::fromLocal8Bit(std::strerror(number)));
 }
 
 // In a store that is done readers hold up no writers, and writers no readers.
@@ -41,22 +41,22 @@ bool fillFile(const StoreAddress &address, const Seed &seed, QString &error)
     return filled;
 }
 
-QString existsAlready(const QString &path)
+QString existsAlready(const QString &label)
 {
-    return QStringLiteral("%1: exists already").arg(path);
+    return QStringLiteral("%1: exists already").arg(label);
 }
 
 // Why there cannot be a new file; empty when there can. SQLite would put what a journal or log
 // holds, which another store of that name has left, into the new one.
-QString obstacle(const QString &path, const QString &target)
+QString obstacle(const QString &label, const QString &target)
 {
     const QFileInfo file(target);
     if (file.exists() || file.isSymLink()) {
-        return existsAlready(path);
+        return existsAlready(label);
     }
     for (const char *suffix : { "-journal", "-wal" }) {
         if (QFileInfo(target + QLatin1String(suffix)).size() > 0) {
-            return existsAlready(path + QLatin1String(suffix)) +
+            return existsAlready(label + QLatin1String(suffix)) +
                 QStringLiteral(", of another store");
         }
     }
@@ -66,29 +66,29 @@ QString obstacle(const QString &path, const QString &target)
 // A new file is filled in a folder of its own first.
 bool createFile(const StoreAddress &address, const Seed &seed, QString &error)
 {
-    const QString target = absolutePath(address.path);
+    const QString &target = address.path;
+    const QString label = address.label();
     PartFolder::removeOrphans(target);
-    error = obstacle(address.path, target);
+    error = obstacle(label, target);
     if (!error.isEmpty()) {
         return false;
     }
     PartFolder folder(target);
     if (!folder.exists()) {
-        error = systemError(address.path, errno);
+        error = systemError(label, errno);
         return false;
     }
     StoreAddress part = address;
     part.path = folder.part();
     if (!fillFile(part, seed, error)) {
-        error.replace(part.path, address.path);
         return false;
     }
     if (!folder.holdsPartAlone()) {
-        error = QStringLiteral("%1: a write-ahead log is left over").arg(address.path);
+        error = QStringLiteral("%1: a write-ahead log is left over").arg(label);
         return false;
     }
     if (!folder.moveToTarget()) {
-        error = errno == EEXIST ? existsAlready(address.path) : systemError(address.path, errno);
+        error = errno == EEXIST ? existsAlready(label) : systemError(label, errno);
         return false;
     }
     return true;

@@ -245,7 +245,9 @@ std::optional<StoreAddress> parseNetwork(const QString &url, QString &error)
     }
     const QString rest = parts.parameters.rest();
     const Conninfo known(rest.isEmpty() ? parts.address : parts.address + QLatin1Char('?') + rest);
-    if (!known.isValid()) {
+    // An "@" behind the first "/" belongs to a password with a "/", which libpq takes for a name.
+    const bool isCut = parts.address.section(QLatin1Char('/'), 3).contains(QLatin1Char('@'));
+    if (!known.isValid() || isCut) {
         error = notOfTheForm(url, QStringLiteral("postgresql://USER@HOST:PORT/DB"));
         return {};
     }
