@@ -134,7 +134,11 @@ void MainWindow::build()
     all->setSizes({ 630, 220 });
     all->setStretchFactor(0, 1);
     setCentralWidget(all);
+    buildStatus();
+}
 
+void MainWindow::buildStatus()
+{
     m_counts = new QLabel(this);
     m_counts->setObjectName(QStringLiteral("counts"));
     m_counts->setTextFormat(Qt::PlainText);

@@ -21,6 +21,7 @@ class QLabel;
 class QLineEdit;
 class QTableView;
 class SourceTree;
+class TQCommServer;
 
 /// Types of the tool bar's actions.
 namespace Tool {
@@ -50,6 +51,7 @@ public:
 
 private:
     void build();
+    void buildStatus();
     QTableView *buildTable();
     void sendPage();
 
