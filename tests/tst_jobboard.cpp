@@ -225,6 +225,7 @@ void tst_JobBoard::stateAndNameNarrowTheJobs()
         { std::pair { Tool::OnlyWaiting, "state = 0" }, { Tool::OnlyInProgress, "state = 1" },
             { Tool::AnyState, "1" }, { Tool::OnlyDone, "state = 2" } }) {
         press(tool);
+        press(tool);  // which stays checked
         QCOMPARE(sorted(names()), sorted(jobsWhere(condition)));
         QCOMPARE(checked(), button(tool)->text() + str(", Details, Packets"));
     }
@@ -346,6 +347,7 @@ void tst_JobBoard::aLoadThatEndsEarlySaysSo()
     const QString failed = str("0 of 0 jobs – not all – loading failed: ");
     QCOMPARE(status(), failed + str(server->errorText()));
     QCOMPARE(rows(sources(), 1).constLast(), str("Books"));
+    QVERIFY(status().endsWith(str(": integer overflow")));  // nothing was read after that
 }
 
 void tst_JobBoard::aPageChecksAndUnchecks()
