@@ -107,7 +107,8 @@ constexpr Case GRAPHS[] = {
     { "TQGetSystemStorageClassConv null", "1>2", "1" },
 };
 
-// Which of the fields "_2" with the value "café" and "_3" with the keys 2:9 and 0:9 take a child.
+// Which of the fields "_2" with the value "café" and "_3" with the keys 2:9, 0:9 and 2:0 take a
+// child.
 struct Match
 {
     const char *name;
@@ -127,6 +128,7 @@ constexpr Match MATCHES[] = {
     { "by name, in full", { 0, 0 }, "caf", "" },
     { "by name with half a key", { 0, 9 }, "caf\xe9", "_2" },
     { "half a key alone", { 0, 9 }, "", "" },
+    { "the other half alone", { 2, 0 }, "", "" },
     { "null for a name and no key", { 0, 0 }, nullptr, "" },
 };
 
@@ -250,7 +252,7 @@ void tst_Archive::content()
 void tst_Archive::matching()
 {
     const auto &row = currentRow<Match>();
-    const Node root = makeNode({ 1, HKEY }, "root", "1 x\n2 caf\xc3\xa9\n3 2 9\n3 0 9\n");
+    const Node root = makeNode({ 1, HKEY }, "root", "1 x\n2 caf\xc3\xa9\n3 2 9\n3 0 9\n3 2 0\n");
     const Node child = makeNode(row.key, row.itemName, "1 y\n");
     const auto item = load(root.get());
     item->insertInlineData(m_server, child.get());
@@ -395,7 +397,8 @@ void tst_Archive::tables()
     QString found;
     for (const Script::Table &table : { Script::Table { { 1, 1, 0, 1, {} }, { 23, 2, 0, 1, {} } },
              { { 1, 2, 0, 1, {} }, { 23, 2, 0, 1, {} } }, { { 10, 1, 0, 1, {} }, {} }, {},
-             { { 23, 1, 0, 1, {} }, { 1, 1, 0, 1, {} }, { 1, 2, 0, 1, {} } } }) {
+             { { 23, 1, 0, 1, {} }, { 1, 1, 0, 1, {} }, { 1, 2, 0, 1, {} } },
+             { { 1, 0, 0, 1, {} }, { 1, 2, 0, 1, {} }, { 23, 2, 0, 1, {} } } }) {
         Script::Table &current = script().tables[TYPE];
         current.resize(5);
         std::copy(table.begin(), table.end(), current.begin());
@@ -407,7 +410,8 @@ void tst_Archive::tables()
     }
     QCOMPARE(found,
         str("<_1 value=1 a></><_2 size=1>[3 #text:b]</></><_2 value=1 b></></></></>"
-            "<_1 size=1>[3 #text:a]</><_2 value=1 b></></>"));
+            "<_1 size=1>[3 #text:a]</><_2 value=1 b></></>"
+            "<_2 value=1 b></></>"));
 }
 
 QTEST_GUILESS_MAIN(tst_Archive)

@@ -9,103 +9,80 @@
 
 namespace {
 
-// A group, X, with the actions 0 to 2, of which 0 is in a second group, too. Any step may delete
-// any of them.
-struct Scene
+// When a test may interfere with an action: in its toggled(), before or after the group hears of
+// it, and in its destroyed(), before the group hears.
+enum Moment { ToggledBeforeGroup, ToggledAfterGroup, Destroyed };
+
+// A group with the actions 0 to 2, of which 0 is in a second group, too. Everything may die.
+class Scene
 {
-    Scene() : group(new XMLActionGroup(nullptr, "g")), other(nullptr, "other")
+public:
+    Scene() : group(new XMLActionGroup(nullptr, "tools")), other(nullptr, "other")
     {
         for (int i = 0; i < 3; ++i) {
             auto action = new XMLAction;
             actions += action;
-            const auto react = [this, i](const char *what) {
-                run(reactions.take(str(what) + QString::number(i)));
-            };
-            QObject::connect(action, &XMLAction::toggled, [react] { react("early"); });
-            QObject::connect(action, &QObject::destroyed, [react] { react("gone"); });
+            QObject::connect(action, &XMLAction::toggled, [=] { reach(ToggledBeforeGroup, i); });
+            QObject::connect(action, &QObject::destroyed, [=] { reach(Destroyed, i); });
             if (i == 0) {
                 other.addAction(action);
             }
             group->addAction(action);
-            QObject::connect(action, &XMLAction::toggled, [this, react](bool on) {
-                log += QString::number(on);
-                react("late");
+            QObject::connect(action, &XMLAction::toggled, [=](bool on) {
+                m_log += str(on ? "%1 on" : "%1 off").arg(i);
+                reach(ToggledAfterGroup, i);
             });
         }
     }
-    ~Scene() { run(str("X ~0 ~1 ~2")); }
-
-    // Steps as words: what is done, and the action's number.
-    void run(const QString &words)
+    ~Scene()
     {
-        for (const QString &word : words.split(QLatin1Char(' '))) {
-            XMLAction *action = actions[word.mid(1).toInt()];
-            const QMap<QString, std::function<void()>> steps {
-                { str("+"), [&] { group->addAction(action); } },
-                { str("-"), [&] { group->removeAction(action); } },
-                { str("~"), [&] { delete action; } },
-                { str("X"), [&] { delete group; } },
-                { str("c"), [&] { action->setChecked(true); } },
-                { str("u"), [&] { action->setChecked(false); } },
-                { str("s"), [&] { action->setSelected(true); } },
-                { str("t"), [&] { action->toggle(); } },
-                { str("T"), [&] { group->toggleAction(action); } },
-                { str("m"), [&] { log += state(); } },
-            };
-            steps.value(word.left(1), [] {})();
+        delete group;
+        for (const QPointer<XMLAction> &action : actions) {
+            delete action;
         }
     }
-    // Numbers of the members, '*' behind the selected one; of all actions whether they are checked,
-    // '-' for one that is gone.
-    QString state() const
+
+    // Does something at that moment, once.
+    void at(Moment moment, int action, std::function<void()> interfere)
     {
-        QString text;
+        m_interference[{ moment, action }] = std::move(interfere);
+    }
+    QString takeLog() { return std::exchange(m_log, {}).join(str(", ")); }
+    // Numbers of the members, and of all actions that are checked.
+    QString members() const
+    {
+        QString numbers;
         for (XMLAction *member : group ? group->actions() : QList<XMLAction *>()) {
-            text += QString::number(actions.indexOf(member));
-            text += str(member == group->checkedAction() ? "*" : "");
+            numbers += QStringLiteral(" %1").arg(actions.indexOf(member));
         }
-        text += QLatin1Char(':');
+        return numbers.trimmed();
+    }
+    QString checked() const
+    {
+        QString numbers;
         for (const QPointer<XMLAction> &action : actions) {
-            text += action ? QString::number(action->isChecked()) : str("-");
+            if (action && action->isChecked()) {
+                numbers += QStringLiteral(" %1").arg(actions.indexOf(action));
+            }
         }
-        return text;
+        return numbers.trimmed();
     }
 
     QPointer<XMLActionGroup> group;
     XMLActionGroup other;
     QList<QPointer<XMLAction>> actions;
-    QMap<QString, QString> reactions;  // steps by event, see Row
-    QString log;  // what toggled() said
-};
 
-struct Row
-{
-    const char *name;
-    // Of action 0 or 1: "early0" is its toggled() before the group hears of it, "late0" after
-    // that, "gone0" its end before the group hears.
-    const char *event;
-    const char *reaction;
-    const char *steps;
-    const char *state;
-    const char *log;
-};
-constexpr Row UPDATES[] = {
-    { "one at a time", "", "", "c0 T1", "012:010", "001001" },
-    { "checked already", "", "", "c0 T0 t2", "012:001", "001001" },
-    { "unchecked", "", "", "c0 u0", "012:000", "001000" },
-    { "changed meanwhile", "late0", "c2", "t1", "012:010", "0101" },
-    { "selected", "", "", "s2 m s1", "01*2:000", "012*:000" },
-    { "listed twice, then left", "", "", "+0 -0 c1 c0 m -0", "12:110", "0011120:110" },
-};
-// What dies, or leaves, at the worst moment.
-constexpr Row DEATHS[] = {
-    { "in its own toggled", "late1", "~1", "t1", "02:0-0", "001" },
-    { "in its own, before the group hears", "early1", "~1", "T1", "02:0-0", "" },
-    { "destroyed, before the group hears", "gone0", "c1 m", "~0", "12:-10", "0112:-10" },
-    { "added twice, removed once", "", "", "+0 -0 ~0", "12:-00", "" },
-    { "in another's toggled", "late0", "~2 ~0", "t1", "1:-1-", "01" },
-    { "all in another's toggled", "late0", "X ~0 ~1 ~2", "t1", ":---", "0" },
-    { "removed in another's toggled", "late0", "-1 -2", "t1", "0:010", "001" },
+private:
+    void reach(Moment moment, int action)
+    {
+        const auto interfere = m_interference.take({ moment, action });
+        if (interfere) {
+            interfere();
+        }
+    }
+
+    QMap<std::pair<int, int>, std::function<void()>> m_interference;
+    QStringList m_log;
 };
 
 }  // namespace
@@ -115,99 +92,203 @@ class tst_XMLActionGroup : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void updates_data() { addRows(UPDATES); }
-    void updates();
-    void lifetime_data();
-    void lifetime();
-    void strangers();
+    void oneStaysChecked();
+    void aMemberThatIsUncheckedUnchecksAll();
+    void aSlotMayCheckAnother();
+    void theCheckedActionIsTheSelectedOne();
+    void anActionAddedTwiceIsListedTwice();
+    void aDyingActionLeavesTheGroup();
+    void whatGoesWhileOthersAreUncheckedIsLeftAlone();
+    void everyOrderOfDeaths();
+    void onlyACheckedMemberIsRefused();
+    void strangersAreLeftAlone();
     void manyMembers();
     void signalsAndSlots();
 };
 
-void tst_XMLActionGroup::updates()
+void tst_XMLActionGroup::oneStaysChecked()
 {
-    const auto &row = currentRow<Row>();
     Scene scene;
     connect(scene.group, &XMLActionGroup::triggered, [] { QFAIL("emitted by the library"); });
-    scene.reactions[str(row.event)] = str(row.reaction);
-    scene.run(str(row.steps));
-    QCOMPARE(scene.state(), str(row.state));
-    QCOMPARE(scene.log, str(row.log));
-    QCOMPARE(scene.other.actions().size(), scene.actions[0] ? 1 : 0);
+    scene.actions[0]->setChecked(true);
+    QCOMPARE(scene.takeLog(), str("1 off, 2 off, 0 on"));
+    scene.group->toggleAction(scene.actions[1]);
+    QCOMPARE(scene.takeLog(), str("0 off, 2 off, 1 on"));
+    QCOMPARE(scene.checked(), str("1"));
+    scene.group->toggleAction(scene.actions[1]);  // which is checked already
+    QCOMPARE(scene.takeLog(), QString());
 }
 
-void tst_XMLActionGroup::lifetime_data()
+void tst_XMLActionGroup::aMemberThatIsUncheckedUnchecksAll()
 {
-    addRows(DEATHS);
-    QTest::newRow("every order") << quintptr(0);
+    Scene scene;
+    scene.actions[0]->setChecked(true);
+    scene.actions[0]->setChecked(false);
+    QCOMPARE(scene.checked(), QString());
+    QCOMPARE(scene.takeLog(), str("1 off, 2 off, 0 on, 1 off, 2 off, 0 off"));
 }
 
-// The rows; and group and actions in every order, one by one and all inside of a signal.
-void tst_XMLActionGroup::lifetime()
+void tst_XMLActionGroup::aSlotMayCheckAnother()
 {
-    QFETCH(quintptr, row);
-    if (row != 0) {
-        return updates();
-    }
-    const char *const events[][2] = { { "none", "" }, { "early0", "t0" }, { "late0", "c1" },
-        { "late1", "T1" }, { "gone0", "~0" } };
-    for (const auto &[event, trigger] : events) {
-        QStringList deaths = { str("X"), str("~0"), str("~1"), str("~2") };
-        do {
-            Scene scene;
-            scene.run(str("+1 c2"));
-            scene.reactions[str(event)] = deaths.join(QLatin1Char(' '));
-            scene.run(str(trigger));
-            QCOMPARE(scene.state(), str(*trigger ? ":---" : "0121:001"));
-            for (const QString &death : deaths) {
-                scene.run(death);
-                scene.run(scene.group && scene.actions[1] ? str("u1 T1") : QString());
+    Scene scene;
+    scene.at(ToggledAfterGroup, 0, [&] { scene.actions[2]->setChecked(true); });
+    scene.actions[1]->toggle();
+    QCOMPARE(scene.takeLog(), str("0 off, 2 on, 2 off, 1 on"));
+    QCOMPARE(scene.checked(), str("1"));
+}
+
+void tst_XMLActionGroup::theCheckedActionIsTheSelectedOne()
+{
+    Scene scene;
+    scene.actions[0]->setChecked(true);
+    QVERIFY(!scene.group->checkedAction());
+    scene.actions[2]->setSelected(true);
+    QCOMPARE(scene.group->checkedAction(), scene.actions[2].data());
+    scene.actions[1]->setSelected(true);
+    QCOMPARE(scene.group->checkedAction(), scene.actions[1].data());
+}
+
+void tst_XMLActionGroup::anActionAddedTwiceIsListedTwice()
+{
+    Scene scene;
+    QCOMPARE(scene.group->addAction(scene.actions[0]), scene.actions[0].data());
+    QCOMPARE(scene.members(), str("0 1 2 0"));
+    scene.group->removeAction(scene.actions[0]);  // one of the two, but both connections
+    QCOMPARE(scene.members(), str("1 2 0"));
+    QVERIFY(!scene.actions[0]->actionGroup());
+    scene.actions[1]->setChecked(true);
+    scene.actions[0]->setChecked(true);
+    QCOMPARE(scene.checked(), str("0 1"));
+    QCOMPARE(scene.other.actions().size(), 1);
+    delete scene.actions[0];
+    QCOMPARE(scene.members(), str("1 2"));
+}
+
+void tst_XMLActionGroup::aDyingActionLeavesTheGroup()
+{
+    Scene scene;
+    scene.at(Destroyed, 0, [&] {
+        scene.actions[1]->setChecked(true);
+        QCOMPARE(scene.members(), str("1 2"));
+    });
+    delete scene.actions[0];
+    QCOMPARE(scene.members(), str("1 2"));
+    scene.at(ToggledAfterGroup, 1, [&] { delete scene.actions[1]; });
+    scene.actions[1]->toggle();
+    QCOMPARE(scene.members(), str("2"));
+    scene.at(ToggledBeforeGroup, 2, [&] { delete scene.actions[2]; });
+    scene.group->toggleAction(scene.actions[2]);
+    QCOMPARE(scene.members(), QString());
+}
+
+void tst_XMLActionGroup::whatGoesWhileOthersAreUncheckedIsLeftAlone()
+{
+    Scene dying;
+    dying.at(ToggledAfterGroup, 0, [&] {
+        delete dying.actions[2];
+        delete dying.actions[0];
+    });
+    dying.actions[1]->toggle();
+    QCOMPARE(dying.members(), str("1"));
+    QCOMPARE(dying.takeLog(), str("0 off, 1 on"));
+    Scene leaving;
+    leaving.at(ToggledAfterGroup, 0, [&] { leaving.group->removeAction(leaving.actions[1]); });
+    leaving.actions[1]->toggle();
+    QCOMPARE(leaving.members(), str("0 2"));
+    QCOMPARE(leaving.checked(), str("1"));
+    Scene ending;
+    ending.at(ToggledAfterGroup, 0, [&] { delete ending.group; });
+    ending.actions[1]->toggle();
+    QCOMPARE(ending.takeLog(), str("0 off, 1 on"));  // not 2
+}
+
+// Of the group and its members: one by one, and all at once at each moment.
+void tst_XMLActionGroup::everyOrderOfDeaths()
+{
+    constexpr int GROUP = 3;
+    const auto kill = [](Scene &scene, int who) {
+        who == GROUP ? delete scene.group : delete scene.actions[who];
+    };
+    const std::function<void(Scene &)> triggers[] = {
+        [](Scene &scene) { scene.actions[0]->toggle(); },
+        [](Scene &scene) { scene.actions[1]->setChecked(true); },
+        [](Scene &scene) { delete scene.actions[0]; },
+    };
+    std::vector<int> order { 0, 1, 2, GROUP };
+    do {
+        for (const Moment moment : { ToggledBeforeGroup, ToggledAfterGroup, Destroyed }) {
+            for (const auto &trigger : triggers) {
+                Scene scene;
+                scene.group->addAction(scene.actions[1]);
+                scene.at(moment, 0, [&] {
+                    for (const int who : order) {
+                        kill(scene, who);
+                    }
+                });
+                trigger(scene);
+                for (const int who : order) {
+                    kill(scene, who);
+                    if (scene.group && scene.actions[1]) {
+                        scene.actions[1]->setChecked(false);
+                        scene.group->toggleAction(scene.actions[1]);
+                    }
+                }
+                QVERIFY(!scene.group);
+                QCOMPARE(scene.actions.count(nullptr), 3);
+                QVERIFY(scene.other.actions().isEmpty());
             }
-            QCOMPARE(scene.state(), str(":---"));
-        } while (std::next_permutation(deaths.begin(), deaths.end()));
-    }
+        }
+    } while (std::next_permutation(order.begin(), order.end()));
 }
 
-// Signals of others than members, and calls without any.
-void tst_XMLActionGroup::strangers()
+void tst_XMLActionGroup::onlyACheckedMemberIsRefused()
+{
+    Scene scene;
+    XMLAction outsider;
+    outsider.setActionGroup(scene.group);  // which does not make it a member
+    outsider.setChecked(true);
+    scene.actions[0]->setChecked(true);
+    for (XMLAction *action : { scene.actions[0].data(), scene.actions[1].data(), &outsider }) {
+        connect(action, SIGNAL(toggling(bool &)), scene.group, SLOT(approveToggle(bool &)));
+        bool isApproved = action == scene.actions[0];
+        Q_EMIT action->toggling(isApproved);
+        QCOMPARE(isApproved, action != scene.actions[0]);
+    }
+    bool isApproved = false;
+    scene.group->approveToggle(isApproved);  // without a sender
+    QVERIFY(isApproved);
+}
+
+void tst_XMLActionGroup::strangersAreLeftAlone()
 {
     Scene scene;
     XMLActionGroup &group = *scene.group;
-    XMLAction *const first = scene.actions[0];
     XMLAction outsider;
-    outsider.setActionGroup(&group);  // which is not to be a member
-    first->setChecked(true);
-    for (XMLAction *action : { first, scene.actions[1].data(), &outsider }) {
-        connect(action, SIGNAL(toggling(bool &)), &group, SLOT(approveToggle(bool &)));
-        bool approved = action == first;
-        Q_EMIT action->toggling(approved);
-        QCOMPARE(approved, action != first);
-    }
-    bool approved = false;
-    group.approveToggle(approved);
-    QObject other;
-    for (QObject *stranger : { static_cast<QObject *>(&outsider), &other }) {
+    outsider.setActionGroup(&group);
+    QObject object;
+    for (QObject *stranger : { static_cast<QObject *>(&outsider), &object }) {
         connect(stranger, SIGNAL(objectNameChanged(QString)), &group, SLOT(removeAction()));
         stranger->setObjectName(str("x"));
     }
-    group.removeAction();
+    group.removeAction();  // without a sender, like the next two
     group.removeAction(nullptr);
     group.updateActions();
     group.toggleAction(nullptr);
     group.toggleAction(&outsider);
-    QVERIFY(approved && !outsider.isChecked() && outsider.actionGroup() == &group);
     QVERIFY(!group.addAction(nullptr));
-    QCOMPARE(scene.state(), str("012:100"));
-    connect(first, SIGNAL(toggled(bool)), &group, SLOT(removeAction()));
-    QCOMPARE(first->actionGroup(), &group);
-    first->toggle();
-    QVERIFY(!first->actionGroup());
-    QCOMPARE(scene.state(), str("12:000"));
-    // One that dies is no action any more.
+    QVERIFY(!outsider.isChecked());
+    QCOMPARE(outsider.actionGroup(), &group);
+    QCOMPARE(scene.members(), str("0 1 2"));
+    group.removeAction(&outsider);
+    QVERIFY(!outsider.actionGroup());
+    // A member's signal, and one that dies while it is passed.
+    connect(scene.actions[0], SIGNAL(toggled(bool)), &group, SLOT(removeAction()));
+    scene.actions[0]->toggle();
+    QVERIFY(!scene.actions[0]->actionGroup());
     XMLAction *const dying = scene.actions[2];
-    connect(dying, &QObject::destroyed, &other, [&] { group.removeAction(dying); });
+    connect(dying, &QObject::destroyed, &object, [&] { group.removeAction(dying); });
     delete dying;
-    QCOMPARE(scene.state(), str("1:00-"));
+    QCOMPARE(scene.members(), str("1"));
 }
 
 // The time for a toggle grows with the members, not with their square.

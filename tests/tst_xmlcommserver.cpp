@@ -21,7 +21,7 @@ Script sample()
     s.tables = { { 8, name }, { 21, name }, { 86, name } };
     s.owners[15] = { { { 1, 8 }, "A" }, { { 2, 8 }, "B" } };
     s.owners[85] = { { { 5, 85 }, "C" }, { { 6, 85 }, "D" } };
-    s.jobs[1001] = { { { 11, 21 }, "J1" }, { { 12, 21 }, "J2", 5, "Daily", 7 } };
+    s.jobs[1001] = { { { 11, 21 }, "J1", 0, "", 7 }, { { 12, 21 }, "J2", 5, "Daily", 7 } };
     s.jobs[1002] = { { { 13, 21 }, "J3", 1, "Weekly", 3 }, { { 14, 21 }, "J4", 2, "Daily", 7 } };
     s.books[5] = { { { 51, 86 }, "B1" }, { { 52, 86 }, "B2" } };
     s.books[6] = { { { 53, 86 }, "B3" } };
@@ -75,9 +75,12 @@ struct Bridge
         }
         XMLPacket *packet = agent.getXMLPacket(-1);
         const QPointer<XMLPacket> sent(packet);
-        packet->append(request);
+        const QDomElement first = packet->append(request);
         request.setType(OUTPUTS);
-        packet->append(request);  // the first action only
+        packet->append(request);  // the first action only, which an instruction of its name is not
+        const QDomNode instruction =
+            first.ownerDocument().createProcessingInstruction(str("action"), str("x"));
+        first.parentNode().insertBefore(instruction, first);
         router->send(packet);
         runEvents();
         const XMLPacket *reply = agent.packets.value(0);

@@ -39,6 +39,7 @@ private Q_SLOTS:
     void readLists();
     void properties();
     void aPropertyEndsWithItsElement();
+    void aPropertyWithoutTextIsNotAbsent();
     void tabsAndLineEndsInAttributesAreWritten();
     void nullElements();
 };
@@ -185,6 +186,14 @@ void tst_XMLObject::aPropertyEndsWithItsElement()
 {
     const Xml page("<page><name>Cover<b>!</b></name><colour>red</colour></page>");
     QCOMPARE(O::getProperty(page.root, str("name")), str("Cover!"));
+}
+
+void tst_XMLObject::aPropertyWithoutTextIsNotAbsent()
+{
+    Xml page("<page/>");
+    O::setProperty(page.root, P, QString());
+    QVERIFY(O::hasProperty(page.root, P));
+    QVERIFY(!O::getProperty(page.root, P).isNull());
 }
 
 void tst_XMLObject::tabsAndLineEndsInAttributesAreWritten()

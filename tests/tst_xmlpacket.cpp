@@ -127,6 +127,7 @@ private Q_SLOTS:
     void items();
     void damagedPacket();
     void equality();
+    void whatTheTextShowsCounts();
     void manyAttributes();
     void aDeepTreeIsCutInACopy();
     void hashSeeds();
@@ -237,6 +238,27 @@ void tst_XMLPacket::equality()
         equal += isEqual;
     }
     QVERIFY2(equal > 1500 && equal < 4500, qPrintable(QString::number(equal)));
+}
+
+// An empty text writes nothing beside a CDATA section; an empty namespace is written, none is not.
+void tst_XMLPacket::whatTheTextShowsCounts()
+{
+    XMLPacket packets[4];
+    QDomElement elements[4];
+    for (int i = 0; i < 4; ++i) {
+        XMLMessage message;
+        elements[i] = packets[i].append(message);
+        QDomDocument document = elements[i].ownerDocument();
+        if (i == 1) {
+            elements[i].appendChild(document.createTextNode(QString()));
+        }
+        elements[i].appendChild(i < 2 ? QDomNode(document.createCDATASection(str("x")))
+                : i == 2              ? document.createElement(str("x"))
+                                      : document.createElementNS(str(""), str("x")));
+    }
+    QVERIFY(packets[0] == packets[1]);
+    QVERIFY(packets[1] == packets[0]);
+    QVERIFY(packets[2] != packets[3]);
 }
 
 // Equality with many attributes: exact, and in time that grows with them, not with their square.

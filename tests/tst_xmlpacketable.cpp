@@ -144,6 +144,8 @@ private Q_SLOTS:
     void largeText();
     void serverItems();
     void lifetime();
+    void subrecordsNameOutputsAlone();
+    void aByteOrderMarkStartsNoLine();
     void valuesCountByTagName();
     void referencesAreCompleteHere();
 };
@@ -426,6 +428,27 @@ void tst_XMLPacketable::lifetime()
         QVERIFY(packetOf(item.getNodeConst()).startsWith(str("SI 8\n1 x\nTI 0\n")));
         QVERIFY(item.getDataConst());
     }
+}
+
+void tst_XMLPacketable::subrecordsNameOutputsAlone()
+{
+    for (const Type type : { OUTPUT, SPECIMEN }) {
+        char name[] = "Press 1";
+        TQSUBRECORD output { name };
+        TextItem source(type, "");
+        source.subrecord = &output;
+        X item;
+        item.setData(source);
+        source.subrecord = nullptr;  // which it would free
+        QCOMPARE(item.getName(), type == OUTPUT ? str(name) : QString());
+    }
+}
+
+void tst_XMLPacketable::aByteOrderMarkStartsNoLine()
+{
+    X item;
+    item.setData(TextItem(OUTPUT, "\xef\xbb\xbfSI 8\n1 x\nTI 0\n"));
+    QCOMPARE(packetOf(item.getNodeConst()), str("SI 8\n1 x\nTI 0\n"));
 }
 
 // The entries of an array, also where they come from a document with namespaces.
