@@ -34,7 +34,7 @@ int run(const Command &command, const QCommandLineParser &parser)
     }
     Input input(files.value(0, STANDARD_INPUT));
     const Conversion conversion { input, parser.isSet(RAW_OPTION), !parser.isSet(NO_LIMIT_OPTION) };
-    if (!input.open()) {
+    if (!input.openFile()) {
         return conversion.fail(input.errorString());
     }
     return to == TO_XML ? convertToXml(conversion) : convertToPacket(conversion);

@@ -21,7 +21,7 @@ QString tooLarge(qint64 line)
 
 bool Input::isStandardInput() const { return m_name == QLatin1String("-"); }
 
-bool Input::open()
+bool Input::openFile()
 {
     const OpenMode mode = ReadOnly | Unbuffered;
     const bool isOpen = isStandardInput() ? m_file.open(STDIN_FILENO, mode) : m_file.open(mode);

@@ -23,7 +23,7 @@ public:
     explicit Input(const QString &file) : m_name(file), m_file(file) {}
 
     /// False when that fails; errorString() says why.
-    bool open();
+    bool openFile();
     /// What messages call it.
     QString label() const;
     /// Why reading ended before the file did; empty while it did not.
