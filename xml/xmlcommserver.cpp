@@ -46,8 +46,8 @@ struct FreeRecord
 };
 using OwnedRecord = std::unique_ptr<TQLISTRECORD, FreeRecord>;
 
-// Records of one family, joined from several queries. What is appended is walked once, and what
-// is there already not again. A list that links back to itself is cut open.
+// Records of one family, joined from several queries. Appending walks only what is new. A list
+// that links back to itself is cut open.
 class RecordList
 {
 public:
