@@ -294,6 +294,7 @@ void tst_XMLRouter::anUnknownDestinationCountsAsRemoved()
 void tst_XMLRouter::removalsAreReported()
 {
     Hub hub;
+    hub.agent(1)->onRemoved = [&](int id) { QVERIFY(!hub.router->contains(id)); };
     hub.send(1, 2, "too late");
     hub.remove(2);
     QCOMPARE(hub.takeLog(), str("1 lost 2, 3 lost 2"));
@@ -304,6 +305,7 @@ void tst_XMLRouter::removalsAreReported()
     RecordingAgent stranger(TYPE, &unused);
     hub.router->remove(&stranger);  // which was never added
     QCOMPARE(hub.takeLog(), str("1 lost 0, 3 lost 0"));
+    hub.agent(1)->onRemoved = nullptr;
     hub.router->notifyAgentRemovals(3);
     QCOMPARE(hub.takeLog(), str("1 lost 3"));
     delete hub.router;

@@ -75,8 +75,8 @@ QString takeTextRun(QDomNode &node)
     return text;
 }
 
-// Moves node behind a run of empty texts; false when that writes something, as it does where no
-// CDATA section stands beside it.
+// Moves node behind a run of texts. True when the run writes nothing: it is empty, and a CDATA
+// section stands next to it. False else.
 bool skipEmptyTexts(QDomNode &node)
 {
     const bool follows = node.previousSibling().isCDATASection();
@@ -84,7 +84,7 @@ bool skipEmptyTexts(QDomNode &node)
 }
 
 // Compares the texts that start at both nodes and moves both behind them. Adjacent text nodes are
-// written as one, so that "a", "b" is "ab"; but an empty one is not written like none.
+// written as one: "a" and "b" like "ab". An empty text is not written like an absent one.
 bool sameTexts(QDomNode &a, QDomNode &b)
 {
     if (isPlainText(a) != isPlainText(b)) {

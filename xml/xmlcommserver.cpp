@@ -46,8 +46,8 @@ struct FreeRecord
 };
 using OwnedRecord = std::unique_ptr<TQLISTRECORD, FreeRecord>;
 
-// Records of one family, joined from several queries. What is appended is walked once, and what
-// is there already not again. A list that links back to itself is cut open.
+// Records of one family, joined from several queries. Appending walks only what is new. A list
+// that links back to itself is cut open.
 class RecordList
 {
 public:
@@ -137,11 +137,11 @@ struct DeleteKeys
 
 // What one operation of the bridge asks and sends. The server library may run an event loop while
 // it is asked, in which the router may be deleted, and the bridge with it. So nothing here refers
-// to the bridge, and once the router is gone nothing more is asked.
+// to the bridge, and once the router of a listing is gone nothing more is asked.
 class Session
 {
 public:
-    Session(TQCommServer *server, XMLRouter *router)
+    explicit Session(TQCommServer *server, XMLRouter *router = nullptr)
         : m_server(server), m_router(router), m_hadRouter(router)
     {
     }
@@ -333,27 +333,27 @@ void XMLCommServer::serve(int source, XMLAction &request) const
 
 TQLISTRECORD *XMLCommServer::getDBList(PACKETDATATYPES type) const
 {
-    return Session(m_commServer, router).owners(type);
+    return Session(m_commServer).owners(type);
 }
 
 TQJOB *XMLCommServer::getTQJOBs(TQKEY_ELEMENT key) const
 {
-    return as<TQJOB>(Session(m_commServer, router).jobs(key));
+    return as<TQJOB>(Session(m_commServer).jobs(key));
 }
 
 TQJOB *XMLCommServer::getTQJOBs(const QList<TQKEY_ELEMENT *> &keys) const
 {
-    return as<TQJOB>(gatherByKeys(JOBS, Session(m_commServer, router), keys).release());
+    return as<TQJOB>(gatherByKeys(JOBS, Session(m_commServer), keys).release());
 }
 
 TQBOOK *XMLCommServer::getBooks(TQKEY_ELEMENT key) const
 {
-    return as<TQBOOK>(Session(m_commServer, router).books(key));
+    return as<TQBOOK>(Session(m_commServer).books(key));
 }
 
 TQBOOK *XMLCommServer::getBooks(const QList<TQKEY_ELEMENT *> &keys) const
 {
-    return as<TQBOOK>(gatherByKeys(BOOKS, Session(m_commServer, router), keys).release());
+    return as<TQBOOK>(gatherByKeys(BOOKS, Session(m_commServer), keys).release());
 }
 
 // The listings use nothing of the bridge once they have asked the server: it may be gone.

@@ -161,7 +161,7 @@ void XMLPacketable::Inlining::insert(
         ++m_items;
         XMLPacketable inlined;
         load(inlined, child);
-        field.appendChild(inlined.element());  // the item dies here, its element lives on
+        field.appendChild(inlined.element());  // `field` now holds the element
     }
     m_path.pop_back();
 }

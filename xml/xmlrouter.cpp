@@ -71,7 +71,7 @@ bool XMLRouter::contains(int agentID) const { return m_agents.count(agentID) > 0
 
 int XMLRouter::getAgentType(int agentID) const
 {
-    // An agent that was added twice has one id of its own, and an entry that is not under it.
+    // An agent added twice is registered under two ids but reports only the newer one.
     for (const auto &[id, agent] : m_agents) {
         if (agent->getAgentID() == agentID) {
             return agent->getAgentType();
@@ -135,8 +135,8 @@ void XMLRouter::setAgentBroker(XMLAgentBroker *broker)
 
 void XMLRouter::notifyAgentRemovals(int agentID)
 {
-    // The agents may change the registry, so each step looks up its place anew; those that are
-    // added meanwhile have not missed anybody.
+    // The agents may change the registry, so each step looks up its place again. Agents added
+    // meanwhile are not told.
     const QPointer<XMLRouter> self(this);
     const int last = m_agents.empty() ? NO_AGENT : m_agents.rbegin()->first;
     auto entry = m_agents.begin();
@@ -174,8 +174,8 @@ void XMLRouter::schedule()
 {
     QAbstractEventDispatcher *const dispatcher = QAbstractEventDispatcher::instance(thread());
     if (!dispatcher) {
-        // No timer can run yet, but what is posted now arrives once there is an event loop; unless
-        // an application comes and goes without one, which nobody is told.
+        // No timer can run yet, but what is posted now arrives once there is an event loop. It is
+        // lost where an application object comes and goes without running one.
         QMetaObject::invokeMethod(this, "send", Qt::QueuedConnection);
     } else if (!m_sendTimer->isActive() || m_dispatcher != dispatcher) {
         m_dispatcher = dispatcher;
