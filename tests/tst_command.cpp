@@ -23,7 +23,7 @@ constexpr char PREPARATION[] =
     "cp $ICC/sRGB.icc s.icc; cp $ICC/Gray.icc 'grey é.icc'; cp $ICC/ITULab.icc lab.icc;"
     "head -c 100 s.icc >half.icc; cat s.icc s.icc >more.icc; head -c 5000 lab.icc >text.db;"
     ": >empty.db; mkdir folder; mkfifo fifo;"
-    "yes 'SI 15,1 Page 12,6 12,7 2,TI 0' | head -n 100000 | tr , '\\n' >many.packet;"
+    "yes 'SI 15,1 Page 12,6 12,7 2,TI 0' | head -n 40000 | tr , '\\n' >many.packet;"
     "{ echo 'SI 15'; yes '1 a' | head -n 100000; echo 'TI 0'; } >large.packet";
 
 struct Outcome

@@ -100,7 +100,7 @@ int run(const QStringList &arguments)
     if (arguments.size() < 2 || arguments.at(1).startsWith(QLatin1Char('-'))) {
         return runWithout(arguments);
     }
-    const QString name = arguments.at(1);
+    const QString &name = arguments.at(1);
     const auto found = std::find_if(std::begin(COMMANDS), std::end(COMMANDS),
         [&name](const Command *command) { return name == QLatin1String(command->name); });
     if (found == std::end(COMMANDS)) {

@@ -47,7 +47,7 @@ QString cutByLineFeed(const QDomDocument &document, const QByteArray &text)
 }
 
 // The name of something that would not come back the same from packet text; empty for nothing.
-QString lostIn(QDomDocument document, const QByteArray &text)
+QString lostIn(const QDomDocument &document, const QByteArray &text)
 {
     XMLPacketable again;
     const QDomElement read =
