@@ -74,7 +74,7 @@ QByteArrayList books(TQCommServer &server)
 {
     TQLPCOMMANDS command;
     ZQ_MESSAGE_ID message;
-    const TQKEY_ELEMENT owner { 12, PACKETDATATYPE_BOOKOWNER };
+    const TQKEY_ELEMENT owner { 0x48000000, PACKETDATATYPE_BOOKOWNER };  // the first
     TQBOOK *first = server.getBooks(command, message, SORTTYPE_NAME, SORTORDER_ASCENDING, owner);
     auto list = reinterpret_cast<TQLISTRECORD *>(first);
     QByteArrayList names;
