@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QProcess>
 #include <QSqlDatabase>
+#include <QSqlError>
 #include <QSqlQuery>
 #include <QStandardPaths>
 #include <QTemporaryDir>
@@ -77,8 +78,10 @@ private:
     QProcess m_process;
 };
 
-/// The first column of the rows, asked of the database of a store itself.
-inline QByteArrayList sql(const QByteArray &url, const QByteArray &statement)
+/// The first column of the rows, asked of the database of a store itself, and what that says
+/// against the statement.
+inline QByteArrayList sql(
+    const QByteArray &url, const QByteArray &statement, QString *error = nullptr)
 {
     QByteArrayList values;
     {
@@ -87,8 +90,11 @@ inline QByteArrayList sql(const QByteArray &url, const QByteArray &statement)
         db.setDatabaseName(str(isFile ? url.mid(7) : url.mid(url.lastIndexOf('/') + 1)));
         db.open();
         QSqlQuery query(QString::fromUtf8(statement), db);
+        if (error) {
+            *error = query.lastError().text().trimmed();
+        }
         while (query.next()) {
-            values += query.value(0).toString().toUtf8();
+            values += query.isNull(0) ? QByteArray() : query.value(0).toString().toUtf8();
         }
     }
     QSqlDatabase::removeDatabase(str("sql"));

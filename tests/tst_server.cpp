@@ -1,17 +1,9 @@
-#include "postgres.h"
-#include "tqcommserver.h"
-#include "tqitems.h"
+// The embedded server library: packet text, items and records, and what a store delivers, which is
+// compared with what SQL reads from it.
+
+#include "stores.h"
 #include "tqregistry.h"
 #include "tqstorageclass.h"
-#include "tqstore.h"
-#include "xmlaction.h"
-#include "xmlcommserver.h"
-#include "xmlpacketable.h"
-#include "xmlrouter.h"
-
-#include <memory>
-#include <thread>
-#include <tuple>
 
 namespace {
 
@@ -21,25 +13,15 @@ constexpr PACKETDATATYPES OUTPUT = PACKETDATATYPE_OUTPUT;
 constexpr PACKETDATATYPES OWNER = PACKETDATATYPE_BOOKOWNER;
 constexpr PACKETDATATYPES PROFILE = PACKETDATATYPE_ICCPROFILE;
 constexpr PACKETDATATYPES SPECIMEN = PACKETDATATYPE_SPECIMEN;
-constexpr int OUTPUT_ID = 1073741824;  // of the first
+constexpr PACKETDATATYPES TYPE = static_cast<PACKETDATATYPES>(0x4711);  // of a test's own
 
-// What an item of the specimen type may hold, and what it may not; what is no item at all.
-const char *const GOOD[] = { "101 two  words ", "0E04 1F 0", "SL 0\nTL 0", "SL 1\nSI 6\nTI 0\nTL 0",
-    "SI 55\n1 Emma\nTI 0", "701 255", "701 -128", "504 -2147483648", "508 18446744073709551615",
-    "808 -1.5e-300", "b04 841.89", "e04 1f FF", "1004 0 ", "1004 3 1 -2 4294967295", "f08 2 1.5 -2",
-    "1601 0 ", "1601 2 é\"\r &%1 <x>\t😀", "1701 4 AAECAw==" };
-// What would not come back from XML.
-const char *const LOST[] = { "101  ", "104 \t\xc2\xa0", "1601 3 a\r\rb", "1601 2 \ra",
-    "1601 2 a\r ", "1601 1 ", "1701 0 " };
-const char *const BAD[] = { "", "101", "101 ", "ffff x", "zz x", "a01 x", "SI 63", "TL 0", "TI 1",
-    "TI 0\nTI 0", "SL 0\nSL 0\nTL 0\nTL 0", "SL 0\n101 x\nTL 0", "SL 2\nSI 6\nTI 0\nTL 0",
-    "SL 0\nSI 6\nTI 0\nTL 0", "SI 6\n101 x\nTI 0", "SI 6\nSI 6\nTI 0\nTI 0", "SI ff63\nTI 0",
-    "701 256", "701 -129", "1d04 12a", "508 18446744073709551616", "808 1,5", "808 inf", "e04 1",
-    "e04 1 2 3", "e04  ", "e04 1 100000000", "1004 0", "1004 3 1 2", "1004 1 1 2", "1004 2 1 2 ",
-    "1001 2 1 256", "1001 A 1 2 3 4 5 6 7 8 9 0", "1601 3 a\rb", "1601 1 a\rb",
-    "1701 5 AAECAw==", "1701 4 AAECAw=", "1701 4 AAE*Aw==", "1701 4 AAECAx==" };
-const char *const NO_ITEMS[] = { "", "\n", "SI 63", "SI 63\n", "SI 63\nTI 0", "SL 0\nTL 0\n",
-    "SI 15\nTI 0\n", "SI 0x63\nTI 0\n", "101 x\nSI 63\nTI 0\n", "SI 63\nTI 0\n\n" };
+// The first ids of the sample.
+constexpr unsigned FIRST_OUTPUT = 1073741824;
+constexpr unsigned FIRST_OWNER = 1207959552;
+constexpr unsigned MIDDLEMARCH = 1342177280;
+constexpr unsigned SRGB = 1476395008;
+
+QByteArray hex(unsigned number) { return QByteArray::number(number, 16); }
 
 using Item = std::unique_ptr<TQPacketable>;
 
@@ -52,68 +34,156 @@ bool fill(TQPacketable &item, const QByteArray &text)
     return item.fromPacket(exact.data(), unsigned(exact.size()), false, true);
 }
 
-TQDB_REFERENCE *references(TQPacketable &item)
+// What a specimen with these lines says.
+QByteArray specimen(const QByteArray &lines) { return "SI 63\n" + lines + "\nTI 0\n"; }
+
+// Everything that an item says: name, key and packet text.
+QByteArray described(const TQPacketable &item)
 {
-    TQDB_REFERENCE *chain = nullptr;
-    item.getReferences(0, &chain, 0);
-    return chain;
+    const QByteArray name = item.name ? item.name : "no name";
+    return name + ' ' + hex(item.dbkey.key) + ':' + hex(item.dbkey.hkey) + '\n' + packetOf(item);
 }
 
-// A connection, and what its listings hold.
-struct Client
+// The types that the references of an item ask for, in order.
+QList<unsigned> referredTypes(PACKETDATATYPES type, const QByteArray &text)
 {
-    explicit Client(const QByteArray &url) : server(url.constData()) {}
-    TQLISTRECORD *list(PACKETDATATYPES type) { return server.getDBList(command, message, type); }
-    QByteArrayList jobs(int output, int queue = TQQUEUE_ALL, int sort = SORTTYPE_NAME,
-        SORTORDER order = SORTORDER_ASCENDING)
-    {
-        const auto jobs =
-            server.getJobqueue(command, message, TQQUEUE(queue), SORTTYPE(sort), order, output);
-        auto list = reinterpret_cast<TQLISTRECORD *>(jobs);
-        QByteArrayList names;
-        for (auto record = list; record; record = record->next) {
-            names += reinterpret_cast<TQJOB *>(record)->name;
-        }
-        TQPacketFreeList(&list, JOB);
-        return names;
+    const Item item = makeItem(type);
+    QList<unsigned> types;
+    TQDB_REFERENCE *chain = nullptr;
+    fill(*item, text);
+    item->getReferences(0, &chain, 0);
+    for (; chain; chain = chain->next) {
+        types += chain->datatype;
     }
-    std::unique_ptr<ArchiveNode> archive(PACKETDATATYPES type, unsigned id)
-    {
-        return std::unique_ptr<ArchiveNode>(
-            server.getArchiveNode(command, message, type, { id, type }));
-    }
-    // True when the last query failed and says so.
-    bool failed() { return server.iserror(command) && *server.errorText(); }
+    return types;
+}
 
-    TQCommServer server;
-    TQLPCOMMANDS command;
-    ZQ_MESSAGE_ID message;
+using Records = QList<TQLISTRECORD *>;
+Records recordsOf(TQLISTRECORD *list)
+{
+    Records records;
+    for (; list; list = list->next) {
+        records += list;
+    }
+    return records;
+}
+
+// What becomes of a line of packet text when an item is filled with it.
+constexpr Case LINES[] = {
+    { "a tag in capitals", "0E04 1F 0", "kept" },
+    { "the largest unsigned byte", "701 255", "kept" },
+    { "the smallest signed byte", "701 -128", "kept" },
+    { "the largest of 8 bytes", "508 18446744073709551615", "kept" },
+    { "no integers", "1004 0 ", "kept" },
+    { "a no-break space", "104 \t\xc2\xa0", "dropped" },
+    { "an empty text between others", "1601 3 a\r\rb", "dropped" },
+    { "a blank last text", "1601 2 a\r ", "dropped" },
+    { "no bytes", "1701 0 ", "dropped" },
+    { "no value", "101", "refused" },
+    { "an empty value", "101 ", "refused" },
+    { "a code without text form", "a01 x", "refused" },
+    { "a field in a list", "SL 0\n101 x\nTL 0", "refused" },
+    { "fewer items than the list says", "SL 2\nSI 6\nTI 0\nTL 0", "refused" },
+    { "an item of an unknown type", "SI ff63\nTI 0", "refused" },
+    { "more than a byte", "701 256", "refused" },
+    { "a hexadecimal integer", "1d04 12a", "refused" },
+    { "infinity", "808 inf", "refused" },
+    { "three words of a key", "e04 1 2 3", "refused" },
+    { "more integers than counted", "1004 1 1 2", "refused" },
+    { "a blank after the last integer", "1004 2 1 2 ", "refused" },
+    { "fewer bytes than counted", "1701 5 AAECAw==", "refused" },
+    { "bits behind the last byte", "1701 4 AAECAx==", "refused" },
 };
 
-// What a request answers with, by the store itself: identifiers and names.
-struct Request
+// A stored value in the form of packet text.
+using Form = QByteArray (*)(const QByteArray &stored);
+QByteArray plain(const QByteArray &stored) { return stored; }
+QByteArray texts(const QByteArray &stored)
 {
-    int type;
-    unsigned owner;  // 0 for all
-    PACKETDATATYPES items;
+    return hex(unsigned(stored.count('\n')) + 1) + ' ' + QByteArray(stored).replace('\n', '\r');
+}
+QByteArray numbers(const QByteArray &stored)
+{
+    return hex(unsigned(stored.count(' ')) + 1) + ' ' + stored;
+}
+template<PACKETDATATYPES type>
+QByteArray key(const QByteArray &stored)
+{
+    return hex(stored.toUInt()) + ' ' + hex(type);
+}
+
+// The fields of a type: heading, and the stored value by SQL. The tags count from 1.
+struct Field
+{
+    const char *heading;
     const char *sql;
+    Form form = plain;
 };
-constexpr Request REQUESTS[] = {
-    { XMLCommServer::REQUEST_OUTPUTS, 0, OUTPUT, "id || name FROM tq_output ORDER BY name" },
-    { XMLCommServer::REQUEST_BOOKS, 1207959558, BOOK,
-        "id || name FROM tq_book WHERE owner_id = 1207959558 ORDER BY name" },
-    { XMLCommServer::REQUEST_BOOKS, 0, BOOK,
-        "b.id || b.name FROM tq_book b JOIN tq_book_owner w ON w.id = owner_id "
-        "ORDER BY w.name, b.name" },
-    { XMLCommServer::REQUEST_JOBS, 1073741826, JOB,
-        "id || name FROM tq_job WHERE output_id = 1073741826 ORDER BY name, id" },
-    { XMLCommServer::REQUEST_JOBS, 0, JOB,
-        "j.id || j.name FROM tq_job j JOIN tq_output o ON o.id = output_id "
-        "WHERE publication_id IS NULL ORDER BY o.name, j.name, j.id" },
-    { XMLCommServer::REQUEST_PUBLICATIONS, 0, JOB,
-        "j.id || p.name FROM tq_job j JOIN tq_publication p ON p.id = publication_id WHERE page = "
-        "(SELECT min(page) FROM tq_job WHERE publication_id = p.id) ORDER BY p.id" },
+struct Type
+{
+    const char *name;
+    PACKETDATATYPES type;
+    const char *table;
+    std::vector<Field> fields;
 };
+const Type TYPES[] = {
+    { "outputs", OUTPUT, "tq_output",
+        { { "Name", "name" }, { "Technology", "technology" }, { "Resolution (dpi)", "resolution" },
+            { "Width (pt)", "width" }, { "Height (pt)", "height" }, { "Colours", "colours", texts },
+            { "Rulings (lpi)", "rulings", numbers }, { "Location", "location" },
+            { "Installed", "installed" } } },
+    { "owners of books", OWNER, "tq_book_owner",
+        { { "Name", "name" }, { "City", "city" }, { "Country", "country" },
+            { "Founded", "founded" } } },
+    { "books", BOOK, "tq_book",
+        { { "Title", "name" }, { "Author", "author" }, { "Owner", "owner_id", key<OWNER> },
+            { "Pages", "pages" }, { "First published", "year" }, { "Language", "language" },
+            { "Page size (mm)", "page_size", numbers }, { "Subjects", "subjects", texts } } },
+    { "ICC profiles", PROFILE, "tq_icc_profile",
+        { { "Name", "name" }, { "File", "file" }, { "Device class", "device_class" },
+            { "Colour space", "colour_space" }, { "Version", "version" },
+            { "Size (bytes)", "size" } } },
+    { "jobs", JOB, "tq_job",
+        { { "Name", "name" }, { "Output", "(SELECT name FROM tq_output WHERE id = output_id)" },
+            { "Book", "book_id", key<BOOK> }, { "ICC profile", "profile_id", key<PROFILE> },
+            { "Publication", "(SELECT name FROM tq_publication WHERE id = publication_id)" },
+            { "Page", "page" }, { "State", "state" }, { "Priority", "priority" },
+            { "Copies", "copies" }, { "Trim box (pt)", "trim_box", numbers },
+            { "Bleed (mm)", "bleed" }, { "Colours", "colours", texts },
+            { "Coverage (%)", "coverage", numbers }, { "Options", "options" },
+            { "Created", "created" }, { "Remark", "remark" },
+            { "Proofing profile", "proof_profile" } } },
+};
+
+// Which line the first book or output has when its stored value is not as it should be; without a
+// value when there is no line.
+constexpr Case STORED_VALUES[] = {
+    { "a line feed", "tq_book SET author = ' Jane\nAusten\t'", "2 Jane Austen" },
+    { "a blank text", "tq_book SET author = ' \t'", "2" },
+    { "the largest number", "tq_book SET pages = 65535", "4 65535" },
+    { "a number that is too large", "tq_book SET pages = 65536", "4" },
+    { "empty entries of a list", "tq_book SET subjects = '\nNovel\n\n Sea \n'", "8 2 Novel\rSea" },
+    { "a list of empty entries", "tq_book SET subjects = '\n \n'", "8" },
+    { "blanks in a list of numbers", "tq_book SET page_size = ' 129.5  198 '", "7 2 129.5 198" },
+    { "words in a list of numbers", "tq_book SET page_size = '129 wide'", "7" },
+    { "nine digits", "tq_output SET width = 1234.56789", "4 1234.56789" },
+    { "a large number", "tq_output SET width = 3e+300", "4 3e+300" },
+};
+
+const ArchiveNode *find(const ArchiveNode &node, const TQDB_REFERENCE &reference)
+{
+    return node.findNode(&reference);
+}
+
+// Takes the first record off a listing, and frees the others.
+unsigned char *firstRecord(Client &client, PACKETDATATYPES type)
+{
+    TQLISTRECORD *list = client.list(type);
+    TQLISTRECORD *const first = list;
+    RemoveItemFromList(&list, first);
+    TQPacketFreeList(&list, type);
+    return reinterpret_cast<unsigned char *>(first);
+}
 
 }  // namespace
 
@@ -122,190 +192,200 @@ class tst_Server : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase_data();
-    void initTestCase();
+    void initTestCase_data() { Stores::addDatabases(); }
+    void initTestCase() { QVERIFY(m_stores.start()); }
     void init();
-    void packetText();
-    void registry();
-    void records();
-    void archiveNodes();
-    void content();
-    void requests();
-    void failures();
-    void lostConnection();
+    void aLineIsKeptDroppedOrRefused_data() { addRows(LINES); }
+    void aLineIsKeptDroppedOrRefused();
+    void whatIsNoWholeItemIsRefused();
+    void largeAndDeepItemsAreRead();
+    void typesAreRegisteredOnceAndWithGoodTags();
+    void referencesAreOfTheirFieldsTypes();
+    void anItemOwnsTheRecordThatItLoads();
+    void listsAreTakenApartAndJoined();
+    void nodesAreFoundByKeyOrByName();
+    void deepArchivesAreDestroyed();
+    void itemsHoldWhatSqlReads_data() { addRows(TYPES); }
+    void itemsHoldWhatSqlReads();
+    void storedValuesAreMadeToFit_data() { addRows(STORED_VALUES); }
+    void storedValuesAreMadeToFit();
+    void archivesHoldWhatIsReferredTo();
+    void profilesAreLoadedByKeyOrByName();
+    void queuesAndOrdersAreThoseAskedFor();
+    void namesAreOrderedByCodePoint();
+    void keysOfNothingFindNothing();
 
 private:
-    // A store with the sample, of the kind that the row of the whole test names; made when there
-    // is none.
-    QByteArray sample(const char *name) const;
-
-    QTemporaryDir m_folder;
-    PostgresServer m_postgres;
+    Stores m_stores;
+    QMap<bool, QByteArray> m_samples;
+    QByteArray m_sample;  // the current kind's; no test changes it
 };
-
-void tst_Server::initTestCase_data()
-{
-    QTest::addColumn<bool>("isPostgres");
-    QTest::newRow("SQLite") << false;
-    QTest::newRow("PostgreSQL") << true;
-}
-
-void tst_Server::initTestCase()
-{
-    QVERIFY(!m_postgres.isInstalled() || m_postgres.start());
-    // No test may make Qt warn: what goes wrong is told through the interface.
-    qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &text) {
-        std::fputs(qPrintable(text), stderr);
-        std::abort();
-    });
-}
 
 void tst_Server::init()
 {
     QFETCH_GLOBAL(bool, isPostgres);
-    if (isPostgres && !m_postgres.isInstalled()) {
-        QTest::qSkip("PostgreSQL is not installed", __FILE__, __LINE__);
+    QByteArray &made = m_samples[isPostgres];
+    if (!Stores::isSkipped(isPostgres) && made.isEmpty()) {
+        made = m_stores.sample("sample", isPostgres);
     }
+    m_sample = made;
 }
 
-QByteArray tst_Server::sample(const char *name) const
+void tst_Server::aLineIsKeptDroppedOrRefused()
 {
-    QFETCH_GLOBAL(bool, isPostgres);
-    const QByteArray url =
-        isPostgres ? m_postgres.url(name) : "sqlite:" + m_folder.filePath(str(name)).toUtf8();
-    std::string error;
-    TQCreateSampleStore(url.constData(), {}, error);
-    return url;
+    const auto &row = currentRow<Case>();
+    const QByteArray fate = row.expected;
+    const Item item = makeItem(SPECIMEN);
+    QVERIFY(fill(*item, specimen("101 before")));
+    const QByteArray text = specimen(QByteArray(row.given) + "\n102 after");
+    QCOMPARE(fill(*item, text), fate != "refused");
+    const QByteArray without = specimen(fate == "dropped" ? "102 after" : "101 before");
+    QCOMPARE(packetOf(*item), fate == "kept" ? text : without);
 }
 
-void tst_Server::packetText()
+void tst_Server::whatIsNoWholeItemIsRefused()
 {
     const Item item = makeItem(SPECIMEN);
-    const auto with = [](const QByteArray &line) { return "SI 63\n" + line + "\nTI 0\n"; };
-    QByteArrayList lines;
-    for (const char *line : GOOD) {
-        QVERIFY2(fill(*item, with(line)) && packetOf(*item) == with(line), line);
-        lines += line;
-    }
-    for (const char *line : LOST) {
-        QVERIFY2(fill(*item, with(QByteArray(line) + "\n101 x")), line);
-        QCOMPARE(packetOf(*item), with("101 x"));
-    }
-    const QByteArray one = with(lines.join('\n'));
-    const QByteArray all = with("SL 2\nSI 6\nTI 0\n" + one + "TL 0\n" + one + "102 x");
-    QVERIFY(fill(*item, all));
-    QCOMPARE(packetOf(TQPacketable(*item)), all);
-    for (int cut = 0; cut < int(all.size()); ++cut) {
-        QVERIFY(!fill(*item, all.left(cut)));
-    }
-    for (const char *line : BAD) {
-        QVERIFY2(!fill(*item, with(line)), line);
-    }
-    for (const char *text : NO_ITEMS) {
+    for (const char *text : { "SL 0\nTL 0\n", "SI 15\nTI 0\n", "101 x\nSI 63\nTI 0\n" }) {
         QVERIFY2(!fill(*item, text), text);
     }
-    QCOMPARE(packetOf(*item), all);
-    const auto nested = [](int levels) {
-        return QByteArray("SI 63\n").repeated(levels) + QByteArray("TI 0\n").repeated(levels);
-    };
-    QVERIFY(fill(*item, nested(256)) && !fill(*item, nested(257)) && !fill(*item, nested(500000)));
-    const QByteArray large = with("101 " + QByteArray(3000000, 'x') + "\n104 x") +
-        QByteArray("SL 1\nSI 15\n1 x\nTI 0\nTL 0\n").repeated(100000);
-    QVERIFY(fill(*item, large) && packetOf(*item) == large);
+    const QByteArray whole = specimen("SL 1\nSI 6\nTI 0\nTL 0\n101 x\n1601 2 a\rb");
+    for (int cut = 0; cut < int(whole.size()); ++cut) {
+        QVERIFY2(!fill(*item, whole.left(cut)), whole.left(cut).constData());
+    }
+    QCOMPARE(packetOf(*item), QByteArray("SI 63\nTI 0\n"));
 }
 
-// A data type is a table of fields.
-void tst_Server::registry()
+void tst_Server::largeAndDeepItemsAreRead()
 {
-    constexpr auto TYPE = static_cast<PACKETDATATYPES>(0x4711);
-    const TQSTORAGEFIELD fields[] = { { 9, 0x20, 1, nullptr, "Größe", OUTPUT },
-        { 14, 0x1, 4, nullptr, nullptr, BOOK } };
-    const TQSTORAGEFIELD twice[] = { fields[0], fields[0] };
-    QVERIFY(!makeItem(TYPE) && !TQGetSystemStorageClassConv(TYPE));
-    QVERIFY(!TQRegisterStorageClass(TYPE, twice, 2));
-    QVERIFY(TQRegisterStorageClass(TYPE, fields, 2) && !TQRegisterStorageClass(TYPE, fields, 2));
-    const CONVERTSTRUCTELEMENTINFO *table = TQGetSystemStorageClassConv(TYPE);
-    QVERIFY(table[0].tag == 0x20 && table[1].width == 4 && table[2].type == 0);
-    QVERIFY(TQFieldHeading(TYPE, 0x20) == QByteArray("Größe") && !TQFieldHeading(TYPE, 0x2));
-    const Item item = makeItem(TYPE);
-    QVERIFY(
-        fill(*item, "SI 4711\n1 0 56\n20 by name\n1 a 56\n1 a 56\nSI 15\n3 1 56\nTI 0\nTI 0\n"));
-    const TQDB_REFERENCE *chain = references(*item);
-    QCOMPARE(chain->name, "by name");
-    QVERIFY(!TQKEY_CC::isValid(chain->key) && chain->next->datatype == BOOK);
-    QCOMPARE(chain->next->key.key, 10U);
-    QVERIFY(
-        !chain->next->next);  // neither the null key, nor one twice, nor what lies in a nested item
-    QVERIFY(TQUnregisterStorageClass(TYPE) && !TQUnregisterStorageClass(JOB) && !makeItem(TYPE));
-    QVERIFY(makeItem(PACKETDATATYPE_UNCONVERTED));
-    QVERIFY(!TQGetSystemStorageClassConv(PACKETDATATYPE_UNCONVERTED));
+    const Item item = makeItem(SPECIMEN);
+    const QByteArray large = specimen("101 " + QByteArray(3000000, 'x') + "\n104 x") +
+        QByteArray("SL 1\nSI 15\n1 x\nTI 0\nTL 0\n").repeated(100000);
+    QVERIFY(fill(*item, large));
+    QCOMPARE(packetOf(*item), large);
+    const auto fillNested = [&item](int levels) {
+        const QByteArray starts = QByteArray("SI 63\n").repeated(levels);
+        return fill(*item, starts + QByteArray("TI 0\n").repeated(levels));
+    };
+    QVERIFY(fillNested(256));
+    QVERIFY(!fillNested(257));
+    QVERIFY(!fillNested(500000));
 }
 
-// Records leave and enter lists, and belong to the items that load them.
-void tst_Server::records()
+void tst_Server::typesAreRegisteredOnceAndWithGoodTags()
+{
+    const TQSTORAGEFIELD fields[] { { TQELEMENT_TEXT, 0x20, 1, nullptr, "Größe", BOOK },
+        { TQELEMENT_TEXT, 0x20, 1, nullptr, nullptr, BOOK },
+        { TQELEMENT_TEXT, 0x80000000, 1, nullptr, nullptr, BOOK } };
+    QVERIFY(!TQRegisterStorageClass(TYPE, fields, 2));  // twice the same tag
+    QVERIFY(!TQRegisterStorageClass(TYPE, fields + 1, 2));  // a tag of 32 bits
+    QVERIFY(!TQRegisterStorageClass(JOB, fields, 1));
+    QVERIFY(!makeItem(TYPE));
+    QVERIFY(TQRegisterStorageClass(TYPE, fields, 1));
+    QVERIFY(!TQRegisterStorageClass(TYPE, fields, 1));
+    QCOMPARE(TQGetSystemStorageClassConv(TYPE)[0].tag, 0x20U);
+    QCOMPARE(TQGetSystemStorageClassConv(TYPE)[1].type, 0U);
+    QCOMPARE(TQFieldHeading(TYPE, 0x20), "Größe");
+    QCOMPARE(TQFieldHeading(TYPE, 0x2), nullptr);
+    QVERIFY(fill(*makeItem(TYPE), "SI 4711\n20 x\nTI 0\n"));
+    QVERIFY(TQUnregisterStorageClass(TYPE));
+    QVERIFY(!makeItem(TYPE));
+    QVERIFY(!TQUnregisterStorageClass(JOB));
+    QVERIFY(makeItem(PACKETDATATYPE_UNCONVERTED));
+    QCOMPARE(TQGetSystemStorageClassConv(PACKETDATATYPE_UNCONVERTED), nullptr);
+}
+
+void tst_Server::referencesAreOfTheirFieldsTypes()
+{
+    QCOMPARE(referredTypes(BOOK, "SI 56\n3 1 55\nTI 0\n"), QList<unsigned>({ OWNER }));
+    QCOMPARE(referredTypes(JOB, "SI 15\n2 output\n3 1 56\n4 1 30\n11 profile\nTI 0\n"),
+        QList<unsigned>({ OUTPUT, BOOK, PROFILE, PROFILE }));
+    // Each once; no null keys, and nothing of items within.
+    const QByteArray within = "SI 56\n3 2 55\nTI 0\n";
+    QCOMPARE(
+        referredTypes(JOB, "SI 15\n3 1 56\n2 a\n3 0 56\n3 1 56\n2 a\n2 b\n" + within + "TI 0\n"),
+        QList<unsigned>({ BOOK, OUTPUT, OUTPUT }));
+}
+
+void tst_Server::anItemOwnsTheRecordThatItLoads()
 {
     Client client("sqlite::memory:");
-    const auto take = [&client](PACKETDATATYPES type) {
-        TQLISTRECORD *list = client.list(type);
-        TQLISTRECORD *const taken = list->next;
-        RemoveItemFromList(&list, taken);
-        RemoveItemFromList(&list, taken);  // not in the list any more
-        TQPacketFreeList(&list, type);
-        return reinterpret_cast<unsigned char *>(taken);
-    };
     const Item output = makeItem(OUTPUT);
     output->setName("stale");
-    output->loadRecord(take(PACKETDATATYPE_OUTPUTLIST));
-    QVERIFY(!output->name && output->subrecord->name && output->dbkey.hkey == OUTPUT);
-    const Item owner = makeItem(OWNER);
-    unsigned char *const record = take(OWNER);
-    owner->loadRecord(record);
-    const TQPacketable copy(*owner);
-    owner->setName("mine");
-    owner->setData(record);  // the same again
-    QCOMPARE(packetOf(*owner), packetOf(copy));
-    owner->setData(take(PACKETDATATYPE_OUTPUTLIST));  // an output is no owner of books
-    QCOMPARE(QByteArray(owner->name) + packetOf(*owner), QByteArray("mineSI 55\nTI 0\n"));
-    owner->loadRecord(nullptr);
-    QVERIFY(!owner->name && !TQKEY_CC::isValid(owner->dbkey));
-    QVERIFY(packetOf(copy).startsWith("SI 55\n1 " + QByteArray(copy.name)));  // outlives the record
+    output->loadRecord(firstRecord(client, PACKETDATATYPE_OUTPUTLIST));
+    QCOMPARE(output->name, nullptr);
+    QCOMPARE(output->subrecord->name, "Digital Press Colour");
 
-    TQLISTRECORD *list = client.list(OWNER);
-    TQLISTRECORD *const first = list;
-    TQLISTRECORD *const second = list->next;
-    RemoveItemFromList(&list, first);
-    QVERIFY(list == second && !first->next);
-    AddListList(&list, nullptr);
-    TQLISTRECORD *joined = first;
-    AddListList(&joined, list);
-    QVERIFY(joined == first && first->next == second);
-    TQPacketFreeList(&joined, OWNER);
-    RemoveItemFromList(nullptr, nullptr);
-    AddListList(nullptr, nullptr);
-    TQPacketFreeList(nullptr, JOB);
-    TQPacketFreeItem(nullptr, JOB);
-    TQJOB foreign = {};
-    QVERIFY(!joined && TQJOB_CC::pageNumber(&foreign) == 0 && TQJOB_CC::pageNumber(nullptr) == 0);
-    TQJOB_CC::trimLists(&foreign);
-    TQPacketFreeItem(&foreign.list, JOB);
+    const Item owner = makeItem(OWNER);
+    unsigned char *const record = firstRecord(client, OWNER);
+    const QByteArray olivar =
+        "Casa Editora El Olivar 48000006:55\n"
+        "SI 55\n1 Casa Editora El Olivar\n2 Sevilla\n3 España\n4 1953\nTI 0\n";
+    owner->loadRecord(record);
+    owner->setData(record);  // the same again
+    QCOMPARE(described(*owner), olivar);
+    const TQPacketable copy(*owner);
+    owner->setData(firstRecord(client, PACKETDATATYPE_OUTPUTLIST));  // no owner of books
+    QCOMPARE(described(*owner), QByteArray("Casa Editora El Olivar 0:0\nSI 55\nTI 0\n"));
+    owner->loadRecord(nullptr);
+    QCOMPARE(described(*owner), QByteArray("no name 0:0\nSI 55\nTI 0\n"));
+    QCOMPARE(described(copy), olivar);
 }
 
-void tst_Server::archiveNodes()
+void tst_Server::listsAreTakenApartAndJoined()
+{
+    TQLISTRECORD *list = Client("sqlite::memory:").list(OWNER);
+    const Records all = recordsOf(list);
+    QCOMPARE(all.size(), 7);
+    RemoveItemFromList(&list, all[1]);
+    RemoveItemFromList(&list, all[1]);  // not in the list any more
+    RemoveItemFromList(&list, all[0]);
+    QCOMPARE(recordsOf(all[1]), Records({ all[1] }));
+    QCOMPARE(recordsOf(list), all.mid(2));
+    TQLISTRECORD *joined = nullptr;
+    AddListList(&joined, all[0]);
+    AddListList(&joined, all[1]);
+    AddListList(&joined, list);
+    AddListList(&joined, nullptr);
+    QCOMPARE(recordsOf(joined), all);
+    TQPacketFreeList(&joined, OWNER);
+    QCOMPARE(joined, nullptr);
+
+    TQJOB foreign = {};
+    TQJOB_CC::trimLists(&foreign);
+    TQPacketFreeItem(&foreign.list, JOB);
+    QCOMPARE(TQJOB_CC::pageNumber(&foreign), 0);
+}
+
+void tst_Server::nodesAreFoundByKeyOrByName()
 {
     ArchiveNode root;
-    for (const PACKETDATATYPES type : { PROFILE, JOB, BOOK }) {
+    const auto add = [&root](PACKETDATATYPES type, const TQKEY_ELEMENT &dbkey) {
         const auto node = new ArchiveNode(new TQPacketable(type));
         node->packetable->setName("same");
-        node->packetable->dbkey = type == BOOK ? TQKEY_ELEMENT { 7, BOOK } : TQKEY_CC::getNullKey();
+        node->packetable->dbkey = dbkey;
         root.add(node);
-    }
+        return node;
+    };
     root.add(nullptr);
-    TQDB_REFERENCE reference = { nullptr, JOB, TQKEY_CC::getNullKey(), "same" };
-    QCOMPARE(root.findNode(&reference)->packetable->datatype, JOB);
-    reference = { nullptr, PACKETDATATYPE_NONE, { 7, BOOK }, "other" };
-    QCOMPARE(root.findNode(&reference)->packetable->datatype, BOOK);
-    reference.datatype = JOB;
-    QVERIFY(!root.findNode(&reference) && !root.findNode(nullptr));
+    QCOMPARE(root.findNode(nullptr), nullptr);
+    add(PROFILE, {});
+    const ArchiveNode *job = add(JOB, {});
+    const ArchiveNode *book = add(BOOK, { 7, BOOK });
+    const ArchiveNode *swapped = add(BOOK, { BOOK, 7 });
+    const ArchiveNode *large = add(BOOK, { 7, 0x10000 + BOOK });
+    QCOMPARE(find(root, { nullptr, JOB, {}, "same" }), job);
+    QCOMPARE(find(root, { nullptr, PACKETDATATYPE_NONE, { 7, BOOK }, "other" }), book);
+    QCOMPARE(find(root, { nullptr, BOOK, { BOOK, 7 }, nullptr }), swapped);
+    QCOMPARE(find(root, { nullptr, BOOK, { 7, 0x10000 + BOOK }, nullptr }), large);
+    QCOMPARE(find(root, { nullptr, JOB, { 7, BOOK }, nullptr }), nullptr);
+    const ArchiveNode *late = add(OWNER, {});
+    QCOMPARE(find(root, { nullptr, OWNER, {}, "same" }), late);
+}
+
+void tst_Server::deepArchivesAreDestroyed()
+{
+    ArchiveNode root;
     ArchiveNode *deepest = &root;
     for (int i = 0; i < 200000; ++i) {
         const auto child = new ArchiveNode;
@@ -314,157 +394,141 @@ void tst_Server::archiveNodes()
     }
 }
 
-// Every item there is, the same in every kind of store.
-void tst_Server::content()
+void tst_Server::itemsHoldWhatSqlReads()
 {
-    Client client(sample("sample"));
-    Client memory("sqlite::memory:");
-    QByteArrayList all = sql(sample("sample"), "SELECT id FROM tq_publication");
-    const std::tuple<PACKETDATATYPES, const char *, int> tables[] = { { OUTPUT, "tq_output", 4 },
-        { OWNER, "tq_book_owner", 4 }, { BOOK, "tq_book", 60 }, { JOB, "tq_job", 500 },
-        { PROFILE, "tq_icc_profile WHERE size > 0", 6 } };
-    for (const auto &[type, rows, minimum] : tables) {
-        const QByteArrayList ids = sql(sample("sample"), QByteArray("SELECT id FROM ") + rows);
-        QVERIFY(ids.size() >= minimum);
-        for (const QByteArray &id : ids) {
-            const auto node = client.archive(type, id.toUInt());
-            const auto same = memory.archive(type, id.toUInt());
-            QVERIFY(node && same && node->packetable->name);
-            QCOMPARE(packetOf(*node->packetable), packetOf(*same->packetable));
-            QVERIFY(packetOf(*node->packetable).count('\n') > 5);
-        }
-        all += ids;
-    }
-    QCOMPARE(QSet<QByteArray>(all.begin(), all.end()).size(), all.size());
-    QVERIFY(!client.archive(JOB, 999999) && !client.failed() && !client.archive(SPECIMEN, 1));
-    QVERIFY(!client.archive(BOOK, all.last().toUInt()));
-
-    // The bytes of a profile come when they are loaded, from the store that it belongs to.
-    std::string host = client.server.getConnectedHostname();
-    const auto port = static_cast<unsigned short>(client.server.getConnectedPortnum());
-    QVERIFY(port > 0 && memory.server.getConnectedPortnum() != port);
-    const QByteArray id =
-        sql(sample("sample"), "SELECT id FROM tq_icc_profile WHERE name = 'sRGB'").value(0);
-    QVERIFY(!packetOf(*client.archive(PROFILE, id.toUInt())->packetable).contains("\n7 "));
-    ICCPROFILEDATA_CC profile;
-    profile.dbkey = { id.toUInt(), PROFILE };
-    profile.load(host, 65535);
-    QCOMPARE(packetOf(profile), QByteArray("SI 30\nTI 0\n"));
-    const QByteArray rest = "6 9\nSL 1\nSI 30\n7 1 AQ==\nTI 0\nTL 0\nTI 0\n";
-    QVERIFY(fill(profile, "SI 30\n1 sRGB\n7 1 AA==\n" + rest));
-    profile.dbkey = TQKEY_CC::getNullKey();  // one that is known by its name
-    profile.setName("sRGB");
-    profile.load(host, port);
-    QFile file(str("/usr/share/color/icc/sRGB.icc"));
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    const QByteArray bytes = QByteArray::number(file.size(), 16) + ' ' + file.readAll().toBase64();
-    QCOMPARE(packetOf(profile), "SI 30\n1 sRGB\n7 " + bytes + '\n' + rest);
-}
-
-// The whole road: from a request packet to items that are the store's.
-void tst_Server::requests()
-{
-    Client client(sample("sample"));
-    for (const Request &row : REQUESTS) {
-        XMLAction request(str("list"), row.type, 1);
-        TQKEY_ELEMENT key { row.owner, row.items == BOOK ? OWNER : OUTPUT };
-        if (row.owner > 0) {
-            request.setTQKEYList({ &key });
-            request.setExcludePublications(false);
-        }
-        QStringList log;
-        RecordingAgent agent(1, &log);
-        XMLRouter router(&client.server, nullptr, "road");
-        router.add(&agent);
-        XMLPacket *packet = agent.getXMLPacket(router.getXMLCommServerID());
-        packet->append(request);
-        router.send(packet);
-        runEvents();
-        std::list<QDomNode> nodes;
-        agent.packets.at(0)->getNodesOfType(XMLObject::XMLOBJECT_PACKETABLE, nodes);
-        QByteArrayList listed;
-        for (const QDomNode &node : nodes) {
-            XMLPacketable item;
-            item.setNode(node.toElement());
-            const unsigned id = item.getDBkey().key;
-            const QByteArray stored = packetOf(*client.archive(row.items, id)->packetable);
-            QCOMPARE(item.toPacket(item.getNodeConst()).toUtf8(), stored);
-            QCOMPARE(packetOf(*Item(item.getData())), stored);
-            listed += QByteArray::number(id) + item.getName().toUtf8();
-        }
-        QVERIFY(listed.size() > 2);
-        QCOMPARE(listed, sql(sample("sample"), QByteArray("SELECT ") + row.sql));
-    }
-    const auto asked = [this](const char *rest) {
-        return sql(sample("sample"),
-            QByteArray("SELECT name FROM tq_job WHERE output_id = 1073741824 ") + rest);
+    const auto &row = currentRow<Type>();
+    const auto column = [&](const char *value) {
+        const QByteArray query = QByteArray("SELECT ") + value + " FROM " + row.table;
+        return sql(m_sample, query + " ORDER BY id");
     };
-    QVERIFY(client.jobs(OUTPUT_ID).size() > 50);
-    QCOMPARE(client.jobs(OUTPUT_ID), asked("ORDER BY name, id"));
-    QCOMPARE(client.jobs(OUTPUT_ID, 2), asked("AND state = 2 ORDER BY name, id"));
-    QCOMPARE(client.jobs(OUTPUT_ID, TQQUEUE_ALL, SORTTYPE_NAME, SORTORDER_DESCENDING),
-        asked("ORDER BY name DESC, id DESC"));
-    QCOMPARE(client.jobs(OUTPUT_ID, TQQUEUE_ALL, 0), asked("ORDER BY id"));
-    const unsigned last = client.message.id;
-    QVERIFY(!client.list(JOB) && !client.failed() && client.message.id > last);
-    QVERIFY(client.jobs(0).isEmpty() && !client.failed());
-    QCOMPARE(client.server.getidfromtqkey({ 7, 4711 }), 0);
-    QCOMPARE(client.server.getidfromtqkey({ 0x80000000, JOB }), 0);
-}
-
-// A failed query says so, and the connection recovers; one to what is no store answers every call.
-void tst_Server::failures()
-{
-    Client client(sample("failing"));
-    sql(sample("failing"), "ALTER TABLE tq_job RENAME TO gone");
-    for (int i = 0; i < 2; ++i) {
-        QVERIFY(client.jobs(OUTPUT_ID).isEmpty() && client.failed());
-        QVERIFY(QByteArray(client.server.errorText()).contains("tq_job"));
+    const QByteArrayList ids = column("id");
+    QByteArrayList stored = column("name");
+    for (int i = 0; i < int(ids.size()); ++i) {
+        const QByteArray type = hex(row.type);
+        stored[i] += ' ' + hex(ids[i].toUInt()) + ':' + type + "\nSI " + type + '\n';
     }
-    sql(sample("failing"), "ALTER TABLE gone RENAME TO tq_job");
-    QVERIFY(!client.jobs(OUTPUT_ID).isEmpty());
-    QVERIFY(!client.server.iserror(client.command));
-    const auto stop = [](size_t, size_t) { return false; };
-    std::string error;
-    QVERIFY(!TQImportProfiles(
-        sample("failing").constData(), { "/usr/share/color/icc/CineLogCurve.icc" }, stop, error));
-    QCOMPARE(error, std::string("interrupted"));
-    const QByteArray imported = "SELECT 1 FROM tq_icc_profile WHERE name = 'CineLogCurve'";
-    QVERIFY(sql(sample("failing"), imported).isEmpty());
-    for (const char *url : { "", "mysql:x", "sqlite:/no/a.db", "postgresql://me@127.0.0.1:1/x" }) {
-        Client none(url);
-        QVERIFY(*none.server.errorText() && none.server.getConnectedPortnum() == 0);
-        QVERIFY(!none.server.getConnectedHostname());
-        QVERIFY(none.jobs(OUTPUT_ID).isEmpty() && none.failed());
-        QVERIFY(!none.archive(JOB, 300) && none.failed());
+    for (unsigned tag = 1; tag <= row.fields.size(); ++tag) {
+        const Field &field = row.fields[tag - 1];
+        const QByteArrayList values = column(field.sql);
+        for (int i = 0; i < int(values.size()); ++i) {
+            const bool isNull = values[i].isEmpty();
+            stored[i] += isNull ? QByteArray() : hex(tag) + ' ' + field.form(values[i]) + '\n';
+        }
+        QCOMPARE(TQFieldHeading(row.type, tag), field.heading);
+    }
+    Client client(m_sample);
+    QVERIFY(ids.size() > 4);
+    for (int i = 0; i < int(ids.size()); ++i) {
+        const auto node = client.archive(row.type, ids[i].toUInt());
+        QCOMPARE(described(*node->packetable), stored[i] + "TI 0\n");
     }
 }
 
-// The server dies among the rows of a listing.
-void tst_Server::lostConnection()
+void tst_Server::storedValuesAreMadeToFit()
 {
     QFETCH_GLOBAL(bool, isPostgres);
-    if (!isPostgres) {
-        return;  // no server to lose
+    const auto &row = currentRow<Case>();
+    const QByteArray store = m_stores.sample("values", isPostgres);
+    sql(store, QByteArray("UPDATE ") + row.given);
+    Client client(store);
+    const bool isBook = QByteArray(row.given).startsWith("tq_book");
+    const QByteArray text =
+        isBook ? client.item(BOOK, MIDDLEMARCH) : client.item(OUTPUT, FIRST_OUTPUT);
+    const QByteArray tag = QByteArray(row.expected).split(' ').first();
+    const int at = int(text.indexOf('\n' + tag + ' ')) + 1;
+    QVERIFY(text.startsWith("SI "));
+    QCOMPARE(at == 0 ? tag : text.mid(at).split('\n').first(), QByteArray(row.expected));
+}
+
+void tst_Server::archivesHoldWhatIsReferredTo()
+{
+    const QByteArray job =
+        sql(m_sample, "SELECT id FROM tq_job WHERE name = 'Middlemarch p. 12'").value(0);
+    const auto archive = Client(m_sample).archive(JOB, job.toUInt());
+    const ArchiveNode *book = find(*archive, { nullptr, BOOK, { MIDDLEMARCH, BOOK }, nullptr });
+    QVERIFY(book);
+    QVERIFY(find(*book, { nullptr, OWNER, { FIRST_OWNER, OWNER }, nullptr }));
+    const ArchiveNode *output = find(*archive, { nullptr, OUTPUT, {}, "Digital Press Colour" });
+    QVERIFY(output);
+    QCOMPARE(output->packetable->dbkey.key, 0U);  // it is known by its name alone
+}
+
+void tst_Server::profilesAreLoadedByKeyOrByName()
+{
+    Client client(m_sample);
+    QFile file(str("/usr/share/color/icc/sRGB.icc"));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QByteArray bytes = "\n7 1b0a " + file.readAll().toBase64() + '\n';
+    QVERIFY(client.profile(SRGB).contains(bytes));
+    QVERIFY(!client.item(PROFILE, SRGB).contains("\n7 "));  // until they are asked for
+    const QByteArray rest = "6 9\nSL 1\nSI 30\n7 1 AQ==\nTI 0\nTL 0\nTI 0\n";
+    ICCPROFILEDATA_CC profile;
+    QVERIFY(fill(profile, "SI 30\n1 mine\n7 1 AA==\n" + rest));
+    QVERIFY(!client.loaded(profile).contains(bytes));
+    profile.setName("sRGB");
+    profile.dbkey = { SRGB, BOOK };
+    QVERIFY(!client.loaded(profile).contains(bytes));
+    profile.dbkey = {};
+    QCOMPARE(client.loaded(profile), "SI 30\n1 mine" + bytes + rest);
+    QCOMPARE(client.server.failures(), 0U);
+}
+
+void tst_Server::queuesAndOrdersAreThoseAskedFor()
+{
+    QFETCH_GLOBAL(bool, isPostgres);
+    constexpr int AGE = 0;
+    const QByteArray store = m_stores.sample("queues", isPostgres);
+    sql(store, "UPDATE tq_job SET page = id, name = id % 3");  // the page tells them apart
+    const auto stored = [&store](const QByteArray &rest) {
+        return sql(store,
+            "SELECT page || ' ' || coalesce(p.id, 0) || ' ' || coalesce(p.name, 'none') FROM "
+            "tq_job j "
+            "LEFT JOIN tq_publication p ON p.id = publication_id WHERE output_id = 1073741824" +
+                rest);
+    };
+    Client client(store);
+    const auto listed = [&client](int queue, int sort, SORTORDER order) {
+        return client.pagesOf("1073741824", queue, sort, order);
+    };
+    QVERIFY(stored("").size() > 50);
+    QCOMPARE(
+        listed(TQQUEUE_ALL, SORTTYPE_NAME, SORTORDER_ASCENDING), stored(" ORDER BY j.name, j.id"));
+    QCOMPARE(listed(TQQUEUE_ALL, SORTTYPE_NAME, SORTORDER_DESCENDING),
+        stored(" ORDER BY j.name DESC, j.id DESC"));
+    QCOMPARE(listed(TQQUEUE_ALL, AGE, SORTORDER_ASCENDING), stored(" ORDER BY j.id"));
+    QCOMPARE(listed(TQQUEUE_ALL, AGE, SORTORDER_DESCENDING), stored(" ORDER BY j.id DESC"));
+    QCOMPARE(listed(1, AGE, SORTORDER_ASCENDING), stored(" AND state = 1 ORDER BY j.id"));
+}
+
+// Whatever order the database has by default.
+void tst_Server::namesAreOrderedByCodePoint()
+{
+    QFETCH_GLOBAL(bool, isPostgres);
+    if (isPostgres) {
+        sql(m_stores.url("postgres", true),
+            "CREATE DATABASE dictionary TEMPLATE template0 LOCALE_PROVIDER icu ICU_LOCALE 'en'");
     }
-    const QByteArray url = sample("lost");
-    Client client(url);
-    sql(url,
-        "INSERT INTO tq_job (id, output_id, name, page, state, remark) "
-        "SELECT 9999 + n, 1073741824, n, 1, 0, repeat('x', 20000) FROM generate_series(1, 5000) n");
-    std::thread killer([this, &url] {
-        const QByteArray sending =
-            "SELECT 1 FROM pg_stat_activity WHERE wait_event = 'ClientWrite'";
-        for (int i = 0; i < 1000 && sql(url, sending).isEmpty(); ++i) {}
-        m_postgres.stop();
-    });
-    const QByteArrayList cut = client.jobs(OUTPUT_ID);
-    killer.join();
-    QVERIFY(cut.isEmpty() && client.failed());
-    QVERIFY(!client.list(PACKETDATATYPE_OUTPUTLIST) && client.failed());
-    QVERIFY(!QByteArray(client.server.errorText()).contains('\n'));
-    QVERIFY(m_postgres.start());
-    QVERIFY(client.jobs(OUTPUT_ID).size() > 5000 && !client.failed());
+    const QByteArray store = m_stores.sample("dictionary", isPostgres);
+    sql(store, "INSERT INTO tq_book_owner (id, name) VALUES (1300000000, 'x')");
+    for (const char *book : { "(1400000000, 1300000000, 'b')", "(1400000001, 1300000000, 'ä')",
+             "(1400000002, 1300000000, 'C')" }) {
+        sql(store, QByteArray("INSERT INTO tq_book (id, owner_id, name) VALUES ") + book);
+    }
+    QCOMPARE(Client(store).booksOf({ 1300000000, OWNER }), QByteArrayList({ "C", "b", "ä" }));
+}
+
+void tst_Server::keysOfNothingFindNothing()
+{
+    Client client(m_sample);
+    QVERIFY(!client.archive(JOB, 999999));
+    QVERIFY(!client.archive(BOOK, 1));
+    QVERIFY(!client.archive(SPECIMEN, 1));
+    QVERIFY(!client.list(JOB));
+    QCOMPARE(client.jobsOf("0"), QByteArrayList());
+    QCOMPARE(client.booksOf({ FIRST_OWNER, JOB }), QByteArrayList());
+    QCOMPARE(client.server.getidfromtqkey({ 7, 4711 }), 0);
+    QCOMPARE(client.server.getidfromtqkey({ 0x80000000, JOB }), 0);
+    QCOMPARE(client.server.failures(), 0U);
 }
 
 QTEST_GUILESS_MAIN(tst_Server)
