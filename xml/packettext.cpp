@@ -134,7 +134,7 @@ Bracket bracketOf(QStringView tag)
 }
 
 // Reads lines into the elements that they open. Items and lists may be nested without end: those
-// below MAX_NESTING are read like all others, but build nothing.
+// below TQMAX_NESTING are read like all others, but build nothing.
 template<typename Lines>
 class Reader
 {
@@ -234,7 +234,7 @@ private:
         std::shared_ptr<const FieldTable> fields)
     {
         QDomElement e;
-        if (!level.element.isNull() && m_levels.size() <= size_t(MAX_NESTING)) {
+        if (!level.element.isNull() && m_levels.size() <= size_t(TQMAX_NESTING)) {
             e = makeElement(m_document, name, attribute, value);
             level.element.appendChild(e);
         }
@@ -305,7 +305,7 @@ void writeBracket(PacketText &out, const QString &word, QStringView value)
 // Writes an item or list with all below.
 void writeBlock(PacketText &out, const QDomElement &e, bool isItem, int level)
 {
-    if (level > MAX_NESTING) {
+    if (level > TQMAX_NESTING) {
         return;
     }
     if (isItem) {
