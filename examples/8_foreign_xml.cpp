@@ -6,7 +6,6 @@
 #include <xmlpacketable.h>
 
 //! [check]
-constexpr int MAX_DEPTH = 256;  // conversions follow no deeper
 
 bool breaksLine(const QString &text)
 {
@@ -22,7 +21,7 @@ bool isSafe(const QByteArray &text)
     while (!xml.atEnd()) {
         xml.readNext();
         depth += int(xml.isStartElement()) - int(xml.isEndElement());
-        if (xml.isDTD() || depth > MAX_DEPTH ||
+        if (xml.isDTD() || depth > TQMAX_NESTING ||
             (xml.isCharacters() && !xml.isWhitespace() && breaksLine(xml.text().toString()))) {
             return false;
         }

@@ -10,8 +10,6 @@
 
 namespace {
 
-constexpr int NESTING = 256;  // levels that are followed
-
 struct FreeBuffer
 {
     void operator()(char *buffer) const { TQ_free(buffer); }
@@ -35,7 +33,7 @@ bool standsAlone(const QString &line) { return line.trimmed().contains(QLatin1Ch
 void checkItemRoot(QStringList lines, const XMLPacketable &expected)
 {
     const QString first = lines.isEmpty() ? QString() : lines.first().trimmed();
-    if (!first.startsWith(QLatin1String("SI ")) || lines.size() >= NESTING) {
+    if (!first.startsWith(QLatin1String("SI ")) || lines.size() >= TQMAX_NESTING) {
         return;
     }
     XMLPacketable owner;

@@ -18,8 +18,8 @@ class TQPacketable;
 ///
 /// Fields are elements named "_" and the data tag in hexadecimal; lists are "list" elements that
 /// hold further items. All numbers that are written here are lower-case hexadecimal. Conversions
-/// follow items and lists to 256 levels and leave out what lies deeper, like everything that has
-/// no counterpart on the other side.
+/// follow items and lists to ::TQMAX_NESTING levels and leave out what lies deeper, like everything
+/// that has no counterpart on the other side.
 ///
 /// The object caches the server item built from its element; see getDataConst().
 class TQXML_EXPORT XMLPacketable : public XMLObject

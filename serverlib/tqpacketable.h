@@ -67,7 +67,9 @@
 /// - **Items in items** have types with a conversion table. One that has none (type 6) is written
 ///   as its "SI" line with the "TI" line right after it: libtqxml takes the line after "SI" for the
 ///   end, whatever it is.
-/// - **Depth.** libtqxml follows 256 levels of items and lists, and leaves out what lies deeper.
+/// - **Depth.** libtqxml follows ::TQMAX_NESTING levels of items and lists, and leaves out what
+/// lies
+///   deeper.
 ///   Refuse what is too deep for you.
 /// - **Several blocks.** As a rule, the text of an item is one block: from its own "SI" line to the
 ///   "TI" line that belongs to it. But an XMLPacketable may hold more items and lists next to its

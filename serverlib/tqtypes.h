@@ -70,6 +70,10 @@ enum PACKETDATATYPES : unsigned int {
     PACKETDATATYPE_BOOK = 86  ///< item of a book, BOOK_CC; loads a ::TQBOOK record
 };
 
+/// Levels of items and lists that libtqxml follows, one inside the other, in packet text and in
+/// XML.
+constexpr int TQMAX_NESTING = 256;
+
 /// A job queue of the server.
 enum TQQUEUE : int { TQQUEUE_ALL = 3 };
 

@@ -1,15 +1,15 @@
 #ifndef DOMTREE_P_H
 #define DOMTREE_P_H
 
+#include "tqtypes.h"
+
 #include <QDomDocument>
 
 // Walks over DOM trees that come from outside and may nest without end: none of them recurses.
 
-// Levels of items and lists that conversions follow, in either direction.
-constexpr int MAX_NESTING = 256;
 // Levels below a node that are copied and written. QtXml itself recurses there, and its writer
 // needs 2 KB of stack for each.
-constexpr int MAX_TREE_DEPTH = MAX_NESTING + 128;
+constexpr int MAX_TREE_DEPTH = TQMAX_NESTING + 128;
 
 // The node itself, or, when the tree below it is deeper than MAX_TREE_DEPTH, a copy down to there.
 QDomNode withinDepth(const QDomNode &node);

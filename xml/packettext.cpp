@@ -1,7 +1,6 @@
 #include "packettext_p.h"
 
 #include "domtree_p.h"
-#include "fieldbuilders_p.h"
 #include "qtcompat_p.h"
 #include "text_p.h"
 #include "xmlpacketable.h"
@@ -10,14 +9,22 @@
 
 #include <algorithm>
 #include <cstring>
-#include <iterator>
 #include <vector>
+
+// Packet text, one line after the other; each ends with a line feed:
+//
+//   SI type     opens an item of that data type
+//   TI 0        closes it
+//   SL size     opens a list of that many items
+//   TL 0        closes it
+//   tag value   a field of the open item; its shape says what the value is, see fields.cpp
+//
+// Numbers are hexadecimal. The reader is lenient: it skips what it cannot convert and goes on. A
+// line without a blank is cut where the line before it was. The public headers of the server
+// library say what a writer must keep to.
 
 namespace {
 
-constexpr char16_t LINE_FEED = u'\n';
-constexpr char16_t BLANK = u' ';
-constexpr char16_t STRING_SEPARATOR = u'\r';
 const QString END_VALUE = QStringLiteral("0");  // what the lines that close a block carry
 
 // Hands out the lines of a UTF-8 text; empty ones do not count. A line is valid until the next.
@@ -134,7 +141,7 @@ Bracket bracketOf(QStringView tag)
 }
 
 // Reads lines into the elements that they open. Items and lists may be nested without end: those
-// below MAX_NESTING are read like all others, but build nothing.
+// below TQMAX_NESTING are read like all others, but build nothing.
 template<typename Lines>
 class Reader
 {
@@ -210,8 +217,8 @@ private:
             return;
         }
         const FieldTable::Field *field = level.fields->find(number);
-        if (field && field->shape != NoShape) {
-            buildField(field->shape, m_document, level.element, field->name, value);
+        if (field) {
+            ::readField(field->shape, m_document, level.element, field->name, value);
         }
     }
 
@@ -234,7 +241,7 @@ private:
         std::shared_ptr<const FieldTable> fields)
     {
         QDomElement e;
-        if (!level.element.isNull() && m_levels.size() <= size_t(MAX_NESTING)) {
+        if (!level.element.isNull() && m_levels.size() <= size_t(TQMAX_NESTING)) {
             e = makeElement(m_document, name, attribute, value);
             level.element.appendChild(e);
         }
@@ -248,43 +255,6 @@ private:
 
 QStringView tagOf(const QString &elementName) { return QStringView(elementName).mid(1); }
 
-void startLine(PacketText &out, QStringView tag)
-{
-    append(out, tag);
-    out += BLANK;
-}
-
-void writeArray(PacketText &out, QStringView tag, const QDomElement &e, char16_t separator)
-{
-    startLine(out, tag);
-    const size_t countAt = out.size();
-    qint64 count = 0;
-    for (QDomNode node = e.firstChild(); !node.isNull(); node = node.nextSibling()) {
-        if (node.toElement().tagName() == XMLPacketable::VALUE) {
-            out += count++ == 0 ? BLANK : separator;
-            append(out, textBelow(node));
-        }
-    }
-    if (count == 0) {
-        out += BLANK;
-    }
-    const QString size = numberText(count, 16);
-    out.insert(countAt, QStringView(size).utf16(), size_t(size.size()));
-    out += LINE_FEED;
-}
-
-// By shape; a field that has none has no line.
-using Writer = void (*)(PacketText &out, QStringView tag, const QDomElement &e);
-constexpr Writer WRITERS[] = {
-    nullptr,
-    writeSimple,
-    writeKey,
-    writeNumberArray,
-    writeStringArray,
-    writeBinary,
-};
-static_assert(std::size(WRITERS) == Binary + 1, "one writer for each shape");
-
 // The fields of an "item" element whose "datatype" attribute has that text.
 std::shared_ptr<const FieldTable> fieldsOfType(const QString &text)
 {
@@ -293,19 +263,20 @@ std::shared_ptr<const FieldTable> fieldsOfType(const QString &text)
     return FieldTable::of(datatype);
 }
 
-void writeContent(PacketText &out, const QDomNode &parent, const FieldTable *fields, int level);
+void writeContent(LineBuffer &out, const QDomNode &parent, const FieldTable *fields, int level);
 
-void writeBracket(PacketText &out, const QString &word, QStringView value)
+void writeBracket(LineBuffer &out, const QString &word, QStringView value)
 {
-    startLine(out, word);
+    append(out, word);
+    out += BLANK;
     append(out, value);
     out += LINE_FEED;
 }
 
 // Writes an item or list with all below.
-void writeBlock(PacketText &out, const QDomElement &e, bool isItem, int level)
+void writeBlock(LineBuffer &out, const QDomElement &e, bool isItem, int level)
 {
-    if (level > MAX_NESTING) {
+    if (level > TQMAX_NESTING) {
         return;
     }
     if (isItem) {
@@ -323,17 +294,17 @@ void writeBlock(PacketText &out, const QDomElement &e, bool isItem, int level)
 }
 
 void writeField(
-    PacketText &out, const QDomNode &node, const QString &name, const FieldTable &fields)
+    LineBuffer &out, const QDomNode &node, const QString &name, const FieldTable &fields)
 {
     unsigned int number = 0;
     const QStringView tag = tagOf(name);
     const FieldTable::Field *field = readNumber(tag, 16, number) ? fields.find(number) : nullptr;
-    if (field && field->shape != NoShape) {
-        WRITERS[field->shape](out, tag, node.toElement());
+    if (field) {
+        writeField(out, field->shape, tag, node.toElement());
     }
 }
 
-void writeContent(PacketText &out, const QDomNode &parent, const FieldTable *fields, int level)
+void writeContent(LineBuffer &out, const QDomNode &parent, const FieldTable *fields, int level)
 {
     for (QDomNode node = parent.firstChild(); !node.isNull(); node = node.nextSibling()) {
         if (!node.isElement()) {
@@ -371,49 +342,11 @@ unsigned int readPacketLines(QDomElement &parent, const QStringList &lines, unsi
     return source.index() - 1 + (terminated ? 0 : unsigned(reader.openLevels()));
 }
 
-void writePacketText(PacketText &out, const QDomElement &e)
+void writePacketText(LineBuffer &out, const QDomElement &e)
 {
     if (e.tagName() != XMLPacketable::ITEM) {
         writeContent(out, e, nullptr, 0);
     } else if (const auto fields = fieldsOfType(e.attribute(XMLPacketable::DATATYPE))) {
         writeContent(out, e, fields.get(), 0);
     }
-}
-
-void writeSimple(PacketText &out, QStringView tag, const QDomElement &e)
-{
-    const QString value = e.attribute(XMLPacketable::VALUE);
-    if (!value.isEmpty()) {
-        startLine(out, tag);
-        append(out, value);
-        out += LINE_FEED;
-    }
-}
-
-void writeKey(PacketText &out, QStringView tag, const QDomElement &e)
-{
-    startLine(out, tag);
-    append(out, e.attribute(XMLPacketable::KEY));
-    out += BLANK;
-    append(out, e.attribute(XMLPacketable::HKEY));
-    out += LINE_FEED;
-}
-
-void writeNumberArray(PacketText &out, QStringView tag, const QDomElement &e)
-{
-    writeArray(out, tag, e, BLANK);
-}
-
-void writeStringArray(PacketText &out, QStringView tag, const QDomElement &e)
-{
-    writeArray(out, tag, e, STRING_SEPARATOR);
-}
-
-void writeBinary(PacketText &out, QStringView tag, const QDomElement &e)
-{
-    startLine(out, tag);
-    append(out, e.attribute(XMLPacketable::SIZE));
-    out += BLANK;
-    append(out, textBelow(e));
-    out += LINE_FEED;
 }

@@ -6,6 +6,11 @@
 
 #include <string>
 
+// What packet text puts between its parts.
+constexpr char16_t LINE_FEED = u'\n';
+constexpr char16_t BLANK = u' ';  // between the word and the value of a line, and between numbers
+constexpr char16_t STRING_SEPARATOR = u'\r';  // between texts
+
 // Position of the first c, or -1. Parts are short: a call of QStringView::indexOf() costs more.
 inline qsizetype indexOf(QStringView text, char16_t c)
 {

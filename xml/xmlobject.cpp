@@ -23,58 +23,6 @@ constexpr char DUMMY_ROOT_NAME[] = "dummydoc";
 constexpr int PROPERTY_DIGITS = 6;
 constexpr int ATTRIBUTE_DIGITS = 12;
 
-int checkedBase(int base) { return base < 2 || base > 36 ? 10 : base; }
-
-// Value of plain digits, or -1 for all else and for more digits than an int surely holds.
-int plainDigits(QStringView text, int base)
-{
-    constexpr int SAFE_DIGITS = 7;
-    if (text.isEmpty() || text.size() > SAFE_DIGITS || base > 16) {
-        return -1;
-    }
-    int value = 0;
-    for (const QChar c : text) {
-        const ushort u = c.unicode();
-        const int digit = u >= '0' && u <= '9' ? u - '0'
-            : u >= 'a' && u <= 'f'             ? u - 'a' + 10
-            : u >= 'A' && u <= 'F'             ? u - 'A' + 10
-                                               : base;
-        if (digit >= base) {
-            return -1;
-        }
-        value = value * base + digit;
-    }
-    return value;
-}
-
-bool toNumber(const QString &text, int base, int &value)
-{
-    bool ok = false;
-    const int number = text.toInt(&ok, base);
-    value = ok ? number : value;
-    return ok;
-}
-
-bool toNumber(const QString &text, int base, unsigned int &value)
-{
-    bool ok = false;
-    const unsigned int number = text.toUInt(&ok, base);
-    value = ok ? number : value;
-    return ok;
-}
-
-template<typename T>
-bool readChecked(QStringView text, int base, T &value)
-{
-    const int radix = base == 0 ? 0 : checkedBase(base);  // 0 goes by the text's prefix
-    const int plain = plainDigits(text, radix);
-    if (plain >= 0) {
-        value = T(plain);
-        return true;
-    }
-    return !text.isEmpty() && toNumber(text.toString(), radix, value);
-}
-
 template<typename T>
 T numberOr0(const QString &text, int base)
 {
@@ -134,21 +82,6 @@ QList<T> propertyList(const QDomElement &e, const QString &name, int base)
 }
 
 }  // namespace
-
-bool readNumber(QStringView text, int base, int &value) { return readChecked(text, base, value); }
-
-bool readNumber(QStringView text, int base, unsigned int &value)
-{
-    return readChecked(text, base, value);
-}
-
-QString numberText(qint64 value, int base)
-{
-    const int radix = checkedBase(base);
-    // Qt 5 would write negative numbers as their complement unless the base is ten.
-    return value < 0 ? QLatin1Char('-') + QString::number(quint64(-value), radix)
-                     : QString::number(quint64(value), radix);
-}
 
 XMLObject::XMLObject(XMLOBJECT_TYPE type) : m_type(type)
 {

@@ -1,7 +1,7 @@
 #include "xmlpacketable.h"
 
 #include "domtree_p.h"
-#include "fieldbuilders_p.h"
+#include "fields_p.h"
 #include "packettext_p.h"
 #include "qtcompat_p.h"
 #include "text_p.h"
@@ -48,29 +48,29 @@ QDomElement appendElement(
 QDomElement appendField(Shape shape, QDomElement &parent, const QString &name, const QString &text)
 {
     QDomDocument document = parent.ownerDocument();
-    return buildField(shape, document, parent, name, text);
+    return readField(shape, document, parent, name, text);
 }
 
-QString toQString(const PacketText &text)
+QString toQString(const LineBuffer &text)
 {
     return QString(reinterpret_cast<const QChar *>(text.data()), TextSize(text.size()));
 }
 
 // The packet text of an element's content.
-PacketText contentOf(const QDomElement &e)
+LineBuffer contentOf(const QDomElement &e)
 {
-    PacketText text;
+    LineBuffer text;
     text.reserve(TEXT_ROOM);
     writePacketText(text, e);
     return text;
 }
 
-// The line that a writer gives for a field's element.
-QString lineOf(void (*write)(PacketText &, QStringView, const QDomElement &), const QDomElement &e)
+// The line of a field's element.
+QString lineOf(Shape shape, const QDomElement &e)
 {
     const QString tag = XMLPacketable::getDATATAGFromXMLTagName(e.tagName());
-    PacketText line;
-    write(line, tag, e);
+    LineBuffer line;
+    writeField(line, shape, tag, e);
     return line.empty() ? QString() : toQString(line);
 }
 
@@ -342,7 +342,7 @@ void XMLPacketable::setData(const TQPacketable &packetable)
     }
     readPacketText(element(), text.get(), length);
     text.reset();
-    getDataConst();
+    getDataConst();  // builds the cached server item, which is promised to be there from now on
 }
 
 unsigned int XMLPacketable::toDom(QDomElement &parent, QStringList &lines, unsigned int index)
@@ -357,32 +357,26 @@ QString XMLPacketable::toPacket(const QDomElement &e) const
 
 void XMLPacketable::appendSimpleValuePacket(QString &out, const QDomElement &e) const
 {
-    out += lineOf(writeSimple, e);
+    out += lineOf(Simple, e);
 }
 
-QString XMLPacketable::toSimpleValuePacket(const QDomElement &e) const
-{
-    return lineOf(writeSimple, e);
-}
+QString XMLPacketable::toSimpleValuePacket(const QDomElement &e) const { return lineOf(Simple, e); }
 
-QString XMLPacketable::toTQKEYValuePacket(const QDomElement &e) const
-{
-    return lineOf(writeKey, e);
-}
+QString XMLPacketable::toTQKEYValuePacket(const QDomElement &e) const { return lineOf(Key, e); }
 
 QString XMLPacketable::toNumberArrayValuePacket(const QDomElement &e) const
 {
-    return lineOf(writeNumberArray, e);
+    return lineOf(NumberArray, e);
 }
 
 QString XMLPacketable::toStringArrayValuePacket(const QDomElement &e) const
 {
-    return lineOf(writeStringArray, e);
+    return lineOf(StringArray, e);
 }
 
 void XMLPacketable::appendBinaryDataPacket(QString &out, const QDomElement &e) const
 {
-    out += lineOf(writeBinary, e);
+    out += lineOf(Binary, e);
 }
 
 TQPacketable *XMLPacketable::getDataConst()

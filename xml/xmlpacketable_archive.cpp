@@ -1,6 +1,6 @@
 #include "xmlpacketable.h"
 
-#include "fieldtable_p.h"
+#include "fields_p.h"
 #include "linkedlist_p.h"
 #include "text_p.h"
 #include "xpkreference.h"
@@ -17,10 +17,6 @@
 #include <vector>
 
 namespace {
-
-// Element type codes of fields that refer to another item.
-constexpr unsigned int REFERENCE_BY_NAME = 9;
-constexpr unsigned int REFERENCE_BY_KEY = 14;
 
 // What one conversion inlines at most.
 constexpr size_t MAX_LEVELS = 64;
@@ -207,12 +203,12 @@ bool XMLPacketable::getXPKReferences(QList<XPKReference *> &references) const
         const FieldTable::Field *field = fields->find(tag);
         const QDomElement inlined = e.firstChildElement();
         if (!field || inlined.isNull() ||
-            (field->type != REFERENCE_BY_NAME && field->type != REFERENCE_BY_KEY)) {
+            (field->type != TQELEMENT_NAME && field->type != TQELEMENT_KEY)) {
             continue;
         }
         auto copy = std::make_unique<XMLPacketable>();
         copy->setData(inlined);
-        auto reference = field->type == REFERENCE_BY_NAME
+        auto reference = field->type == TQELEMENT_NAME
             ? std::make_unique<XPKReference>(copy.get(), getAttribute(e, VALUE))
             : std::make_unique<XPKReference>(copy.get(), getDBkey(e));
         copy.release();

@@ -1,10 +1,12 @@
 #include "elementcodes_p.h"
 
 #include "tqregistry.h"
+#include "tqstorageclass.h"
 
 #include <QString>
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <cstdint>
@@ -12,41 +14,51 @@
 
 namespace {
 
-// The meaning of every element type code.
-constexpr Family FAMILIES[] = {
-    Family::None,  // 0: ends a table
-    Family::Text,  // 1: text
-    Family::Text,  // 2: identifier
-    Family::Text,  // 3: word of a fixed vocabulary
-    Family::Text,  // 4: date, ISO 8601
-    Family::Integer,  // 5: integer, usually of 8 bytes
-    Family::Integer,  // 6: integer, usually of 2 bytes
-    Family::Integer,  // 7: integer, usually of 1 byte
-    Family::Real,  // 8: number
-    Family::Text,  // 9: name of another item
-    Family::None,  // 10
-    Family::Real,  // 11: length in points
-    Family::Text,  // 12: language tag or version
-    Family::Integer,  // 13: integer of the field's width
-    Family::Key,  // 14: key of another item
-    Family::RealArray,  // 15: numbers
-    Family::IntegerArray,  // 16: integers of the field's width
-    Family::IntegerArray,  // 17: integers, usually of 8 bytes
-    Family::IntegerArray,  // 18: integers, usually of 2 bytes
-    Family::IntegerArray,  // 19: integers, usually of 1 byte
-    Family::Integer,  // 20: enumeration
-    Family::Integer,  // 21: set of bits
-    Family::StringArray,  // 22: texts
-    Family::Binary,  // 23: bytes
-    Family::Text,  // 24: date and time, ISO 8601, UTC
-    Family::Text,  // 25: remark
-    Family::None,  // 26
-    Family::RealArray,  // 27: lengths in points
-    Family::Text,  // 28: path or file name
-    Family::Integer,  // 29: integer, usually of 4 bytes
-    Family::IntegerArray,  // 30: sets of bits
-    Family::IntegerArray,  // 31: integers, usually of 4 bytes
+// What each element type code makes of its value. Codes that are not here have no text form.
+struct Meaning
+{
+    TQELEMENTTYPE code;
+    Family family;
 };
+constexpr Meaning MEANINGS[] = {
+    { TQELEMENT_TEXT, Family::Text },
+    { TQELEMENT_IDENTIFIER, Family::Text },
+    { TQELEMENT_WORD, Family::Text },
+    { TQELEMENT_DATE, Family::Text },
+    { TQELEMENT_INTEGER8, Family::Integer },
+    { TQELEMENT_INTEGER2, Family::Integer },
+    { TQELEMENT_INTEGER1, Family::Integer },
+    { TQELEMENT_NUMBER, Family::Real },
+    { TQELEMENT_NAME, Family::Text },
+    { TQELEMENT_LENGTH, Family::Real },
+    { TQELEMENT_TOKEN, Family::Text },
+    { TQELEMENT_INTEGER, Family::Integer },
+    { TQELEMENT_KEY, Family::Key },
+    { TQELEMENT_NUMBERS, Family::RealArray },
+    { TQELEMENT_INTEGERS, Family::IntegerArray },
+    { TQELEMENT_INTEGERS8, Family::IntegerArray },
+    { TQELEMENT_INTEGERS2, Family::IntegerArray },
+    { TQELEMENT_INTEGERS1, Family::IntegerArray },
+    { TQELEMENT_CHOICE, Family::Integer },
+    { TQELEMENT_BITS, Family::Integer },
+    { TQELEMENT_TEXTS, Family::StringArray },
+    { TQELEMENT_BYTES, Family::Binary },
+    { TQELEMENT_DATETIME, Family::Text },
+    { TQELEMENT_REMARK, Family::Text },
+    { TQELEMENT_LENGTHS, Family::RealArray },
+    { TQELEMENT_PATH, Family::Text },
+    { TQELEMENT_INTEGER4, Family::Integer },
+    { TQELEMENT_BITSETS, Family::IntegerArray },
+    { TQELEMENT_INTEGERS4, Family::IntegerArray },
+};
+
+constexpr auto FAMILIES = [] {
+    std::array<Family, TQELEMENT_INTEGERS4 + 1> families {};
+    for (const Meaning &meaning : MEANINGS) {
+        families[meaning.code] = meaning.family;
+    }
+    return families;
+}();
 
 template<typename T>
 std::optional<T> readWhole(std::string_view text, int base)

@@ -173,11 +173,11 @@ void TQPacketable::getReferences(int, TQDB_REFERENCE **head, int)
         if (field && !seen.emplace(field->type, field->refers, value).second) {
             return;
         }
-        if (field && field->type == 14) {
+        if (field && field->type == TQELEMENT_KEY) {
             if (const auto reference = keyReference(*field, value)) {
                 fields.chain.push_back(*reference);
             }
-        } else if (field && field->type == 9) {
+        } else if (field && field->type == TQELEMENT_NAME) {
             fields.chain.push_back({ nullptr, field->refers, TQKEY_CC::getNullKey(),
                 fields.names.emplace_back(value).c_str() });
         }

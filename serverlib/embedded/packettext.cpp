@@ -125,7 +125,7 @@ private:
 
     bool open(const Level &level)
     {
-        if (m_depth == PacketText::MAX_DEPTH) {
+        if (m_depth == TQMAX_NESTING) {
             return false;
         }
         m_levels[m_depth++] = level;
@@ -145,7 +145,7 @@ private:
     bool m_found = false;  // the item's own block
     bool m_isLost = false;  // the value of the line
     size_t m_depth = 0;
-    Level m_levels[PacketText::MAX_DEPTH] = {};
+    Level m_levels[TQMAX_NESTING] = {};
 };
 
 // Whether a bracket's line is inside, on the edge of or outside the item's own block.

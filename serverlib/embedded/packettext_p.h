@@ -13,9 +13,6 @@
 // "SL size" and "TL 0".
 namespace PacketText {
 
-// Items and lists nest at most so deep.
-constexpr size_t MAX_DEPTH = 256;
-
 // The text without the lines of values that would be lost on the way to a reader; none when it is
 // not well-formed, or its first item block outside any list is not of that type. Further blocks may
 // follow.

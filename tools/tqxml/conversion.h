@@ -7,8 +7,6 @@
 
 class XMLPacketable;
 
-constexpr int MAX_NESTING = 256;  ///< levels of items and lists that conversions follow
-
 /// What convert reads, and how.
 struct Conversion
 {

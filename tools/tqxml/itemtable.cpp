@@ -11,8 +11,6 @@
 
 namespace {
 
-constexpr unsigned STRING_ARRAY = 22;  // element type code
-
 QString headingOf(PACKETDATATYPES type, unsigned tag)
 {
     const char *heading = TQFieldHeading(type, tag);
@@ -52,7 +50,7 @@ public:
         CONVERTSTRUCTELEMENTINFO *table = TQGetSystemStorageClassConv(type);
         for (const unsigned tag : tags) {
             const auto *record = XMLPacketable::getConvStructFromDataTag(table, tag);
-            const bool isStrings = record && record->type == STRING_ARRAY;
+            const bool isStrings = record && record->type == TQELEMENT_TEXTS;
             m_columns.insert(
                 XMLPacketable::getXMLTagNameFromDATATAG(int(tag)), int(m_separators.size()));
             m_separators << (isStrings ? QStringLiteral(", ") : QStringLiteral(" "));

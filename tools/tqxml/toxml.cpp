@@ -191,8 +191,8 @@ private:
         if (comparison.isEqual()) {
             return;
         }
-        const QString reason = comparison.levels() >= MAX_NESTING
-            ? QStringLiteral("items are nested deeper than %1 levels").arg(MAX_NESTING)
+        const QString reason = comparison.levels() >= TQMAX_NESTING
+            ? QStringLiteral("items are nested deeper than %1 levels").arg(TQMAX_NESTING)
             : QStringLiteral("not packet text, or nothing that comes back the same");
         const qint64 line = block.firstLine + comparison.line() - 1;
         m_error = QStringLiteral("line %1: %2").arg(QString::number(line), reason);

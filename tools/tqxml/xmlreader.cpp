@@ -131,8 +131,9 @@ void XmlReader::open()
     addText();
     const QString name = m_xml.qualifiedName().toString();
     const int nesting = isBlock(name) ? (m_nesting.isEmpty() ? 0 : m_nesting.last()) + 1 : 0;
-    if (nesting > MAX_NESTING) {
-        return leaveOut(QStringLiteral("items are nested deeper than %1 levels").arg(MAX_NESTING));
+    if (nesting > TQMAX_NESTING) {
+        return leaveOut(
+            QStringLiteral("items are nested deeper than %1 levels").arg(TQMAX_NESTING));
     }
     if (m_depth + m_nesting.size() >= MAX_DEPTH) {
         return leaveOut(QStringLiteral("elements are nested deeper than %1 levels").arg(MAX_DEPTH));

@@ -1,0 +1,312 @@
+#include "fields_p.h"
+
+#include "domtree_p.h"
+#include "text_p.h"
+#include "xmlpacketable.h"
+
+#include <algorithm>
+#include <iterator>
+#include <unordered_map>
+
+// The two forms of a field, here of tag 7:
+//
+// | Shape       | Value in packet text | Element                                                 |
+// |-------------|----------------------|---------------------------------------------------------|
+// | Simple      | 300                  | <_7 value="300"/>                                       |
+// | Key         | 2a 56                | <_7 key="2a" hkey="56"/>                                |
+// | NumberArray | 2 129 198            | <_7 size="2"><value>129</value><value>198</value></_7>  |
+// | StringArray | 2 Novel CR Sea       | <_7 size="2"><value>Novel</value><value>Sea</value></_7>|
+// | Binary      | 4 AP8A/w==           | <_7 size="4">AP8A/w==</_7>                              |
+//
+// Sizes are hexadecimal. CR is the carriage return, without blanks around it.
+
+namespace {
+
+// Items of this type are never converted.
+constexpr unsigned int UNCONVERTED = PACKETDATATYPE_UNCONVERTED;
+
+// Tables that are remembered; far more than there are data types.
+constexpr size_t MAX_TABLES = 1024;
+
+// Shape of a field by element type code. Codes outside every span have none. The width of a field
+// tells codes apart that have the same shape, so it is not looked at.
+struct Span
+{
+    TQELEMENTTYPE first;
+    TQELEMENTTYPE last;
+    Shape shape;
+};
+constexpr Span SPANS[] = {
+    { TQELEMENT_TEXT, TQELEMENT_NAME, Simple },
+    { TQELEMENT_LENGTH, TQELEMENT_INTEGER, Simple },
+    { TQELEMENT_KEY, TQELEMENT_KEY, Key },
+    { TQELEMENT_NUMBERS, TQELEMENT_INTEGERS1, NumberArray },
+    { TQELEMENT_CHOICE, TQELEMENT_BITS, Simple },
+    { TQELEMENT_TEXTS, TQELEMENT_TEXTS, StringArray },
+    { TQELEMENT_BYTES, TQELEMENT_BYTES, Binary },
+    { TQELEMENT_DATETIME, TQELEMENT_REMARK, Simple },
+    { TQELEMENT_LENGTHS, TQELEMENT_LENGTHS, NumberArray },
+    { TQELEMENT_PATH, TQELEMENT_INTEGER4, Simple },
+    { TQELEMENT_BITSETS, TQELEMENT_INTEGERS4, NumberArray },
+};
+
+Shape shapeOf(unsigned int type)
+{
+    for (const Span &span : SPANS) {
+        if (type >= span.first && type <= span.last) {
+            return span.shape;
+        }
+    }
+    return NoShape;
+}
+
+bool isBefore(const FieldTable::Field &field, unsigned int tag) { return field.tag < tag; }
+
+unsigned int countParts(QStringView text, char16_t separator)
+{
+    unsigned int count = 0;
+    forEachPart(text, separator, [&](QStringView) { ++count; });
+    return count;
+}
+
+// The first part of a text cut at blanks.
+QStringView firstPart(QStringView text)
+{
+    while (text.startsWith(QChar(BLANK))) {
+        text = text.mid(1);
+    }
+    const qsizetype end = indexOf(text, BLANK);
+    return end < 0 ? text : text.left(end);
+}
+
+void setText(QDomElement &e, const QString &attribute, QStringView value)
+{
+    if (!value.isEmpty()) {
+        e.setAttribute(attribute, value.toString());
+    }
+}
+
+void setSize(QDomElement &e, unsigned int size)
+{
+    e.setAttribute(XMLPacketable::SIZE, numberText(size, 16));
+}
+
+void appendValue(QDomDocument &document, QDomElement &array, QStringView text)
+{
+    QDomElement value = document.createElement(XMLPacketable::VALUE);
+    value.appendChild(document.createTextNode(text.toString()));
+    array.appendChild(value);
+}
+
+void startLine(LineBuffer &out, QStringView tag)
+{
+    append(out, tag);
+    out += BLANK;
+}
+
+void writeArray(LineBuffer &out, QStringView tag, const QDomElement &e, char16_t separator)
+{
+    startLine(out, tag);
+    const size_t countAt = out.size();
+    qint64 count = 0;
+    for (QDomNode node = e.firstChild(); !node.isNull(); node = node.nextSibling()) {
+        if (node.toElement().tagName() == XMLPacketable::VALUE) {
+            out += count++ == 0 ? BLANK : separator;
+            append(out, textBelow(node));
+        }
+    }
+    if (count == 0) {
+        out += BLANK;
+    }
+    const QString size = numberText(count, 16);
+    out.insert(countAt, QStringView(size).utf16(), size_t(size.size()));
+    out += LINE_FEED;
+}
+
+void readSimple(QDomDocument &, QDomElement &e, QStringView text)
+{
+    setText(e, XMLPacketable::VALUE, text);
+}
+
+void writeSimple(LineBuffer &out, QStringView tag, const QDomElement &e)
+{
+    const QString value = e.attribute(XMLPacketable::VALUE);
+    if (!value.isEmpty()) {
+        startLine(out, tag);
+        append(out, value);
+        out += LINE_FEED;
+    }
+}
+
+void readKey(QDomDocument &, QDomElement &e, QStringView text)
+{
+    if (countParts(text, BLANK) != 2) {
+        return;
+    }
+    const QString *attribute = &XMLPacketable::KEY;
+    forEachPart(text, BLANK, [&](QStringView part) {
+        setText(e, *attribute, part);
+        attribute = &XMLPacketable::HKEY;
+    });
+}
+
+void writeKey(LineBuffer &out, QStringView tag, const QDomElement &e)
+{
+    startLine(out, tag);
+    append(out, e.attribute(XMLPacketable::KEY));
+    out += BLANK;
+    append(out, e.attribute(XMLPacketable::HKEY));
+    out += LINE_FEED;
+}
+
+// The size is written only when it agrees with the numbers.
+void readNumberArray(QDomDocument &document, QDomElement &e, QStringView text)
+{
+    unsigned int size = 0;
+    const unsigned int parts = countParts(text, BLANK);
+    if (!readNumber(firstPart(text), 16, size) || size != parts - 1) {
+        return;
+    }
+    setSize(e, size);
+    bool isCount = true;
+    forEachPart(text, BLANK, [&](QStringView part) {
+        if (!isCount) {
+            appendValue(document, e, part);
+        }
+        isCount = false;
+    });
+}
+
+void writeNumberArray(LineBuffer &out, QStringView tag, const QDomElement &e)
+{
+    writeArray(out, tag, e, BLANK);
+}
+
+// The size is written as soon as it can be read, the strings only when it agrees with them.
+void readStringArray(QDomDocument &document, QDomElement &e, QStringView text)
+{
+    unsigned int size = 0;
+    if (!readNumber(firstPart(text), 16, size)) {
+        return;
+    }
+    setSize(e, size);
+    // All behind the first blank, also where that leads the text: then the count is a string.
+    const QStringView strings = text.mid(indexOf(text, BLANK) + 1);
+    if (size != 0 && countParts(strings, STRING_SEPARATOR) == size) {
+        forEachPart(
+            strings, STRING_SEPARATOR, [&](QStringView part) { appendValue(document, e, part); });
+    }
+}
+
+void writeStringArray(LineBuffer &out, QStringView tag, const QDomElement &e)
+{
+    writeArray(out, tag, e, STRING_SEPARATOR);
+}
+
+// Without a blank the whole text is both the size and the data.
+void readBinary(QDomDocument &document, QDomElement &e, QStringView text)
+{
+    const qsizetype blank = indexOf(text, BLANK);
+    setText(e, XMLPacketable::SIZE, blank < 0 ? text : text.left(blank));
+    e.appendChild(document.createTextNode(text.mid(blank + 1).toString()));
+}
+
+void writeBinary(LineBuffer &out, QStringView tag, const QDomElement &e)
+{
+    startLine(out, tag);
+    append(out, e.attribute(XMLPacketable::SIZE));
+    out += BLANK;
+    append(out, textBelow(e));
+    out += LINE_FEED;
+}
+
+// How a shape is read and written.
+struct Forms
+{
+    void (*read)(QDomDocument &document, QDomElement &e, QStringView value);
+    void (*write)(LineBuffer &out, QStringView tag, const QDomElement &e);
+};
+// By shape; a field that has none has neither element nor line.
+constexpr Forms FORMS[] = {
+    { nullptr, nullptr },
+    { readSimple, writeSimple },
+    { readKey, writeKey },
+    { readNumberArray, writeNumberArray },
+    { readStringArray, writeStringArray },
+    { readBinary, writeBinary },
+};
+static_assert(std::size(FORMS) == Binary + 1, "one row for each shape");
+
+}  // namespace
+
+FieldTable::FieldTable(const CONVERTSTRUCTELEMENTINFO *records)
+{
+    const CONVERTSTRUCTELEMENTINFO *end = records;
+    for (; end->type != 0; ++end) {
+        m_fields.push_back({ end->tag, end->type, shapeOf(end->type),
+            XMLPacketable::getXMLTagNameFromDATATAG(int(end->tag)) });
+    }
+    m_records.assign(records, end + 1);
+    std::stable_sort(m_fields.begin(), m_fields.end(),
+        [](const Field &a, const Field &b) { return a.tag < b.tag; });
+}
+
+bool FieldTable::isMadeFrom(const CONVERTSTRUCTELEMENTINFO *records) const
+{
+    // Ends at the first difference, so a table that has become shorter is not read past its end.
+    return std::all_of(m_records.begin(), m_records.end(), [&](const auto &known) {
+        const CONVERTSTRUCTELEMENTINFO &record = *records++;
+        return record.type == known.type && (record.type == 0 || record.tag == known.tag);
+    });
+}
+
+std::shared_ptr<const FieldTable> FieldTable::of(unsigned int datatype)
+{
+    const CONVERTSTRUCTELEMENTINFO *records =
+        datatype == UNCONVERTED ? nullptr : TQGetSystemStorageClassConv(PACKETDATATYPES(datatype));
+    if (!records) {
+        return nullptr;
+    }
+    thread_local std::unordered_map<const void *, std::shared_ptr<const FieldTable>> tables;
+    if (tables.size() > MAX_TABLES) {
+        tables.clear();
+    }
+    std::shared_ptr<const FieldTable> &table = tables[records];
+    if (!table || !table->isMadeFrom(records)) {
+        table.reset(new FieldTable(records));
+    }
+    return table;
+}
+
+const FieldTable::Field *FieldTable::find(unsigned int tag) const
+{
+    const auto field = std::lower_bound(m_fields.begin(), m_fields.end(), tag, isBefore);
+    return field != m_fields.end() && field->tag == tag ? &*field : nullptr;
+}
+
+QDomElement readField(Shape shape, QDomDocument &document, QDomElement &parent, const QString &name,
+    QStringView value)
+{
+    if (parent.isNull() || name.isEmpty() || shape == NoShape) {
+        return QDomElement();
+    }
+    QDomElement e = document.createElement(name);
+    FORMS[shape].read(document, e, value);
+    parent.appendChild(e);
+    return e;
+}
+
+void writeField(LineBuffer &out, Shape shape, QStringView tag, const QDomElement &e)
+{
+    if (shape != NoShape) {
+        FORMS[shape].write(out, tag, e);
+    }
+}
+
+QDomElement makeElement(
+    QDomDocument &document, const QString &name, const QString &attribute, QStringView value)
+{
+    QDomElement e = document.createElement(name);
+    setText(e, attribute, value);
+    return e;
+}

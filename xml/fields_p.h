@@ -1,0 +1,69 @@
+#ifndef FIELDS_P_H
+#define FIELDS_P_H
+
+#include "tqstorageclass.h"
+
+#include <QDomDocument>
+#include <QString>
+#include <QStringView>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+// The fields of items: which ones a data type has, and both forms of each.
+
+// What a field's value looks like; see fields.cpp for the two forms of each shape.
+enum Shape { NoShape, Simple, Key, NumberArray, StringArray, Binary };
+
+// Text that is being written: a field takes many short pieces, for which QString::append() costs
+// more than reading them.
+using LineBuffer = std::u16string;
+
+inline void append(LineBuffer &out, QStringView piece)
+{
+    out.append(piece.utf16(), size_t(piece.size()));
+}
+
+// The fields of a data type, ready for conversions: the server library's table with each field's
+// shape and element name, indexed by data tag.
+class FieldTable
+{
+public:
+    struct Field
+    {
+        unsigned int tag;
+        unsigned int type;  // element type code
+        Shape shape;
+        QString name;  // element name
+    };
+
+    // The fields of a data type; null when items of the type are not converted at all. Made once
+    // for each table, and again when the table has changed.
+    static std::shared_ptr<const FieldTable> of(unsigned int datatype);
+
+    // The first field with that tag; null when there is none.
+    const Field *find(unsigned int tag) const;
+
+private:
+    explicit FieldTable(const CONVERTSTRUCTELEMENTINFO *records);
+    bool isMadeFrom(const CONVERTSTRUCTELEMENTINFO *records) const;
+
+    std::vector<CONVERTSTRUCTELEMENTINFO> m_records;  // as the table was, with its end record
+    std::vector<Field> m_fields;  // by tag
+};
+
+// Appends a new element of that shape to parent, filled from the value of its line. The document is
+// the parent's: asking each parent for it again would cost its depth.
+QDomElement readField(Shape shape, QDomDocument &document, QDomElement &parent, const QString &name,
+    QStringView value);
+
+// Appends the line of a field's element, which starts with its tag. A simple field without a value
+// has none, and neither has a field without a shape.
+void writeField(LineBuffer &out, Shape shape, QStringView tag, const QDomElement &e);
+
+// A new element without a parent, with one attribute unless its value is empty.
+QDomElement makeElement(
+    QDomDocument &document, const QString &name, const QString &attribute, QStringView value);
+
+#endif
