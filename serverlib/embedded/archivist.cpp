@@ -46,13 +46,11 @@ std::unique_ptr<TQPacketable> Archivist::loadItem(
     PACKETDATATYPES type, const char *where, const QVariant &value)
 {
     const StorageClass *known = storageClass(type);
-    if (!known || !known->source() || m_items == MAX_ITEMS) {
+    if (m_failed || !known || !known->source() || m_items == MAX_ITEMS) {
         return nullptr;
     }
     TQLISTRECORD *list = nullptr;
-    if (!readRecords(m_store, *known, { where, UNORDERED }, { value }, &list)) {
-        m_failed = true;
-    }
+    m_failed = !readRecords(m_store, *known, { where, UNORDERED }, { value }, &list);
     Record *record = Record::of(list);
     if (!record || isOnPath(record->key)) {
         TQPacketFreeList(&list, type);

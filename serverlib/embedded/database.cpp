@@ -1,7 +1,8 @@
 #include "database_p.h"
 
 #include "schemacheck_p.h"
-#include "sockets_p.h"
+#include "serverprobe_p.h"
+#include "socketcopy_p.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
@@ -12,6 +13,7 @@
 #include <QUrl>
 
 #include <atomic>
+#include <system_error>
 
 #include <libpq-fe.h>
 
@@ -91,14 +93,19 @@ QString numbered(const QString &statement)
 }
 
 // The cause alone: no severity, no part of a statement, no code.
-QString oneLine(const QSqlError &error)
+QString oneLine(const QString &text)
 {
     static const QRegularExpression severity(QStringLiteral("^(ERROR|FATAL|PANIC): +"));
     static const QRegularExpression behind(
-        QStringLiteral("( at character \\d+)?( LINE \\d+: .*)?( ?\\([0-9A-Z]{5}\\))?$"));
-    const QString text = error.databaseText().isEmpty() ? error.driverText() : error.databaseText();
-    const QString line = text.simplified().remove(severity).remove(behind);
-    return line.isEmpty() ? QStringLiteral("database error") : line;
+        QStringLiteral("( at character \\d+)?( ?\\([0-9A-Z]{0,5}\\))?$"));
+    const QString line = text.trimmed().section(QLatin1Char('\n'), 0, 0).simplified();
+    const QString cause = QString(line).remove(severity).remove(behind);
+    return cause.isEmpty() ? QStringLiteral("database error") : cause;
+}
+
+QString oneLine(const QSqlError &error)
+{
+    return oneLine(error.databaseText().isEmpty() ? error.driverText() : error.databaseText());
 }
 
 }  // namespace
@@ -157,18 +164,12 @@ bool Database::openFile(bool create)
 
 bool Database::openServer()
 {
-    {
-        // The driver asks a few things on its own before it tells of the connection.
-        const auto opening = std::make_shared<const ConnectionsSince>(m_address.port);
-        m_watchdog = std::make_unique<Watchdog>(
-            [opening] { opening->shutDown(); }, m_address.responseTimeout);
-        const Watchdog::Wait wait(m_watchdog.get());
-        if (!connect(m_address.database)) {
-            return false;
-        }
-        if (m_watchdog->hasBitten()) {
-            return failed(QSqlError());
-        }
+    const QString reason = probeServer(m_address);
+    if (!reason.isEmpty()) {
+        return fail(QStringLiteral("%1: %2").arg(m_address.label(), oneLine(reason)));
+    }
+    if (!connect(m_address.database)) {
+        return false;
     }
     PGconn *const connection = connectionOf(m_sql);
     if (!connection) {
@@ -177,10 +178,15 @@ bool Database::openServer()
     PQsetNoticeReceiver(
         connection, [](void *, const PGresult *) {}, nullptr);  // else on stderr
     PQsetErrorVerbosity(connection, PQERRORS_TERSE);
-    const auto socket = std::make_shared<SocketCopy>(PQsocket(connection));
-    m_watchdog =
-        std::make_unique<Watchdog>([socket] { socket->shutDown(); }, m_address.responseTimeout);
     m_server = { PQhost(connection), QByteArray(PQport(connection)).toInt() };
+    try {
+        const auto socket = std::make_shared<SocketCopy>(PQsocket(connection));
+        m_watchdog =
+            std::make_unique<Watchdog>([socket] { socket->shutDown(); }, m_address.responseTimeout);
+    } catch (const std::system_error &error) {
+        const QString text = QString::fromLocal8Bit(error.what());
+        return fail(QStringLiteral("%1: %2").arg(m_address.label(), text));
+    }
     return true;
 }
 
@@ -321,9 +327,20 @@ void Database::rollback()
         statement.second.query.finish();
     }
     if (!execute(QStringLiteral("ROLLBACK"))) {
-        m_error = error;  // that what made it necessary tells more
+        m_error = error;  // the first error says more
     }
     m_suspect = m_suspect || suspect;
+}
+
+bool Database::isWhole()
+{
+    if (!m_address.isFile()) {
+        return true;
+    }
+    const auto verdict = ask(QStringLiteral("PRAGMA integrity_check(1)"));
+    return verdict &&
+        (verdict->toString() == QLatin1String("ok") ||
+            fail(m_address.label() + QStringLiteral(": database disk image is malformed")));
 }
 
 // A store that is read without locks must stay as it was when it was opened.
@@ -347,8 +364,6 @@ bool Database::failed(const QSqlError &error)
 {
     m_suspect = true;
     const bool isSilent = m_watchdog && m_watchdog->hasBitten();
-    const QString reason = isSilent ? QStringLiteral("no answer from the server for %1 s")
-                                          .arg(double(m_watchdog->limit().count()) / 1000)
-                                    : oneLine(error);
+    const QString reason = isSilent ? noAnswer(m_watchdog->limit()) : oneLine(error);
     return fail(QStringLiteral("%1: %2").arg(m_address.label(), reason));
 }

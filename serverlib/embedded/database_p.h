@@ -56,6 +56,10 @@ public:
     bool commit();
     void rollback();
 
+    // False when the content of a file contradicts itself. SQLite finds damage where it comes
+    // across it, but an index that lacks entries only gives fewer rows.
+    bool isWhole();
+
     // What failed last, one line.
     const QString &error() const { return m_error; }
     bool fail(const QString &error);

@@ -55,6 +55,7 @@ private:
     Database m_database;
     bool m_isOpen = false;
     unsigned m_transactions = 0;  // one within the other
+    bool m_isChecked = false;  // the content as a whole
     bool m_isBroken = false;  // the transaction has ended, but those who asked for it do not know
     unsigned m_failures = 0;
     QByteArray m_error;  // of the last failure

@@ -24,20 +24,21 @@ constexpr const char *STATEMENT_TIMEOUT = "30s";
 constexpr const char *LOCK_TIMEOUT = "10s";
 // What the server gets beyond a statement's time before it counts as silent.
 constexpr milliseconds GRACE { 10000 };
-constexpr const char *DEFAULT_PORT = "5432";
 constexpr const char *CONNECT_TIMEOUT = "5";  // seconds
 // A peer that has gone is noticed within a minute.
 constexpr const char *KEEPALIVES[][2] = { { "keepalives_idle", "30" },
     { "keepalives_interval", "10" }, { "keepalives_count", "3" } };
 
-// What messages say of a text that may hold a password: "u:...@h" for "u:p@ss@h".
+// What messages say of a text that may hold a password: "u:...@h" for "u:p@ss@h", and nothing of
+// parameters.
 QString withoutPassword(QString text)
 {
-    static const QRegularExpression password(QStringLiteral("((?:^|/)[^:/@]*:)(?!//).*@"),
+    static const QRegularExpression user(QStringLiteral("((?:^|/)[^:/@]*:)(?!//).*@"),
         QRegularExpression::DotMatchesEverythingOption);
-    static const QRegularExpression parameter(QStringLiteral("(password=)[^&]*"));
-    return text.replace(password, QStringLiteral("\\1...@"))
-        .replace(parameter, QStringLiteral("\\1..."));
+    static const QRegularExpression parameters(QStringLiteral("(\\?|pass\\w*\\s*=).*$"),
+        QRegularExpression::DotMatchesEverythingOption | QRegularExpression::CaseInsensitiveOption);
+    return text.replace(user, QStringLiteral("\\1...@"))
+        .replace(parameters, QStringLiteral("\\1..."));
 }
 
 QString notOfTheForm(const QString &url, const QString &form)
@@ -149,7 +150,7 @@ std::optional<StoreAddress> parseFile(const QString &url, QString &error)
     return {};
 }
 
-// The limits that this library sets, as libpq's "options", and what of the URL is not libpq's.
+// Takes the parameters that are not libpq's out of a URL: limits of time, set by libpq's "options".
 bool takeLimits(Parameters &parameters, StoreAddress &address, QString &options, QString &error)
 {
     const auto take = [&parameters](const char *name, const char *otherwise) {
@@ -221,15 +222,20 @@ private:
     std::unique_ptr<PQconninfoOption, Free> m_options;
 };
 
-// "keyword='value'" for each, with a semicolon between them, which QtSql makes a blank.
+// "keyword='value'".
+QString setting(const QString &keyword, QString value)
+{
+    value.replace(QLatin1Char('\\'), QLatin1String("\\\\"))
+        .replace(QLatin1Char('\''), QLatin1String("\\'"));
+    return keyword + QLatin1String("='") + value + QLatin1Char('\'');
+}
+
+// The settings with a semicolon between them, which QtSql makes a blank.
 QString joined(const QList<QPair<QString, QString>> &options)
 {
     QStringList list;
     for (const auto &[keyword, value] : options) {
-        QString quoted = value;
-        quoted.replace(QLatin1Char('\\'), QLatin1String("\\\\"))
-            .replace(QLatin1Char('\''), QLatin1String("\\'"));
-        list += keyword + QLatin1String("='") + quoted + QLatin1Char('\'');
+        list += setting(keyword, value);
     }
     return list.join(QLatin1Char(';'));
 }
@@ -245,23 +251,20 @@ std::optional<StoreAddress> parseNetwork(const QString &url, QString &error)
     }
     const QString rest = parts.parameters.rest();
     const Conninfo known(rest.isEmpty() ? parts.address : parts.address + QLatin1Char('?') + rest);
-    // An "@" behind the first "/" belongs to a password with a "/", which libpq takes for a name.
+    // A password without its "@", or with a "/" in it, is a port or a name to libpq.
+    static const QRegularExpression ports(QStringLiteral("^[0-9,]*$"));
     const bool isCut = parts.address.section(QLatin1Char('/'), 3).contains(QLatin1Char('@'));
-    if (!known.isValid() || isCut) {
-        error = notOfTheForm(url, QStringLiteral("postgresql://USER@HOST:PORT/DB"));
+    if (!known.isValid() || isCut || !ports.match(known.value("port")).hasMatch()) {
+        error = notOfTheForm(
+            QStringLiteral("postgresql://..."), QStringLiteral("postgresql://USER@HOST:PORT/DB"));
         return {};
     }
-    if (!known.value("password").isEmpty()) {
+    if (!known.value("password").isEmpty() || !known.value("sslpassword").isEmpty()) {
         error = QStringLiteral("no password in a database URL, please: set PGPASSWORD, or use a "
                                "password file");
         return {};
     }
     address.host = known.value("host");
-    const QString port = known.value("port");
-    address.port =
-        (port.isNull() ? qEnvironmentVariable("PGPORT", QString::fromLatin1(DEFAULT_PORT)) : port)
-            .section(QLatin1Char(','), 0, 0)
-            .toInt();
     address.user = known.value("user");
     address.database = known.value("dbname");
     QList<QPair<QString, QString>> others = known.others();
@@ -304,6 +307,19 @@ std::optional<StoreAddress> StoreAddress::parse(const char *url, QString &error)
     error = QStringLiteral("%1: not a database URL (%2)")
                 .arg(withoutPassword(text), QLatin1String(FORMS));
     return {};
+}
+
+QByteArray StoreAddress::conninfo() const
+{
+    QString text = QString(options).replace(QLatin1Char(';'), QLatin1Char(' '));
+    const QPair<const char *, QString> places[] = { { "host", host }, { "user", user },
+        { "dbname", database } };
+    for (const auto &[keyword, value] : places) {
+        if (!value.isEmpty()) {
+            text += QLatin1Char(' ') + setting(QString::fromLatin1(keyword), value);
+        }
+    }
+    return text.toUtf8();
 }
 
 QString StoreAddress::label() const

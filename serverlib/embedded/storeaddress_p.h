@@ -28,10 +28,10 @@ struct StoreAddress
 
     // Of a PostgreSQL database.
     QString host;  // empty: what libpq takes by default
-    int port = 0;
     QString user;
     QString database;
     QString options;  // the rest, as QtSql takes connection options
+    QByteArray conninfo() const;  // all of it, as libpq takes it
     std::chrono::milliseconds responseTimeout { 0 };  // silence of the server; 0 for any time
 };
 

@@ -69,6 +69,9 @@
 /// While it lives, all queries of a connection see the store as it was at the first of them,
 /// whatever others change meanwhile, and hold nobody up.
 ///
+/// At the end of a connection's first one, an SQLite store is checked as a whole, which shows
+/// damage that only leaves rows out: compare TQCommServer::failures() after the end.
+///
 /// When one of the queries fails, the rest fail, too, until the transaction ends: what they would
 /// find could be of another moment. One within another belongs to the outer one. Use it in the
 /// connection's thread, and end it before the connection's; one that is left over then does

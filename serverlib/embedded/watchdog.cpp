@@ -1,12 +1,13 @@
 #include "watchdog_p.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <csignal>
+#include <system_error>
 #include <utility>
 
 #include <poll.h>
 #include <sys/eventfd.h>
-#include <unistd.h>
 
 namespace {
 
@@ -37,6 +38,9 @@ private:
 Watchdog::Watchdog(std::function<void()> bite, std::chrono::milliseconds limit)
     : m_limit(limit), m_bite(std::move(bite)), m_stop(::eventfd(0, EFD_CLOEXEC))
 {
+    if (m_stop.number() < 0) {
+        throw std::system_error(errno, std::generic_category());
+    }
     if (m_limit.count() > 0) {
         const SignalsBlocked blocked;  // a new thread has them as its maker
         m_thread = std::thread(&Watchdog::watch, this);
@@ -46,10 +50,9 @@ Watchdog::Watchdog(std::function<void()> bite, std::chrono::milliseconds limit)
 Watchdog::~Watchdog()
 {
     if (m_thread.joinable()) {
-        ::eventfd_write(m_stop, 1);
+        ::eventfd_write(m_stop.number(), 1);
         m_thread.join();
     }
-    ::close(m_stop);
 }
 
 std::chrono::milliseconds::rep Watchdog::now()
@@ -61,12 +64,15 @@ std::chrono::milliseconds::rep Watchdog::now()
 void Watchdog::watch()
 {
     const auto step = std::max<std::chrono::milliseconds::rep>(m_limit.count() / LOOKS, 1);
-    pollfd stop = { m_stop, POLLIN, 0 };
-    while (::poll(&stop, 1, int(std::min<std::chrono::milliseconds::rep>(step, MAX_STEP))) == 0) {
+    const int timeout = int(std::min<std::chrono::milliseconds::rep>(step, MAX_STEP));
+    pollfd stop = { m_stop.number(), POLLIN, 0 };
+    int ready = 0;
+    while (ready == 0 || (ready < 0 && errno == EINTR)) {
         const auto since = m_waitingSince.load();
         if (since != 0 && now() - since > m_limit.count()) {
             m_hasBitten = true;
             m_bite();
         }
+        ready = ::poll(&stop, 1, timeout);
     }
 }

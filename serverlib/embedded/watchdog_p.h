@@ -1,6 +1,8 @@
 #ifndef WATCHDOG_P_H
 #define WATCHDOG_P_H
 
+#include "descriptor_p.h"
+
 #include <atomic>
 #include <chrono>
 #include <functional>
@@ -12,7 +14,8 @@ class Watchdog
 {
 public:
     // While a wait is longer than the limit, bite is called again and again, in the watchdog's
-    // thread; it makes the wait end. A limit of zero watches nothing and starts no thread.
+    // thread; it makes the wait end. A limit of zero watches nothing and starts no thread. Throws
+    // std::system_error where no thread or descriptor is left.
     Watchdog(std::function<void()> bite, std::chrono::milliseconds limit);
     ~Watchdog();
     Watchdog(const Watchdog &) = delete;
@@ -53,7 +56,7 @@ private:
     const std::function<void()> m_bite;
     std::atomic<std::chrono::milliseconds::rep> m_waitingSince { 0 };  // 0 for not waiting
     std::atomic<bool> m_hasBitten { false };
-    int m_stop;  // an event's descriptor, owned: readable when the thread is to end
+    const Descriptor m_stop;  // an event's: readable when the thread is to end
     std::thread m_thread;
 };
 

@@ -124,7 +124,8 @@ QString withoutPassword(QString message, const QString &argument)
     static const QRegularExpression user(
         QStringLiteral("^(?:--database=)?(?:[^/]*://|sqlite:)?+[^/:@]*:(.+)@"),
         QRegularExpression::DotMatchesEverythingOption);
-    static const QRegularExpression option(QStringLiteral("password=([^&\\s]+)"));
+    static const QRegularExpression option(QStringLiteral("(?<=pass|\\?)\\w*\\s*=.*$"),
+        QRegularExpression::DotMatchesEverythingOption | QRegularExpression::CaseInsensitiveOption);
     const QString hidden = QStringLiteral("...");
     const QString password = user.match(argument).captured(1);
     for (const QString &form : { password, escaped(password), unescaped(password) }) {
@@ -134,7 +135,7 @@ QString withoutPassword(QString message, const QString &argument)
         }
     }
     const QString set = option.match(argument).captured();
-    return set.isEmpty() ? message : message.replace(set, QStringLiteral("password=") + hidden);
+    return set.isEmpty() ? message : message.replace(set, hidden);
 }
 
 QString printable(const QString &text)

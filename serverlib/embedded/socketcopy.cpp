@@ -1,0 +1,16 @@
+#include "socketcopy_p.h"
+
+#include <cerrno>
+#include <system_error>
+
+#include <fcntl.h>
+#include <sys/socket.h>
+
+SocketCopy::SocketCopy(int socket) : m_socket(::fcntl(socket, F_DUPFD_CLOEXEC, 0))
+{
+    if (m_socket.number() < 0) {
+        throw std::system_error(errno, std::generic_category());
+    }
+}
+
+void SocketCopy::shutDown() const { ::shutdown(m_socket.number(), SHUT_RDWR); }
