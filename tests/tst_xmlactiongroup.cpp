@@ -92,6 +92,7 @@ class tst_XMLActionGroup : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void aMemberIsConnectedToTheGroup();
     void oneStaysChecked();
     void aMemberThatIsUncheckedUnchecksAll();
     void aSlotMayCheckAnother();
@@ -105,6 +106,15 @@ private Q_SLOTS:
     void manyMembers();
     void signalsAndSlots();
 };
+
+void tst_XMLActionGroup::aMemberIsConnectedToTheGroup()
+{
+    Scene scene;
+    const XMLAction *member = scene.actions[1];
+    QCOMPARE(member->actionGroup(), scene.group.data());
+    QVERIFY(disconnect(member, SIGNAL(toggled(bool)), scene.group, SLOT(updateActions())));
+    QVERIFY(disconnect(member, SIGNAL(destroyed(QObject *)), scene.group, SLOT(removeAction())));
+}
 
 void tst_XMLActionGroup::oneStaysChecked()
 {

@@ -72,9 +72,10 @@ constexpr Row TEXTS[] = {
     { "SI 8|1 abc|1|1_xyz|1xabcdef|TI|TI 0|SI 8", "SI 8|1 abc|1 xyz|1 abc|TI 0|SI 8|TI 0|", 9 },
     { "SI 8|1 abc|SL 12|01xyz|TL 0|01xyz|TI 0|7", "SI 8|1 abc|SL 12|TL 0|1 yz|TI 0|", 8 },
     { "SI 8|01 abc|TI|1 x", "SI 8|1 abc|TI 0|", 4 },
+    { "SI 8|TI|1 x|TI 0", "SI 8|1 x|TI 0|", 4 },
     // Fields of every shape.
-    { "SI 63|101 a  b %2 %1|e01 10  020|e01 10|e01 10 20 30|1701 12 a b|1701 12|TI 0",
-        "SI 63|101 a  b %2 %1|e01 10 020|e01  |e01  |1701 12 a b|1701 12 12|TI 0|", 8 },
+    { "SI 63|101 a  b %2 %1|e01 0000000010  020|e01 10|e01 10 20 30|1701 12 a b|1701 12|TI 0",
+        "SI 63|101 a  b %2 %1|e01 0000000010 020|e01  |e01  |1701 12 a b|1701 12 12|TI 0|", 8 },
     { "SI 63|f01 2 %1 %2|f01 02  x +1|f01 0|f01 x 1|f01 1 7 8|f01 ffffffff 7|f01 100000001 7",
         "SI 63|f01 2 %1 %2|f01 2 x +1|f01 0 |f01 0 |f01 0 |f01 0 |f01 0 |TI 0|", 9 },
     { "SI 63|1601 2 \ra b\r\r%1|1601 1|1601  1 x|1601 2 x|1601 x y|1601 ffffffff x",
@@ -196,6 +197,7 @@ void tst_XMLPacketable::queries()
     QVERIFY(!X::getConvStructFromDataTag(table, 8) && !X::getConvStructFromDataTag(nullptr, 7));
     QCOMPARE(X::getXMLTagNameFromDATATAG(INT_MIN), str("_-80000000"));
     QCOMPARE(X::getDATATAGFromXMLTagName(str("_1a2b")), str("1a2b"));
+    QCOMPARE(X::getDATATAGFromXMLTagName(str("x9")), str("9"));
     QString texts[] = { str("1\t2 3 4 "), str("xyz") };  // the second changes nothing
     QStringRef parts[2];
     for (QString &text : texts) {

@@ -116,12 +116,14 @@ char *TQPacketable::toPacket(unsigned int &length) const
     return buffer;
 }
 
-bool TQPacketable::fromPacket(char *data, unsigned int length, bool, bool)
+// Takes the flags that the library always passes, and no others.
+bool TQPacketable::fromPacket(char *data, unsigned int length, bool first, bool second)
 {
     const std::string text(data, length);
     const size_t start = text.find('\n') + 1;
     const size_t end = text.rfind("TI 0\n");
-    if (script().isFaulty("fromPacket") || text.rfind("SI ", 0) != 0 || end == text.npos) {
+    if (first || !second || script().isFaulty("fromPacket") || text.rfind("SI ", 0) != 0 ||
+        end == text.npos) {
         return false;
     }
     m_fields->lines = text.substr(start, end - start);
