@@ -311,7 +311,8 @@ void tst_Command::connectionsThatEndAreErrors()
         failed += outcome.code == FAILED;
     }
     QVERIFY(failed > 0);
-    expectFailure(tqxml(list + "?statement_timeout=5"), "");
+    sql(other, "UPDATE tq_job SET remark = repeat('x', 200000) WHERE output_id % 64 = 0");
+    expectFailure(tqxml(list + "?statement_timeout=5"), "large: canceling statement");
 }
 
 void tst_Command::killedWorkIsDoneOrUndone()
