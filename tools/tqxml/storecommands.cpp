@@ -36,8 +36,8 @@ void stop(int)
 // The work is stuck, in a client of the database perhaps.
 void giveUp(int)
 {
-    ::isatty(STDERR_FILENO) ? endNow("\r\033[Ktqxml: interrupted\n")
-                            : endNow("tqxml: interrupted\n");
+    const bool hasBar = ::isatty(STDERR_FILENO) != 0;
+    endNow(hasBar ? "\r\033[Ktqxml: interrupted\n" : "tqxml: interrupted\n");
 }
 
 // Signals that are ignored, as by nohup, stay so. Waiting calls are not begun anew.
