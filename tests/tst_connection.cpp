@@ -8,6 +8,7 @@
 #include <thread>
 
 #include <netinet/tcp.h>
+#include <sys/stat.h>
 #include <sys/un.h>
 
 namespace {
@@ -108,6 +109,7 @@ private Q_SLOTS:
     void aTransactionThatCannotBeginAnswersNothing();
     void profilesComeFromTheStoreOfTheirItem();
     void aDamagedStoreIsAnError();
+    void aFileThatIsReadWithoutLocksMayNotChange();
     void aServerThatDiesAmongTheRowsIsAnError();
     void aSilentServerIsGivenUp();
     void aServerThatFallsSilentAtOnceIsGivenUp_data() { addRows(SILENT_SERVERS); }
@@ -284,6 +286,32 @@ void tst_Connection::aDamagedStoreIsAnError()
     }
     write(m_stores.path(str("damaged")), whole.chopped(1));
     QVERIFY(Client(store).error().endsWith("malformed"));
+}
+
+void tst_Connection::aFileThatIsReadWithoutLocksMayNotChange()
+{
+    if (m_isPostgres) {
+        return;  // which always locks
+    }
+    QVERIFY(QDir(m_stores.folder.path()).mkdir(str("closed")));
+    const QByteArray store = sample("closed/store");
+    const auto allow = [this](const char *name, mode_t mode) {
+        return ::chmod(m_stores.path(str(name)).toUtf8().constData(), mode) == 0;
+    };
+    QVERIFY(allow("", 0755));
+    QVERIFY(allow("closed/store", 0444));
+    QVERIFY(allow("closed", 0555));
+    (void)!::setresuid(65534, 65534, uid_t(-1));  // root may write everywhere
+    Client client(store);
+    const QByteArrayList jobs = client.jobsOf(OUTPUT);
+    (void)!::setresuid(0, 0, uid_t(-1));
+    QVERIFY(allow("closed", 0755));
+    QVERIFY(allow("closed/store", 0644));
+    QVERIFY(!jobs.isEmpty());
+    sql(store, "DELETE FROM tq_job WHERE state = 1");
+    QCOMPARE(client.jobsOf(OUTPUT), QByteArrayList());
+    const QByteArray reason = ": the store was changed while it was read";
+    QCOMPARE(client.error(), m_stores.path(str("closed/store")).toUtf8() + reason);
 }
 
 void tst_Connection::aServerThatDiesAmongTheRowsIsAnError()
