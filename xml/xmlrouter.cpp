@@ -37,7 +37,6 @@ XMLRouter::XMLRouter(TQCommServer *server, QObject *parent, const char *name)
     m_agents[COMM_SERVER_ID] = bridge.get();
     m_sendTimer->setSingleShot(true);
     connect(m_sendTimer, SIGNAL(timeout()), this, SLOT(send()));
-    const QPointer<XMLRouter> self(this);  // allocates what the first QPointer to an object needs
     m_commServerAgent = bridge.release();
 }
 
