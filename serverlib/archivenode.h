@@ -25,7 +25,8 @@ public:
     /// once, and never below itself: it would be deleted twice.
     void add(ArchiveNode *child);
     /// The node directly below that holds the referred item: equal keys for a reference with a
-    /// valid key, else equal names; where the reference tells a data type, that too must agree.
+    /// valid key, else equal names, items without a valid key first; where the reference tells a
+    /// data type, that too must agree.
     /// Null when there is none, and for null. The node stays this one's.
     ///
     /// The reference comes from another item object with the same fields, so compare keys and

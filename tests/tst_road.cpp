@@ -1,6 +1,8 @@
+#include "postgres.h"
 #include "tqcommserver.h"
 #include "tqregistry.h"
 #include "tqstorageclass.h"
+#include "tqstore.h"
 #include "util.h"
 #include "xmlpacketable.h"
 #include "xpkreference.h"
@@ -56,6 +58,7 @@ class tst_Road : public QObject
 private Q_SLOTS:
     void fields();
     void archives();
+    void anItemIsInlinedWhereItsKeyStandsAndWhereItsNameStands();
 };
 
 void tst_Road::fields()
@@ -128,6 +131,31 @@ void tst_Road::archives()
         QVERIFY(profile->contains(
             "\n7 " + QByteArray::number(file.size(), 16) + ' ' + file.readAll().toBase64() + '\n'));
     }
+}
+
+// A job whose proof profile, named, is the profile that its key denotes.
+void tst_Road::anItemIsInlinedWhereItsKeyStandsAndWhereItsNameStands()
+{
+    QTemporaryDir folder;
+    const QByteArray url = "sqlite:" + folder.filePath(str("twice.db")).toUtf8();
+    std::string error;
+    QVERIFY(TQCreateSampleStore(url.constData(), {}, error));
+    sql(url,
+        "UPDATE tq_job SET profile_id = (SELECT id FROM tq_icc_profile WHERE name = 'sRGB'), "
+        "proof_profile = 'sRGB' WHERE id = 1");
+    TQCommServer server(url.constData());
+    TQLPCOMMANDS command;
+    ZQ_MESSAGE_ID message;
+    const TQKEY_ELEMENT job { 1, PACKETDATATYPE_JOB };
+    const std::unique_ptr<ArchiveNode> node(
+        server.getArchiveNode(command, message, PACKETDATATYPE_JOB, job));
+    const std::unique_ptr<XMLPacketable> item(XMLPacketable::fromArchiveNode(server, node.get()));
+    const auto profilesIn = [&item](const char *field) {
+        const QDomNode fields = XMLPacketable::getPacketableItemNode(item->getNodeConst());
+        return fields.firstChildElement(str(field)).childNodes().count();
+    };
+    QCOMPARE(profilesIn("_4"), 1);
+    QCOMPARE(profilesIn("_11"), 1);
 }
 
 QTEST_GUILESS_MAIN(tst_Road)

@@ -40,7 +40,11 @@ struct ArchiveNode::Children
         for (; indexed < nodes.size(); ++indexed) {
             if (const TQPacketable *item = nodes[indexed]->packetable) {
                 byKey[wordOf(item->dbkey)].push_back(nodes[indexed]);
-                byName[item->name ? item->name : ""].push_back(nodes[indexed]);
+                const char *name = item->name ? item->name : "";
+                byName[name].push_back(nodes[indexed]);
+                if (!TQKEY_CC::isValid(item->dbkey)) {
+                    byNameAlone[name].push_back(nodes[indexed]);
+                }
             }
         }
     }
@@ -49,6 +53,7 @@ struct ArchiveNode::Children
     size_t indexed = 0;  // how many of them the maps know
     std::unordered_map<std::uint64_t, Found> byKey;
     std::unordered_map<std::string, Found> byName;
+    std::unordered_map<std::string, Found> byNameAlone;  // without a valid key
 };
 
 ArchiveNode::ArchiveNode(TQPacketable *item) : packetable(item), m_children(new Children) {}
@@ -88,5 +93,7 @@ ArchiveNode *ArchiveNode::findNode(const TQDB_REFERENCE *reference) const
     if (!reference->name || !*reference->name) {
         return nullptr;
     }
-    return Children::first(m_children->byName, std::string(reference->name), *reference);
+    const std::string name = reference->name;
+    ArchiveNode *const alone = Children::first(m_children->byNameAlone, name, *reference);
+    return alone ? alone : Children::first(m_children->byName, name, *reference);
 }

@@ -73,11 +73,14 @@ void Archivist::addReferred(ArchiveNode &node)
     TQDB_REFERENCE *reference = nullptr;
     node.packetable->getReferences(0, &reference, 0);
     for (; reference; reference = reference->next) {
-        if (node.findNode(reference)) {
+        // An item that is known by its key is put where that key stands, not where its name does.
+        const bool isByKey = TQKEY_CC::isValid(reference->key);
+        const ArchiveNode *known = node.findNode(reference);
+        if (known && (isByKey || !TQKEY_CC::isValid(known->packetable->dbkey))) {
             continue;
         }
         const auto keyType = static_cast<PACKETDATATYPES>(reference->key.hkey);
-        std::unique_ptr<ArchiveNode> child = TQKEY_CC::isValid(reference->key)
+        std::unique_ptr<ArchiveNode> child = isByKey
             ? load(keyType, BY_KEY, reference->key.key)
             : load(reference->datatype, BY_NAME, QString::fromUtf8(reference->name));
         node.add(child.release());

@@ -79,7 +79,9 @@
 class TQSERVER_EXPORT TQReadTransaction
 {
 public:
+    /// Begins one on a connection of this thread; on one that is not open it does nothing.
     explicit TQReadTransaction(TQCommServer &server);
+    /// Ends it.
     ~TQReadTransaction();
     TQReadTransaction(const TQReadTransaction &) = delete;
     TQReadTransaction &operator=(const TQReadTransaction &) = delete;
