@@ -197,7 +197,8 @@ void tst_Archive::graphs()
     script().faults = { row.name };
     const auto item = load(graph.root());
     QCOMPARE(shape(item->getNodeConst()), str(row.expected));
-    QVERIFY(item->getDBkey().key == 1 && item->getType() == TYPE);
+    QVERIFY(item->getDBkey().key == 1);
+    QVERIFY(item->getType() == TYPE);
 }
 
 void tst_Archive::limits()
@@ -243,7 +244,8 @@ void tst_Archive::content()
             "<_1 value='inner'/>%1</item></packetable></_3>%1</item></packetable>")
             .arg(leaf));
     QCOMPARE(canonical(item->getNodeConst()), canonical(expected.root));
-    QVERIFY(item->getDataConst() && item->getDataConst()->dbkey.key == 1);
+    QVERIFY(item->getDataConst());
+    QVERIFY(item->getDataConst()->dbkey.key == 1);
     item->setData(m_server, child);  // a second load appends
     QCOMPARE(item->getName(), str("child"));
     QCOMPARE(item->getNodeConst().childNodes().count(), 2);
@@ -367,8 +369,12 @@ void tst_Archive::references()
     QCOMPARE(found.size(), 3);  // the first level only
     XPKReference *byKey = found.at(1);
     XPKReference *byName = found.at(2);
-    QVERIFY(byKey->key.key == 2 && byKey->key.hkey == HKEY && byKey->name.isNull());
-    QVERIFY(byName->key.key == 0 && byName->key.hkey == 0 && byName->name == str("leaf"));
+    QVERIFY(byKey->key.key == 2);
+    QVERIFY(byKey->key.hkey == HKEY);
+    QVERIFY(byKey->name.isNull());
+    QVERIFY(byName->key.key == 0);
+    QVERIFY(byName->key.hkey == 0);
+    QVERIFY(byName->name == str("leaf"));
     item->nullifyReference(byKey);
     item->nullifyReference(nullptr);
 
@@ -378,7 +384,8 @@ void tst_Archive::references()
     item.reset();
     QCOMPARE(shape(byKey->packetable->getNodeConst()), str("changed(deep)"));
     const std::unique_ptr<TQPacketable> server(byName->packetable->getData());
-    QVERIFY(server && QByteArray(server->name) == "leaf");
+    QVERIFY(server);
+    QVERIFY(QByteArray(server->name) == "leaf");
     delete found.takeFirst();
     QVERIFY(!before);
 

@@ -123,7 +123,8 @@ void tst_Road::archives()
         }
         qDeleteAll(references);
     }
-    QVERIFY(profiles.size() >= 2 && types.contains(PACKETDATATYPE_OUTPUT));
+    QVERIFY(profiles.size() >= 2);
+    QVERIFY(types.contains(PACKETDATATYPE_OUTPUT));
     QVERIFY(types.contains(PACKETDATATYPE_BOOK));
     for (auto profile = profiles.cbegin(); profile != profiles.cend(); ++profile) {
         QFile file(str("/usr/share/color/icc/") + profile.key() + str(".icc"));

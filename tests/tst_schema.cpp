@@ -137,7 +137,8 @@ void tst_Schema::items()
             documents += item ? QStringList(item->toString()) : QStringList();
         }
     }
-    QVERIFY(documents.size() > 560 && documents.filter(str("  <packetable")).size() > 500);
+    QVERIFY(documents.size() > 560);
+    QVERIFY(documents.filter(str("  <packetable")).size() > 500);
     for (const char *value : { "2 1 2", "1 2", "0 ", "", "a" }) {
         QStringList lines { str("SI 63") };
         const auto *field = TQGetSystemStorageClassConv(PACKETDATATYPE_SPECIMEN);

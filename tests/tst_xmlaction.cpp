@@ -73,23 +73,29 @@ void tst_XMLAction::properties()
 void tst_XMLAction::attributes()
 {
     const XMLAction absent;
-    QVERIFY(absent.getName().isNull() && absent.getOrgName().isNull() && absent.isXMLAction());
+    QVERIFY(absent.getName().isNull());
+    QVERIFY(absent.getOrgName().isNull());
+    QVERIFY(absent.isXMLAction());
     QCOMPARE(absent.getType() + absent.getOriginator(), 0);
     XMLAction action(str("%1"), 3, 7);
-    QVERIFY(action.getName() == str("%1") && action.getType() == 3 && action.getOriginator() == 7);
+    QVERIFY(action.getName() == str("%1"));
+    QVERIFY(action.getType() == 3);
+    QVERIFY(action.getOriginator() == 7);
     action.setName(QString());
     action.setType(-1);
     action.setOrgName(str("%2"));
     action.setRect(10, 20, 5, 5);
     action.setTextRect(1, 2, 3, 4);
-    QVERIFY(action.rect() == QRect(10, 20, 5, 5) && action.textRect() == QRect(1, 2, 3, 4));
+    QVERIFY(action.rect() == QRect(10, 20, 5, 5));
+    QVERIFY(action.textRect() == QRect(1, 2, 3, 4));
     QCOMPARE(canonical(action.getNodeConst()),
         str("<action name=%1;originator=7;type=-1><org_name >[3 #text:%2]</></>"));
     XMLPacketable item;
     item.setName(str("n"));
     const QDomElement copy = action.append(item);
     item.setName(str("later"));
-    QVERIFY(copy == action.getNodeConst().lastChild() && XMLPacketable::getName(copy) == str("n"));
+    QVERIFY(copy == action.getNodeConst().lastChild());
+    QVERIFY(XMLPacketable::getName(copy) == str("n"));
     const std::unique_ptr<TQPacketable> job(PacketableUtil::getPacketable(PACKETDATATYPE_JOB));
     QCOMPARE(canonical(action.append(*job)),
         str("<packetable datatype=15;hkey=0;key=0><item datatype=15></></>"));
@@ -98,17 +104,24 @@ void tst_XMLAction::attributes()
     action.removeNodesOfType(XMLObject::XMLOBJECT_PACKETABLE);
     QVERIFY(!action.hasNodesOfType(XMLObject::XMLOBJECT_PACKETABLE));
     action.setNode(QDomElement());
-    QVERIFY(action.append(item).isNull() && action.append(*job).isNull());
+    QVERIFY(action.append(item).isNull());
+    QVERIFY(action.append(*job).isNull());
 }
 
 void tst_XMLAction::lists()
 {
     XMLAction action;
-    QVERIFY(!action.hasTQKEY() && !action.hasTQKEYList() && action.getTQKEYList().isEmpty());
+    QVERIFY(!action.hasTQKEY());
+    QVERIFY(!action.hasTQKEYList());
+    QVERIFY(action.getTQKEYList().isEmpty());
     action.setNode(Xml("<action><tqkey_key>5</tqkey_key></action>").root);
-    QVERIFY(!action.hasTQKEY() && action.getTQKEY().key == 5 && action.getTQKEY().hkey == 0);
+    QVERIFY(!action.hasTQKEY());
+    QVERIFY(action.getTQKEY().key == 5);
+    QVERIFY(action.getTQKEY().hkey == 0);
     action.setTQKEY({ 0x10, 2 });
-    QVERIFY(action.hasTQKEY() && action.getTQKEY().key == 16 && action.getTQKEY().hkey == 2);
+    QVERIFY(action.hasTQKEY());
+    QVERIFY(action.getTQKEY().key == 16);
+    QVERIFY(action.getTQKEY().hkey == 2);
 
     TQKEY_ELEMENT one { 0x1f, 2 };
     TQKEY_ELEMENT two { 0xffffffff, 10 };
@@ -129,10 +142,12 @@ void tst_XMLAction::lists()
     action.setTQJobIDs({});
     QCOMPARE(XMLObject::getProperty(e, str("jobids")), str("1 1a -ff"));
     QCOMPARE(action.getJobIDs(), Ints({ 1, 26, -255 }));
-    QVERIFY(action.hasTQJobIDs() && action.getTQJobIDs().isEmpty());
+    QVERIFY(action.hasTQJobIDs());
+    QVERIFY(action.getTQJobIDs().isEmpty());
     QCOMPARE(action.getJobID() + action.getTQJobID(), 1);
     action.setNode(Xml("<action><tqkey_hkey>5</tqkey_hkey><tqkey_hkey_list/></action>").root);
-    QVERIFY(!action.hasTQKEY() && !action.hasTQKEYList());
+    QVERIFY(!action.hasTQKEY());
+    QVERIFY(!action.hasTQKEYList());
 }
 
 void tst_XMLAction::toggling()

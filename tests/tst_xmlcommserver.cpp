@@ -308,9 +308,12 @@ void tst_XMLCommServer::packets()
     for (const QPointer<XMLPacket> &packet : sent) {
         bridge.receive(packet);
     }
-    QVERIFY(bridge.getAgentType() == 0 && sent.count(nullptr) == 1 && !sent.first());
+    QVERIFY(bridge.getAgentType() == 0);
+    QVERIFY(sent.count(nullptr) == 1);
+    QVERIFY(!sent.first());
     runEvents();
-    QVERIFY(sent.count(nullptr) == 4 && script().calls.empty());
+    QVERIFY(sent.count(nullptr) == 4);
+    QVERIFY(script().calls.empty());
 }
 
 // What an application calls itself. Without a router a reply goes nowhere.
@@ -321,9 +324,11 @@ void tst_XMLCommServer::operations()
     TQKEY_ELEMENT first { 5, 85 };
     TQKEY_ELEMENT second { 6, 85 };
     auto books = reinterpret_cast<TQLISTRECORD *>(bridge.getBooks({ &second, nullptr, &first }));
-    QVERIFY(Record::of(books)->data.name == "B3" && script().records.size() == 3);
+    QVERIFY(Record::of(books)->data.name == "B3");
+    QVERIFY(script().records.size() == 3);
     TQPacketFreeList(&books, PACKETDATATYPE_BOOK);
-    QVERIFY(!bridge.getBooks(QList<TQKEY_ELEMENT *>()) && !bridge.getTQJOBs({ nullptr, &first }));
+    QVERIFY(!bridge.getBooks(QList<TQKEY_ELEMENT *>()));
+    QVERIFY(!bridge.getTQJOBs({ nullptr, &first }));
     // The router is not needed to ask, and an event loop may end the bridge itself.
     auto own = std::make_unique<XMLCommServer>(&server);
     XMLRouter(&server, nullptr, "gone").add(own.get());

@@ -48,7 +48,8 @@ void tst_XMLObject::ownElement()
 {
     O object(O::XMLOBJECT_UI);
     object.getNode().setAttribute(P, 1);
-    QVERIFY(object.getNode().parentNode().isNull() && !object.toString().contains(P));
+    QVERIFY(object.getNode().parentNode().isNull());
+    QVERIFY(!object.toString().contains(P));
     object.getNodeConst().toElement().setAttribute(P, 1);
     QVERIFY(object.toString().contains(P));
     Xml source("<x>%1<y/>%2</x>");
@@ -57,7 +58,8 @@ void tst_XMLObject::ownElement()
     object.setNode(object.getNodeConst());
     QCOMPARE(canonical(object.getNodeConst()), str("<x >[3 #text:%1]<y ></>[3 #text:%2]</>"));
     object.setNode(QDomElement());
-    QVERIFY(object.getNodeConst().isNull() && object.toString().isNull());
+    QVERIFY(object.getNodeConst().isNull());
+    QVERIFY(object.toString().isNull());
 }
 
 void tst_XMLObject::kinds()
@@ -151,7 +153,8 @@ void tst_XMLObject::readLists()
         bool ok = !isRead;
         QCOMPARE(O::toLongList(str(text), &ok, 16), members);
         QVERIFY2(ok == isRead, text);
-        QVERIFY(O::toULongList(QString(), &ok, 16).isEmpty() && ok == isRead);
+        QVERIFY(O::toULongList(QString(), &ok, 16).isEmpty());
+        QVERIFY(ok == isRead);
         Xml xml("<e/>");
         O::setProperty(xml.root, P, text);
         QCOMPARE(O::getPropertyLongList(xml.root, P, 16), isRead ? members : Ints());
@@ -215,11 +218,15 @@ void tst_XMLObject::nullElements()
     O::setAttribute(e, P, P);
     O::removeAttribute(e, P);
     O::removeAttribute(e, QString());
-    QVERIFY(O::createElement(e, P).isNull() && O::createTextNode(e, P).isNull());
-    QVERIFY(O::getNodesOfType(e, O::XMLOBJECT_UI, nodes) == 0 && !O::hasProperty(e, P));
-    QVERIFY(O::getProperty(e, P).isNull() && O::toString(e).isNull());
-    QVERIFY(O::getDocumentRoot(QDomDocument()).isNull() && O::getAttributeInt(e, P) == 0 &&
-        O::getAttributeInt(e, QString()) == 0);
+    QVERIFY(O::createElement(e, P).isNull());
+    QVERIFY(O::createTextNode(e, P).isNull());
+    QVERIFY(O::getNodesOfType(e, O::XMLOBJECT_UI, nodes) == 0);
+    QVERIFY(!O::hasProperty(e, P));
+    QVERIFY(O::getProperty(e, P).isNull());
+    QVERIFY(O::toString(e).isNull());
+    QVERIFY(O::getDocumentRoot(QDomDocument()).isNull());
+    QVERIFY(O::getAttributeInt(e, P) == 0);
+    QVERIFY(O::getAttributeInt(e, QString()) == 0);
 }
 
 QTEST_GUILESS_MAIN(tst_XMLObject)

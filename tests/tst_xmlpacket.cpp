@@ -29,17 +29,24 @@ void checkItem(Type type)
     QDomElement copy = packet.append(item);
     QDomNode body = copy.parentNode();
     own.setAttribute(str("n"), 1);
-    QVERIFY(body.lastChild() == copy && !copy.hasAttribute(str("n")));
+    QVERIFY(body.lastChild() == copy);
+    QVERIFY(!copy.hasAttribute(str("n")));
     packet.appendV(item);
-    QVERIFY(body.lastChild() == own && item.getNodeConst() == own);
+    QVERIFY(body.lastChild() == own);
+    QVERIFY(item.getNodeConst() == own);
     XMLPacket second;
     second.appendV(item);
-    QVERIFY(body.lastChild() == copy && second.hasNodesOfType(type) && own.parentNode() != body);
+    QVERIFY(body.lastChild() == copy);
+    QVERIFY(second.hasNodesOfType(type));
+    QVERIFY(own.parentNode() != body);
     copy.appendChild(copy.cloneNode(true));  // only direct children of the body count
     body.appendChild(copy.ownerDocument().createProcessingInstruction(copy.tagName(), str("x")));
     std::list<QDomNode> nodes { body };
-    QVERIFY(packet.getNodesOfType(type, nodes) == 2 && nodes.size() == 3);
-    QVERIFY(packet.hasNodesOfType(type) && !packet.isEmpty() && !packet.hasNodesOfType(Type(7)));
+    QVERIFY(packet.getNodesOfType(type, nodes) == 2);
+    QVERIFY(nodes.size() == 3);
+    QVERIFY(packet.hasNodesOfType(type));
+    QVERIFY(!packet.isEmpty());
+    QVERIFY(!packet.hasNodesOfType(Type(7)));
 }
 
 // Packet and moved item may go in either order, and the item may move on.
@@ -52,7 +59,8 @@ void checkLifetime()
         XMLObject::createElementV(e, str("child"));
         XMLPacket().append(*item);
         T().setNode(e);
-        QVERIFY(item->getNode().hasChildNodes() && !e.ownerDocument().isNull());
+        QVERIFY(item->getNode().hasChildNodes());
+        QVERIFY(!e.ownerDocument().isNull());
     };
     XMLPacket().appendV(*item);
     use();
@@ -65,7 +73,8 @@ void checkLifetime()
     use();
     packet.appendV(*item);
     item.reset();
-    QVERIFY(!packet.isEmpty() && packet != copy);
+    QVERIFY(!packet.isEmpty());
+    QVERIFY(packet != copy);
 }
 
 // A document's text with the attributes of each tag in order.
@@ -141,16 +150,21 @@ void tst_XMLPacket::header()
                         " <body/>\n</tqxml>\n";
     QCOMPARE(str(printed([&] { packet.print(); })), str(form).arg(XMLObject::TQ_NAMESPACE));
     QCOMPARE(packet.toString().trimmed(), str("<tqxml/>"));
-    QVERIFY(packet.getSourceAgentID() == 0 && packet.getDestinationAgentID() == 0);
+    QVERIFY(packet.getSourceAgentID() == 0);
+    QVERIFY(packet.getDestinationAgentID() == 0);
     XMLPacket copy;
     for (const int id : { -1, 1, INT_MAX, INT_MIN, 0 }) {
         packet.setSourceAgentID(id);
-        QVERIFY(packet != copy && &(copy = packet) == &copy && packet == copy);
+        QVERIFY(packet != copy);
+        QVERIFY(&(copy = packet) == &copy);
+        QVERIFY(packet == copy);
         packet.setDestinationAgentID(~id);
-        QVERIFY(packet != copy && packet.isEmpty());
+        QVERIFY(packet != copy);
+        QVERIFY(packet.isEmpty());
         const XMLPacket &same = packet;
         packet = same;
-        QVERIFY(packet.getSourceAgentID() == id && packet.getDestinationAgentID() == ~id);
+        QVERIFY(packet.getSourceAgentID() == id);
+        QVERIFY(packet.getDestinationAgentID() == ~id);
     }
     packet.init(nullptr);
     QVERIFY(packet == XMLPacket());
@@ -174,7 +188,8 @@ void tst_XMLPacket::items()
     QCOMPARE(canonical(message.getNodeConst()), str("<msg msg=%1></>").arg(message.getMessage()));
     message.setNode(QDomElement());
     message.setMessage(str("x"));
-    QVERIFY(message.getMessage().isNull() && packet.append(message).isNull());
+    QVERIFY(message.getMessage().isNull());
+    QVERIFY(packet.append(message).isNull());
 }
 
 void tst_XMLPacket::damagedPacket()
@@ -198,15 +213,19 @@ void tst_XMLPacket::damagedPacket()
     plain.append(message);
     plain.setSourceAgentID(2);
     header.replaceChild(Xml("<src agent_id='2'/>").root, header.firstChild());
-    QVERIFY(plain == other && other == plain);
+    QVERIFY(plain == other);
+    QVERIFY(other == plain);
     XMLPacket copy;
     copy = packet;
     copy.setSourceAgentID(1);
     copy.appendV(message);
     TQPacketable item(PACKETDATATYPE_OUTPUT);
-    QVERIFY(copy.append(message).isNull() && copy.append(item, true).isNull() && copy.isEmpty());
-    QVERIFY(!copy.hasNodesOfType(XMLObject::XMLOBJECT_MSG) && copy.getSourceAgentID() == 0 &&
-        copy == packet);
+    QVERIFY(copy.append(message).isNull());
+    QVERIFY(copy.append(item, true).isNull());
+    QVERIFY(copy.isEmpty());
+    QVERIFY(!copy.hasNodesOfType(XMLObject::XMLOBJECT_MSG));
+    QVERIFY(copy.getSourceAgentID() == 0);
+    QVERIFY(copy == packet);
 }
 
 // Packets are equal when their texts are, up to the order of attributes.

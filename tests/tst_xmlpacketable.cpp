@@ -154,7 +154,9 @@ private Q_SLOTS:
 void tst_XMLPacketable::attributes()
 {
     X item;
-    QVERIFY(item.getName().isNull() && !item.isCurrent() && item.getType() == 0);
+    QVERIFY(item.getName().isNull());
+    QVERIFY(!item.isCurrent());
+    QVERIFY(item.getType() == 0);
     item.setDBkey({ 15, 16 });
     item.setType(Type(0xffffffff));
     item.setName(str("%1"));
@@ -163,12 +165,18 @@ void tst_XMLPacketable::attributes()
     QCOMPARE(canonical(item.getNodeConst()),
         str("<packetable "
             "datatype=ffffffff;hkey=10;is_current=1;is_replacement=1;key=f;name=%1></>"));
-    QVERIFY(item.getDBkey().key == 15 && item.getDBkey().hkey == 16 && item.isCurrent());
-    QVERIFY(unsigned(item.getType()) == 0xffffffff && item.isReplacement());
+    QVERIFY(item.getDBkey().key == 15);
+    QVERIFY(item.getDBkey().hkey == 16);
+    QVERIFY(item.isCurrent());
+    QVERIFY(unsigned(item.getType()) == 0xffffffff);
+    QVERIFY(item.isReplacement());
     item.clearReplacement();
-    QVERIFY(!item.isReplacement() && item.getName() == str("%1"));
+    QVERIFY(!item.isReplacement());
+    QVERIFY(item.getName() == str("%1"));
     item.setNode(Xml("<x datatype='100000000' key='x' hkey='-1' is_current='true'/>").root);
-    QVERIFY(item.getType() == 0 && !item.isCurrent() && !TQKEY_CC::isValid(item.getDBkey()));
+    QVERIFY(item.getType() == 0);
+    QVERIFY(!item.isCurrent());
+    QVERIFY(!TQKEY_CC::isValid(item.getDBkey()));
 }
 
 void tst_XMLPacketable::queries()
@@ -178,7 +186,8 @@ void tst_XMLPacketable::queries()
             "</list></item><?item x?><item datatype='8'><_1 value='a'/>x<?_2 x?><_2/></item>"
             "</packetable><packetable datatype='8' n='4'/><ui datatype='8'/></body>");
     std::list<QDomNode> nodes { xml.document };
-    QVERIFY(X::getPacketableNodesOfType(xml.root, OUTPUT, nodes) == 2 && nodes.size() == 3);
+    QVERIFY(X::getPacketableNodesOfType(xml.root, OUTPUT, nodes) == 2);
+    QVERIFY(nodes.size() == 3);
     const QDomElement first = X::getFirstPacketableNodeOfType(xml.root, OUTPUT).toElement();
     QCOMPARE(first.attribute(str("n")), str("1"));
     QVERIFY(X::getFirstPacketableNodeOfType(xml.root, Type(7)).isNull());
@@ -188,13 +197,15 @@ void tst_XMLPacketable::queries()
     QVERIFY(X::getPacketableItemTagNodes(nodes.back().toElement()).isEmpty());
     X::setType(item, Type(1));
     QCOMPARE(X::getPacketableItemTagNodes(first).count(), 4);
-    QVERIFY(X::getTagNode(xml.root, 2).isElement() && X::getTagNode(xml.root, 3).isNull());
+    QVERIFY(X::getTagNode(xml.root, 2).isElement());
+    QVERIFY(X::getTagNode(xml.root, 3).isNull());
     QCOMPARE(X::getTagAttribute(xml.root, 1, X::VALUE), str("a"));
     QCOMPARE(canonical(X::getEmptyNodeOfType(item, Type(48))),
         str("<packetable datatype=30><item datatype=30></></>"));
     CONVERTSTRUCTELEMENTINFO table[] = { { 1, 7, 0, 1, {} }, {}, { 1, 8, 0, 1, {} } };
     QCOMPARE(X::getConvStructFromDataTag(table, 7), &table[0]);
-    QVERIFY(!X::getConvStructFromDataTag(table, 8) && !X::getConvStructFromDataTag(nullptr, 7));
+    QVERIFY(!X::getConvStructFromDataTag(table, 8));
+    QVERIFY(!X::getConvStructFromDataTag(nullptr, 7));
     QCOMPARE(X::getXMLTagNameFromDATATAG(INT_MIN), str("_-80000000"));
     QCOMPARE(X::getDATATAGFromXMLTagName(str("_1a2b")), str("1a2b"));
     QCOMPARE(X::getDATATAGFromXMLTagName(str("x9")), str("9"));
@@ -202,7 +213,8 @@ void tst_XMLPacketable::queries()
     QStringRef parts[2];
     for (QString &text : texts) {
         X::getTagValuePair(text, parts[0], parts[1]);
-        QVERIFY(parts[0].toString() == str("1\t2") && parts[1].toString() == str("3 4 "));
+        QVERIFY(parts[0].toString() == str("1\t2"));
+        QVERIFY(parts[1].toString() == str("3 4 "));
     }
 }
 
@@ -225,7 +237,8 @@ void tst_XMLPacketable::shapes()
     for (const auto create : { X::createSimpleElement, X::createTQKEYElement,
              X::createNumberArrayElement, X::createStringArrayElement }) {
         const QDomNode created = create(xml.root, str("_1"), str("1 a\rb"));
-        QVERIFY(created == xml.root.lastChild() && create(null, str("_1"), str("1")).isNull());
+        QVERIFY(created == xml.root.lastChild());
+        QVERIFY(create(null, str("_1"), str("1")).isNull());
         QCOMPARE(canonical(created), str(SHAPES[shape++]));
     }
     shape = 0;
@@ -370,29 +383,39 @@ void tst_XMLPacketable::serverItems()
     source.dbkey = { 1, 2 };
     source.TQPacketable::setName("\xc3\xa4%1");
     X item;
-    QVERIFY(!item.getDataConst() && packetOf(item.getNodeConst()).isNull());
+    QVERIFY(!item.getDataConst());
+    QVERIFY(packetOf(item.getNodeConst()).isNull());
     item.setData(source);
     TQPacketable *const cached = item.getDataConst();
-    QVERIFY(cached && cached->dbkey.key == 1 && cached->dbkey.hkey == 2);
+    QVERIFY(cached);
+    QVERIFY(cached->dbkey.key == 1);
+    QVERIFY(cached->dbkey.hkey == 2);
     item.setName(str("other"));
     item.setType(OUTPUT);
-    QVERIFY(item.getDataConst() == cached && str(cached->name) == str(source.name));
+    QVERIFY(item.getDataConst() == cached);
+    QVERIFY(str(cached->name) == str(source.name));
     item.setType(SPECIMEN);
     const std::unique_ptr<TQPacketable> copy(item.getData());
-    QVERIFY(copy && copy.get() != cached);
+    QVERIFY(copy);
+    QVERIFY(copy.get() != cached);
     item.setData(*cached);  // its own: read before it goes
     QCOMPARE(packetOf(item.getNodeConst()), text.repeated(2));
     QCOMPARE(item.getName(), str("\xc3\xa4%1"));
     item.setData(Xml("<packetable datatype='63'><item datatype='8'/></packetable>").root);
-    QVERIFY(!item.getDataConst() && !item.getData());
+    QVERIFY(!item.getDataConst());
+    QVERIFY(!item.getData());
     item.getNodeConst().firstChildElement().setAttribute(X::DATATYPE, str("63"));
     QVERIFY(item.getDataConst());  // a failed build is tried again
-    QVERIFY(*item.getDataConst()->name == 0 && !TQKEY_CC::isValid(item.getDataConst()->dbkey));
+    QVERIFY(*item.getDataConst()->name == 0);
+    QVERIFY(!TQKEY_CC::isValid(item.getDataConst()->dbkey));
     item.setData(QDomText());
     item.setData(source);
-    QVERIFY(item.getNodeConst().isNull() && item.getName().isNull() && !item.getDataConst());
+    QVERIFY(item.getNodeConst().isNull());
+    QVERIFY(item.getName().isNull());
+    QVERIFY(!item.getDataConst());
     XMLPacket().appendV(item);
-    QVERIFY(XMLPacket().append(item).isNull() && XMLAction().append(item).isNull());
+    QVERIFY(XMLPacket().append(item).isNull());
+    QVERIFY(XMLAction().append(item).isNull());
 }
 
 // An item whose element lies in a document that another owns, and that owner, die in either order.

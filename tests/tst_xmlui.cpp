@@ -46,7 +46,8 @@ void tst_XMLUI::actions()
 {
     XMLUI ui(str("%1"));
     Actions actions;
-    QVERIFY(ui.getActions(actions) == 0 && ui.visibleActionCount() == 0);
+    QVERIFY(ui.getActions(actions) == 0);
+    QVERIFY(ui.visibleActionCount() == 0);
     QCOMPARE(ui.getName(), str("%1"));
     XMLAction action(str("a"), 1, 2);
     QDomElement copy = ui.append(action);
@@ -64,7 +65,8 @@ void tst_XMLUI::actions()
     QCOMPARE(originators(actions), str("112"));
     ui.setNode(QDomElement());
     ui.setActionVisible(5, 1, true);
-    QVERIFY(ui.append(action).isNull() && ui.getActions(actions) == 0);
+    QVERIFY(ui.append(action).isNull());
+    QVERIFY(ui.getActions(actions) == 0);
 }
 
 // The first two actions change, and nothing else.
@@ -84,7 +86,9 @@ void tst_XMLUI::edited()
 void tst_XMLUI::image()
 {
     XMLImage image;
-    QVERIFY(image.isXMLImage() && image.getName().isNull() && image.getURL().isNull());
+    QVERIFY(image.isXMLImage());
+    QVERIFY(image.getName().isNull());
+    QVERIFY(image.getURL().isNull());
     image.setURL(str("file:///a b%20%1?x&y"));
     image.setURL(QString());
     QCOMPARE(canonical(image.getNodeConst()), str("<img url=file:///a b%20%1?x&y></>"));
