@@ -321,15 +321,10 @@ bool Database::commit()
 
 void Database::rollback()
 {
-    const QString error = m_error;
-    const bool suspect = m_suspect;
     for (auto &statement : m_statements) {
         statement.second.query.finish();
     }
-    if (!execute(QStringLiteral("ROLLBACK"))) {
-        m_error = error;  // the first error says more
-    }
-    m_suspect = m_suspect || suspect;
+    execute(QStringLiteral("ROLLBACK"));
 }
 
 bool Database::isWhole()
