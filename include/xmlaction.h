@@ -28,8 +28,10 @@ public:
     ~XMLAction() override;
 
     /// @{
-    /// Switches; visible and enabled are true when absent, all others false. A text that is
-    /// neither 0 nor 1 counts as present, and reads false.
+    /// Switches: the properties "visible", "show_newest_page", "enabled", "checkable", "checked",
+    /// "selected", "need_update", "exclude_publications", "paint_pixmap" and "sort_ascending".
+    /// Visible and enabled are true when absent, all others false. A text that is neither 0 nor 1
+    /// counts as present, and reads false.
     static void setVisible(QDomElement &e, bool visible);
     void setVisible(bool visible);
     bool hasVisible() const;
@@ -62,8 +64,8 @@ public:
     /// @}
 
     /// @{
-    /// Attributes: null string or 0 when absent; an empty name leaves the earlier one. For a
-    /// request, the type is the request type.
+    /// Attributes "name", "type" and "originator": null string or 0 when absent; an empty name
+    /// leaves the earlier one. For a request, the type is the request type.
     static void setName(QDomElement &e, const QString &name);
     void setName(const QString &name);
     QString getName() const;
@@ -74,21 +76,23 @@ public:
     /// @}
 
     /// @{
-    /// The original name, a property beside the attribute name; a null string when absent.
+    /// The original name, property "org_name"; a null string when absent.
     static void setOrgName(QDomElement &e, const QString &orgName);
     void setOrgName(const QString &orgName);
     QString getOrgName() const;
     /// @}
 
     /// @{
-    /// One database key; present when both words are, and each word reads as 0 when absent.
+    /// One database key: properties "tqkey_hkey" and "tqkey_key", base 16. Present when both words
+    /// are; each word reads as 0 when absent.
     void setTQKEY(const TQKEY_ELEMENT &key);
     bool hasTQKEY() const;
     TQKEY_ELEMENT getTQKEY() const;
     /// @}
 
     /// @{
-    /// A list of database keys; null pointers in it are skipped. getTQKEYList() returns new keys,
+    /// A list of database keys: properties "tqkey_hkey_list" and "tqkey_key_list", base 16. Null
+    /// pointers are skipped; the caller keeps what it passes. getTQKEYList() returns new keys,
     /// owned by the caller; as many as the shorter of the two properties holds.
     void setTQKEYList(const QList<TQKEY_ELEMENT *> &keys);
     bool hasTQKEYList() const;
@@ -96,8 +100,8 @@ public:
     /// @}
 
     /// @{
-    /// Job ids, lists of numbers in base 16; the single forms write a list of one and read the
-    /// first, 0 when there is none.
+    /// Job ids: properties "jobids" and "tqjobids", lists of numbers in base 16. The single forms
+    /// write a list of one and read the first, 0 when there is none.
     void setJobIDs(const QList<int> &ids);
     void setJobID(int id);
     bool hasJobIDs() const;
@@ -113,8 +117,10 @@ public:
     /// @}
 
     /// @{
-    /// Numbers; 0 when absent, the colour 0xffffff. That is 0xrrggbb; higher bits are kept as they
-    /// are. The doubles keep 6 significant digits.
+    /// Numbers: the properties "pagenum", "channel_id", "index", "x", "y", "x_double", "y_double",
+    /// "colour" and "sort_type". They read 0 when absent, the colour 0xffffff: 0xrrggbb, where
+    /// higher bits are kept as they are. Channel and colour are stored in base 16, the others in
+    /// base 10. The doubles keep 6 significant digits.
     void setPageNumber(int page);
     bool hasPageNumber() const;
     int getPageNumber() const;
