@@ -112,8 +112,9 @@ void tst_XMLActionGroup::aMemberIsConnectedToTheGroup()
     Scene scene;
     const XMLAction *member = scene.actions[1];
     QCOMPARE(member->actionGroup(), scene.group.data());
-    QVERIFY(disconnect(member, SIGNAL(toggled(bool)), scene.group, SLOT(updateActions())));
-    QVERIFY(disconnect(member, SIGNAL(destroyed(QObject *)), scene.group, SLOT(removeAction())));
+    QVERIFY(disconnect(member, &XMLAction::toggled, scene.group, &XMLActionGroup::updateActions));
+    QVERIFY(disconnect(
+        member, &QObject::destroyed, scene.group, qOverload<>(&XMLActionGroup::removeAction)));
 }
 
 void tst_XMLActionGroup::oneStaysChecked()

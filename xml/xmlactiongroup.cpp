@@ -16,8 +16,8 @@ XMLAction *XMLActionGroup::addAction(XMLAction *action)
     if (action) {
         m_actions.append(action);
         action->setActionGroup(this);
-        connect(action, SIGNAL(toggled(bool)), this, SLOT(updateActions()));
-        connect(action, SIGNAL(destroyed(QObject *)), this, SLOT(removeAction()));
+        connect(action, &XMLAction::toggled, this, &XMLActionGroup::updateActions);
+        connect(action, &QObject::destroyed, this, qOverload<>(&XMLActionGroup::removeAction));
     }
     return action;
 }
@@ -61,7 +61,7 @@ void XMLActionGroup::updateActions()
     const QList<QPointer<XMLAction>> members = m_actions;
     const QPointer<XMLActionGroup> self(this);
     m_updating = true;
-    const auto end = qScopeGuard([&self] {  // also when memory runs out
+    const auto end = qScopeGuard([&self] {
         if (self) {
             self->m_updating = false;
         }

@@ -36,7 +36,7 @@ XMLRouter::XMLRouter(TQCommServer *server, QObject *parent, const char *name)
     bridge->setRouter(this);
     m_agents[COMM_SERVER_ID] = bridge.get();
     m_sendTimer->setSingleShot(true);
-    connect(m_sendTimer, SIGNAL(timeout()), this, SLOT(send()));
+    connect(m_sendTimer, &QTimer::timeout, this, qOverload<>(&XMLRouter::send));
     m_commServerAgent = bridge.release();
 }
 
@@ -157,7 +157,6 @@ void XMLRouter::send(XMLPacket *packet)
     if (!packet || packet->m_takenBy) {
         return;
     }
-    // What fails for want of memory leaves the packet to the caller.
     const bool isDuplicate = !m_packetQueue.isEmpty() && *m_packetQueue.last() == *packet;
     if (isDuplicate || !contains(packet->getSourceAgentID())) {
         packet->deleteLater();
@@ -175,7 +174,8 @@ void XMLRouter::schedule()
     if (!dispatcher) {
         // No timer can run yet, but what is posted now arrives once there is an event loop. It is
         // lost where an application object comes and goes without running one.
-        QMetaObject::invokeMethod(this, "send", Qt::QueuedConnection);
+        QMetaObject::invokeMethod(
+            this, [this] { send(); }, Qt::QueuedConnection);
     } else if (!m_sendTimer->isActive() || m_dispatcher != dispatcher) {
         m_dispatcher = dispatcher;
         m_sendTimer->start(0);
