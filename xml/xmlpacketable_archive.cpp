@@ -9,12 +9,12 @@
 #include "tqcommserver.h"
 #include "tqitems.h"
 
-#include <QHash>  // std::hash of a QString
-
 #include <algorithm>
+#include <map>
 #include <memory>
-#include <unordered_map>
 #include <vector>
+
+using namespace TQXmlInternal;
 
 namespace {
 
@@ -63,19 +63,15 @@ private:
         }
     }
 
-    // Not QHash, which ends the program where there is no memory.
     template<typename Key>
-    using Index = std::unordered_map<Key, QList<QDomElement>>;
-
-    template<typename Key>
-    static QList<QDomElement> find(const Index<Key> &index, const Key &key)
+    static QList<QDomElement> find(const std::map<Key, QList<QDomElement>> &index, const Key &key)
     {
         const auto found = index.find(key);
         return found == index.end() ? QList<QDomElement>() : found->second;
     }
 
-    Index<quint64> m_byKey;
-    Index<QString> m_byName;
+    std::map<quint64, QList<QDomElement>> m_byKey;
+    std::map<QString, QList<QDomElement>> m_byName;
 };
 
 // ICC profiles keep their data on the server until they are loaded.
