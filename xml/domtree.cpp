@@ -1,19 +1,22 @@
 #include "domtree_p.h"
 
-#include "xmlobject.h"
-
+#include <QIODevice>
 #include <QStringList>
+#include <QTextStream>
 
 #include <algorithm>
 #include <tuple>
 #include <vector>
+
+namespace TQXmlInternal {
 
 namespace {
 
 // Attributes beyond which an element's are compared as text.
 constexpr int MANY_ATTRIBUTES = 256;
 
-// Moves node to the next one that is not below it, within depth levels; false when there is none.
+// Moves node to the next one that is not below it, within depth levels; false when there is
+// none.
 bool stepOver(QDomNode &node, int &depth)
 {
     while (depth > 0 && node.nextSibling().isNull()) {
@@ -70,7 +73,7 @@ QString takeTextRun(QDomNode &node)
 {
     QString text;
     for (; isPlainText(node); node = node.nextSibling()) {
-        text += XMLObject::toString(node);
+        text += writtenText(node);
     }
     return text;
 }
@@ -83,8 +86,8 @@ bool skipEmptyTexts(QDomNode &node)
     return takeTextRun(node).isEmpty() && (follows || node.isCDATASection());
 }
 
-// Compares the texts that start at both nodes and moves both behind them. Adjacent text nodes are
-// written as one: "a" and "b" like "ab". An empty text is not written like an absent one.
+// Compares the texts that start at both nodes and moves both behind them. Adjacent text nodes
+// are written as one: "a" and "b" like "ab". An empty text is not written like an absent one.
 bool sameTexts(QDomNode &a, QDomNode &b)
 {
     if (isPlainText(a) != isPlainText(b)) {
@@ -106,8 +109,8 @@ bool sameTexts(QDomNode &a, QDomNode &b)
     return true;
 }
 
-// An attribute's, or an element's, name, value and namespace. Empty and null namespaces are written
-// differently.
+// An attribute's, or an element's, name, value and namespace. Empty and null namespaces are
+// written differently.
 using NodeText = std::tuple<QString, QString, QString, bool>;
 
 NodeText textOf(const QDomNode &node)
@@ -127,13 +130,13 @@ std::vector<NodeText> sorted(const QDomNamedNodeMap &attributes)
     return list;
 }
 
-// What the attributes say, in order, taken from the text of the element's tag: QtXml walks to an
-// attribute at an index, which takes long where there are many.
+// What the attributes say, in order, taken from the text of the element's tag: QtXml walks to
+// an attribute at an index, which takes long where there are many.
 QStringList sortedTexts(const QDomElement &e)
 {
     // <name a="1" b="2"/>
     const QDomNode bare = e.hasChildNodes() ? e.cloneNode(false) : QDomNode(e);
-    const QString tag = XMLObject::toString(bare);
+    const QString tag = writtenText(bare);
     const auto start = tag.indexOf(QLatin1Char(' '), e.tagName().size()) + 1;
     const auto end = tag.lastIndexOf(QLatin1Char('"'));
     QStringList texts = tag.mid(start, end - start).split(QStringLiteral("\" "));
@@ -177,7 +180,7 @@ bool sameNode(const QDomNode &a, const QDomNode &b, QString &likely)
     if (a.isElement()) {
         return textOf(a) == textOf(b) && sameAttributes(a.toElement(), b.toElement(), likely);
     }
-    return a.isDocument() || XMLObject::toString(a) == XMLObject::toString(b);
+    return a.isDocument() || writtenText(a) == writtenText(b);
 }
 
 }  // namespace
@@ -185,6 +188,14 @@ bool sameNode(const QDomNode &a, const QDomNode &b, QString &likely)
 QDomNode withinDepth(const QDomNode &node)
 {
     return isDeeper(node, MAX_TREE_DEPTH) ? copyWithin(node, MAX_TREE_DEPTH) : node;
+}
+
+QString writtenText(const QDomNode &node)
+{
+    QString text;
+    QTextStream stream(&text, QIODevice::WriteOnly);
+    stream << withinDepth(node);
+    return text;
 }
 
 QDomNode nextBelow(const QDomNode &node, const QDomNode &root)
@@ -250,3 +261,5 @@ bool sameDocument(const QDomDocument &a, const QDomDocument &b)
         }
     }
 }
+
+}  // namespace TQXmlInternal

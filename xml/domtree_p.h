@@ -1,21 +1,22 @@
-#ifndef DOMTREE_P_H
-#define DOMTREE_P_H
+#ifndef TQXML_DOMTREE_P_H
+#define TQXML_DOMTREE_P_H
 
-#include "tqtypes.h"
+#include "vocabulary_p.h"
 
 #include <QDomDocument>
 
-// Walks over DOM trees that come from outside and may nest without end: none of them recurses.
+namespace TQXmlInternal {
 
-// Levels below a node that are copied and written. QtXml itself recurses there, and its writer
-// needs 2 KB of stack for each.
-constexpr int MAX_TREE_DEPTH = TQMAX_NESTING + 128;
+// Walks over DOM trees that come from outside and may nest without end: none of them recurses.
 
 // The node itself, or, when the tree below it is deeper than MAX_TREE_DEPTH, a copy down to there.
 QDomNode withinDepth(const QDomNode &node);
 
 // The node that follows in document order below root; null at the end.
 QDomNode nextBelow(const QDomNode &node, const QDomNode &root);
+
+// The text that QtXml writes for a node, down to MAX_TREE_DEPTH.
+QString writtenText(const QDomNode &node);
 
 // The text below an element; never a null string.
 QString textBelow(const QDomNode &parent);
@@ -25,5 +26,7 @@ bool isWithin(QDomNode node, const QDomNode &ancestor);
 
 // True when both documents are written alike, up to the order of attributes.
 bool sameDocument(const QDomDocument &a, const QDomDocument &b);
+
+}  // namespace TQXmlInternal
 
 #endif

@@ -2,7 +2,7 @@
 
 #include "domtree_p.h"
 #include "text_p.h"
-#include "xmlpacketable.h"
+#include "vocabulary_p.h"
 
 #include <algorithm>
 #include <iterator>
@@ -20,6 +20,8 @@
 //
 // Sizes are hexadecimal. CR is the carriage return, without blanks around it.
 
+namespace TQXmlInternal {
+
 namespace {
 
 // Items of this type are never converted.
@@ -28,8 +30,8 @@ constexpr unsigned int UNCONVERTED = PACKETDATATYPE_UNCONVERTED;
 // Tables that are remembered; far more than there are data types.
 constexpr size_t MAX_TABLES = 1024;
 
-// Shape of a field by element type code. Codes outside every span have none. The width of a field
-// tells codes apart that have the same shape, so it is not looked at.
+// Shape of a field by element type code. Codes outside every span have none. The width of a
+// field tells codes apart that have the same shape, so it is not looked at.
 struct Span
 {
     TQELEMENTTYPE first;
@@ -86,14 +88,11 @@ void setText(QDomElement &e, const QString &attribute, QStringView value)
     }
 }
 
-void setSize(QDomElement &e, unsigned int size)
-{
-    e.setAttribute(XMLPacketable::SIZE, numberText(size, 16));
-}
+void setSize(QDomElement &e, unsigned int size) { e.setAttribute(SIZE, numberText(size, 16)); }
 
 void appendValue(QDomDocument &document, QDomElement &array, QStringView text)
 {
-    QDomElement value = document.createElement(XMLPacketable::VALUE);
+    QDomElement value = document.createElement(VALUE);
     value.appendChild(document.createTextNode(text.toString()));
     array.appendChild(value);
 }
@@ -110,7 +109,7 @@ void writeArray(LineBuffer &out, QStringView tag, const QDomElement &e, char16_t
     const size_t countAt = out.size();
     qint64 count = 0;
     for (QDomNode node = e.firstChild(); !node.isNull(); node = node.nextSibling()) {
-        if (node.toElement().tagName() == XMLPacketable::VALUE) {
+        if (node.toElement().tagName() == VALUE) {
             out += count++ == 0 ? BLANK : separator;
             append(out, textBelow(node));
         }
@@ -123,14 +122,11 @@ void writeArray(LineBuffer &out, QStringView tag, const QDomElement &e, char16_t
     out += LINE_FEED;
 }
 
-void readSimple(QDomDocument &, QDomElement &e, QStringView text)
-{
-    setText(e, XMLPacketable::VALUE, text);
-}
+void readSimple(QDomDocument &, QDomElement &e, QStringView text) { setText(e, VALUE, text); }
 
 void writeSimple(LineBuffer &out, QStringView tag, const QDomElement &e)
 {
-    const QString value = e.attribute(XMLPacketable::VALUE);
+    const QString value = e.attribute(VALUE);
     if (!value.isEmpty()) {
         startLine(out, tag);
         append(out, value);
@@ -143,19 +139,19 @@ void readKey(QDomDocument &, QDomElement &e, QStringView text)
     if (countParts(text, BLANK) != 2) {
         return;
     }
-    const QString *attribute = &XMLPacketable::KEY;
+    const QString *attribute = &KEY;
     forEachPart(text, BLANK, [&](QStringView part) {
         setText(e, *attribute, part);
-        attribute = &XMLPacketable::HKEY;
+        attribute = &HKEY;
     });
 }
 
 void writeKey(LineBuffer &out, QStringView tag, const QDomElement &e)
 {
     startLine(out, tag);
-    append(out, e.attribute(XMLPacketable::KEY));
+    append(out, e.attribute(KEY));
     out += BLANK;
-    append(out, e.attribute(XMLPacketable::HKEY));
+    append(out, e.attribute(HKEY));
     out += LINE_FEED;
 }
 
@@ -207,14 +203,14 @@ void writeStringArray(LineBuffer &out, QStringView tag, const QDomElement &e)
 void readBinary(QDomDocument &document, QDomElement &e, QStringView text)
 {
     const qsizetype blank = indexOf(text, BLANK);
-    setText(e, XMLPacketable::SIZE, blank < 0 ? text : text.left(blank));
+    setText(e, SIZE, blank < 0 ? text : text.left(blank));
     e.appendChild(document.createTextNode(text.mid(blank + 1).toString()));
 }
 
 void writeBinary(LineBuffer &out, QStringView tag, const QDomElement &e)
 {
     startLine(out, tag);
-    append(out, e.attribute(XMLPacketable::SIZE));
+    append(out, e.attribute(SIZE));
     out += BLANK;
     append(out, textBelow(e));
     out += LINE_FEED;
@@ -243,8 +239,7 @@ FieldTable::FieldTable(const CONVERTSTRUCTELEMENTINFO *records)
 {
     const CONVERTSTRUCTELEMENTINFO *end = records;
     for (; end->type != 0; ++end) {
-        m_fields.push_back({ end->tag, end->type, shapeOf(end->type),
-            XMLPacketable::getXMLTagNameFromDATATAG(int(end->tag)) });
+        m_fields.push_back({ end->tag, end->type, shapeOf(end->type), fieldName(int(end->tag)) });
     }
     m_records.assign(records, end + 1);
     std::stable_sort(m_fields.begin(), m_fields.end(),
@@ -284,6 +279,8 @@ const FieldTable::Field *FieldTable::find(unsigned int tag) const
     return field != m_fields.end() && field->tag == tag ? &*field : nullptr;
 }
 
+QString fieldName(int tag) { return QLatin1Char('_') + numberText(tag, 16); }
+
 QDomElement readField(Shape shape, QDomDocument &document, QDomElement &parent, const QString &name,
     QStringView value)
 {
@@ -310,3 +307,5 @@ QDomElement makeElement(
     setText(e, attribute, value);
     return e;
 }
+
+}  // namespace TQXmlInternal

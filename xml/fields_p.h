@@ -1,5 +1,5 @@
-#ifndef FIELDS_P_H
-#define FIELDS_P_H
+#ifndef TQXML_FIELDS_P_H
+#define TQXML_FIELDS_P_H
 
 #include "tqstorageclass.h"
 
@@ -10,6 +10,8 @@
 #include <memory>
 #include <string>
 #include <vector>
+
+namespace TQXmlInternal {
 
 // The fields of items: which ones a data type has, and both forms of each.
 
@@ -62,8 +64,14 @@ QDomElement readField(Shape shape, QDomDocument &document, QDomElement &parent, 
 // has none, and neither has a field without a shape.
 void writeField(LineBuffer &out, Shape shape, QStringView tag, const QDomElement &e);
 
+// The element name of a field, "_" and its data tag in hexadecimal, and the tag in such a name.
+QString fieldName(int tag);
+inline QStringView tagIn(const QString &fieldName) { return QStringView(fieldName).mid(1); }
+
 // A new element without a parent, with one attribute unless its value is empty.
 QDomElement makeElement(
     QDomDocument &document, const QString &name, const QString &attribute, QStringView value);
+
+}  // namespace TQXmlInternal
 
 #endif

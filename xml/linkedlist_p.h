@@ -1,5 +1,7 @@
-#ifndef LINKEDLIST_P_H
-#define LINKEDLIST_P_H
+#ifndef TQXML_LINKEDLIST_P_H
+#define TQXML_LINKEDLIST_P_H
+
+namespace TQXmlInternal {
 
 // The last record of a list: that without a next one or, in a list that links back to itself, the
 // last one that is met for the first time. Null for an empty list.
@@ -35,5 +37,7 @@ Record *lastOf(Record *head)
     }
     return ahead;
 }
+
+}  // namespace TQXmlInternal
 
 #endif

@@ -3,7 +3,7 @@
 #include "domtree_p.h"
 #include "qtcompat_p.h"
 #include "text_p.h"
-#include "xmlpacketable.h"
+#include "vocabulary_p.h"
 
 #include <QVarLengthArray>
 
@@ -22,6 +22,8 @@
 // Numbers are hexadecimal. The reader is lenient: it skips what it cannot convert and goes on. A
 // line without a blank is cut where the line before it was. The public headers of the server
 // library say what a writer must keep to.
+
+namespace TQXmlInternal {
 
 namespace {
 
@@ -50,8 +52,8 @@ public:
     }
 
 private:
-    // One buffer serves all lines: memory for each, or for the text at once, would cost more than
-    // the reading.
+    // One buffer serves all lines: memory for each, or for the text at once, would cost more
+    // than the reading.
     void decode(const char *begin, const char *end)
     {
         m_line.resize(TextSize(end - begin));
@@ -68,12 +70,15 @@ private:
     // Decodes a line that is not all ASCII.
     void decodeAll(const char *begin, const char *end)
     {
-        // A byte order mark counts as one only at the start of the text, so later lines are read
-        // with the line feed before them.
-        const int before = begin == m_begin ? 0 : 1;
-        const QString text = QString::fromUtf8(begin - before, TextSize(end - begin) + before);
-        m_line.resize(text.size() - before);
-        std::copy(text.utf16() + before, text.utf16() + text.size(), m_line.begin());
+        QString text;
+        if (begin == m_begin) {
+            text = QString::fromUtf8(begin, TextSize(end - begin));
+        } else {
+            // With its line feed, so that a byte order mark at its start is text.
+            text = QString::fromUtf8(begin - 1, TextSize(end - begin) + 1).mid(1);
+        }
+        m_line.resize(text.size());
+        std::copy(text.utf16(), text.utf16() + text.size(), m_line.begin());
     }
 
     const char *m_begin;
@@ -104,7 +109,22 @@ private:
     unsigned int m_index;
 };
 
-// A part of a line, kept as positions: a line without a blank is cut where the one before it was.
+// The fields of an item whose type has that text.
+std::shared_ptr<const FieldTable> fieldsOfType(QStringView type)
+{
+    unsigned int datatype = 0;
+    readNumber(type, 16, datatype);
+    return FieldTable::of(datatype);
+}
+
+// The fields that an element's content may have.
+std::shared_ptr<const FieldTable> fieldsOf(const QDomElement &e)
+{
+    return e.tagName() == ITEM ? fieldsOfType(e.attribute(DATATYPE)) : nullptr;
+}
+
+// A part of a line, kept as positions: a line without a blank is cut where the one before it
+// was.
 struct Part
 {
     int start = 0;
@@ -134,14 +154,17 @@ Bracket bracketOf(QStringView tag)
     if (tag.size() != 2 || (tag.at(1) != QLatin1Char('I') && tag.at(1) != QLatin1Char('L'))) {
         return NoBracket;
     }
-    return tag == XMLPacketable::START_ITEM                                ? OpenItem
-        : tag == XMLPacketable::START_LIST                                 ? OpenList
-        : tag == XMLPacketable::END_ITEM || tag == XMLPacketable::END_LIST ? Close
-                                                                           : NoBracket;
+    if (tag == START_ITEM) {
+        return OpenItem;
+    }
+    if (tag == START_LIST) {
+        return OpenList;
+    }
+    return tag == END_ITEM || tag == END_LIST ? Close : NoBracket;
 }
 
-// Reads lines into the elements that they open. Items and lists may be nested without end: those
-// below TQMAX_NESTING are read like all others, but build nothing.
+// Reads lines into the elements that they open. Items and lists may be nested without end:
+// those below TQMAX_NESTING are read like all others, but build nothing.
 template<typename Lines>
 class Reader
 {
@@ -155,7 +178,7 @@ public:
     bool canRead() const
     {
         const Level &root = m_levels.front();
-        return root.fields || root.element.tagName() != XMLPacketable::ITEM;
+        return root.fields || root.element.tagName() != ITEM;
     }
 
     // True when a terminator ended the root, false when the lines did.
@@ -185,12 +208,6 @@ public:
     size_t openLevels() const { return m_levels.size() - 1; }
 
 private:
-    static std::shared_ptr<const FieldTable> fieldsOf(const QDomElement &e)
-    {
-        return e.tagName() == XMLPacketable::ITEM ? FieldTable::of(XMLPacketable::getType(e))
-                                                  : nullptr;
-    }
-
     // False when the line closes the level.
     bool readLine(Level &level, QStringView tag, QStringView value)
     {
@@ -201,7 +218,7 @@ private:
             openItem(level, value);
             break;
         case OpenList:
-            open(level, XMLPacketable::LIST, XMLPacketable::SIZE, value, nullptr);
+            open(level, LIST, SIZE, value, nullptr);
             break;
         case NoBracket:
             readField(level, tag, value);
@@ -218,17 +235,15 @@ private:
         }
         const FieldTable::Field *field = level.fields->find(number);
         if (field) {
-            ::readField(field->shape, m_document, level.element, field->name, value);
+            TQXmlInternal::readField(field->shape, m_document, level.element, field->name, value);
         }
     }
 
     void openItem(Level &level, QStringView type)
     {
-        unsigned int datatype = 0;
-        readNumber(type, 16, datatype);
-        std::shared_ptr<const FieldTable> fields = FieldTable::of(datatype);
+        std::shared_ptr<const FieldTable> fields = fieldsOfType(type);
         const bool isRead = fields != nullptr;
-        open(level, XMLPacketable::ITEM, XMLPacketable::DATATYPE, type, std::move(fields));
+        open(level, ITEM, DATATYPE, type, std::move(fields));
         if (!isRead) {
             // Such an item has no content: the next line counts as its end, whatever it says.
             m_levels.pop_back();
@@ -253,16 +268,6 @@ private:
     std::vector<Level> m_levels;  // from the root to what is open now
 };
 
-QStringView tagOf(const QString &elementName) { return QStringView(elementName).mid(1); }
-
-// The fields of an "item" element whose "datatype" attribute has that text.
-std::shared_ptr<const FieldTable> fieldsOfType(const QString &text)
-{
-    unsigned int datatype = 0;
-    readNumber(text, 16, datatype);
-    return FieldTable::of(datatype);
-}
-
 void writeContent(LineBuffer &out, const QDomNode &parent, const FieldTable *fields, int level);
 
 void writeBracket(LineBuffer &out, const QString &word, QStringView value)
@@ -280,16 +285,16 @@ void writeBlock(LineBuffer &out, const QDomElement &e, bool isItem, int level)
         return;
     }
     if (isItem) {
-        const QString type = e.attribute(XMLPacketable::DATATYPE);
-        writeBracket(out, XMLPacketable::START_ITEM, type);
+        const QString type = e.attribute(DATATYPE);
+        writeBracket(out, START_ITEM, type);
         if (const auto fields = fieldsOfType(type)) {
             writeContent(out, e, fields.get(), level);
         }
-        writeBracket(out, XMLPacketable::END_ITEM, END_VALUE);
+        writeBracket(out, END_ITEM, END_VALUE);
     } else {
-        writeBracket(out, XMLPacketable::START_LIST, e.attribute(XMLPacketable::SIZE));
+        writeBracket(out, START_LIST, e.attribute(SIZE));
         writeContent(out, e, nullptr, level);
-        writeBracket(out, XMLPacketable::END_LIST, END_VALUE);
+        writeBracket(out, END_LIST, END_VALUE);
     }
 }
 
@@ -297,7 +302,7 @@ void writeField(
     LineBuffer &out, const QDomNode &node, const QString &name, const FieldTable &fields)
 {
     unsigned int number = 0;
-    const QStringView tag = tagOf(name);
+    const QStringView tag = tagIn(name);
     const FieldTable::Field *field = readNumber(tag, 16, number) ? fields.find(number) : nullptr;
     if (field) {
         writeField(out, field->shape, tag, node.toElement());
@@ -311,8 +316,8 @@ void writeContent(LineBuffer &out, const QDomNode &parent, const FieldTable *fie
             continue;
         }
         const QString name = node.nodeName();
-        const bool isItem = name == XMLPacketable::ITEM;
-        if (isItem || name == XMLPacketable::LIST) {
+        const bool isItem = name == ITEM;
+        if (isItem || name == LIST) {
             writeBlock(out, node.toElement(), isItem, level + 1);
         } else if (fields) {
             writeField(out, node, name, *fields);
@@ -344,9 +349,11 @@ unsigned int readPacketLines(QDomElement &parent, const QStringList &lines, unsi
 
 void writePacketText(LineBuffer &out, const QDomElement &e)
 {
-    if (e.tagName() != XMLPacketable::ITEM) {
+    if (e.tagName() != ITEM) {
         writeContent(out, e, nullptr, 0);
-    } else if (const auto fields = fieldsOfType(e.attribute(XMLPacketable::DATATYPE))) {
+    } else if (const auto fields = fieldsOfType(e.attribute(DATATYPE))) {
         writeContent(out, e, fields.get(), 0);
     }
 }
+
+}  // namespace TQXmlInternal

@@ -1,10 +1,12 @@
-#ifndef PACKETTEXT_P_H
-#define PACKETTEXT_P_H
+#ifndef TQXML_PACKETTEXT_P_H
+#define TQXML_PACKETTEXT_P_H
 
 #include "fields_p.h"
 
 #include <QDomDocument>
 #include <QStringList>
+
+namespace TQXmlInternal {
 
 // Reading and writing of packet text.
 
@@ -17,5 +19,7 @@ unsigned int readPacketLines(QDomElement &parent, const QStringList &lines, unsi
 
 // Appends the text of an element's content.
 void writePacketText(LineBuffer &out, const QDomElement &e);
+
+}  // namespace TQXmlInternal
 
 #endif

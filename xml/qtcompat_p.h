@@ -1,7 +1,9 @@
-#ifndef QTCOMPAT_P_H
-#define QTCOMPAT_P_H
+#ifndef TQXML_QTCOMPAT_P_H
+#define TQXML_QTCOMPAT_P_H
 
 #include <QDomDocument>
+
+namespace TQXmlInternal {
 
 // All that differs between Qt 5.15 and Qt 6.
 
@@ -17,5 +19,7 @@ constexpr bool WITH_NAMESPACES = true;
 #else
 constexpr auto WITH_NAMESPACES = QDomDocument::ParseOption::UseNamespaceProcessing;
 #endif
+
+}  // namespace TQXmlInternal
 
 #endif

@@ -1,8 +1,27 @@
 #include "text_p.h"
 
+#include <climits>
+
+namespace TQXmlInternal {
+
 namespace {
 
 int checkedBase(int base) { return base < 2 || base > 36 ? 10 : base; }
+
+// Value of a digit of base 16; more than any base for all else.
+int digitOf(char16_t c)
+{
+    if (c >= u'0' && c <= u'9') {
+        return c - u'0';
+    }
+    if (c >= u'a' && c <= u'f') {
+        return c - u'a' + 10;
+    }
+    if (c >= u'A' && c <= u'F') {
+        return c - u'A' + 10;
+    }
+    return INT_MAX;
+}
 
 // Value of plain digits, or -1 for all else and for more digits than an int surely holds.
 int plainDigits(QStringView text, int base)
@@ -13,11 +32,7 @@ int plainDigits(QStringView text, int base)
     }
     int value = 0;
     for (const QChar c : text) {
-        const ushort u = c.unicode();
-        const int digit = u >= '0' && u <= '9' ? u - '0'
-            : u >= 'a' && u <= 'f'             ? u - 'a' + 10
-            : u >= 'A' && u <= 'F'             ? u - 'A' + 10
-                                               : base;
+        const int digit = digitOf(c.unicode());
         if (digit >= base) {
             return -1;
         }
@@ -70,3 +85,5 @@ QString numberText(qint64 value, int base)
     return value < 0 ? QLatin1Char('-') + QString::number(quint64(-value), radix)
                      : QString::number(quint64(value), radix);
 }
+
+}  // namespace TQXmlInternal

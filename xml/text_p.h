@@ -1,15 +1,12 @@
-#ifndef TEXT_P_H
-#define TEXT_P_H
+#ifndef TQXML_TEXT_P_H
+#define TQXML_TEXT_P_H
 
 #include <QString>
 #include <QStringView>
 
 #include <string>
 
-// What packet text puts between its parts.
-constexpr char16_t LINE_FEED = u'\n';
-constexpr char16_t BLANK = u' ';  // between the word and the value of a line, and between numbers
-constexpr char16_t STRING_SEPARATOR = u'\r';  // between texts
+namespace TQXmlInternal {
 
 // Position of the first c, or -1. Parts are short: a call of QStringView::indexOf() costs more.
 inline qsizetype indexOf(QStringView text, char16_t c)
@@ -41,5 +38,7 @@ bool readNumber(QStringView text, int base, unsigned int &value);
 
 // The number as the library stores it: lower case, without prefix, with "-" when negative.
 QString numberText(qint64 value, int base);
+
+}  // namespace TQXmlInternal
 
 #endif

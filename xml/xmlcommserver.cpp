@@ -16,6 +16,8 @@
 #include <utility>
 #include <vector>
 
+using namespace TQXmlInternal;
+
 namespace {
 
 // What the server is asked for; the meaning of the numbers is its own.

@@ -3,11 +3,11 @@
 #include "domtree_p.h"
 #include "text_p.h"
 
-#include <QIODevice>
 #include <QStringList>
-#include <QTextStream>
 
 #include <iterator>
+
+using namespace TQXmlInternal;
 
 const QString XMLObject::TQ_NAMESPACE = QStringLiteral("urn:tqxml:packet:1");
 const QString XMLObject::NUMLIST_SEP = QStringLiteral(" ");
@@ -129,13 +129,7 @@ QString XMLObject::rootNodeName(XMLOBJECT_TYPE type)
 
 QString XMLObject::rootNodeName() const { return rootNodeName(m_type); }
 
-QString XMLObject::toString(const QDomNode &n)
-{
-    QString text;
-    QTextStream stream(&text, QIODevice::WriteOnly);
-    stream << withinDepth(n);
-    return text;
-}
+QString XMLObject::toString(const QDomNode &n) { return writtenText(n); }
 
 QString XMLObject::toString() const { return toString(element()); }
 

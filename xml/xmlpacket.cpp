@@ -9,6 +9,8 @@
 
 #include <cstdio>
 
+using namespace TQXmlInternal;
+
 const QString XMLPacket::HEADER = QStringLiteral("header");
 const QString XMLPacket::SOURCE = QStringLiteral("src");
 const QString XMLPacket::DESTINATION = QStringLiteral("dst");

@@ -5,6 +5,7 @@
 #include "packettext_p.h"
 #include "qtcompat_p.h"
 #include "text_p.h"
+#include "vocabulary_p.h"
 #include "xpkreference.h"
 
 #include "tqpacketable.h"
@@ -12,20 +13,22 @@
 #include <climits>
 #include <memory>
 
-const QString XMLPacketable::START_LIST = QStringLiteral("SL");
-const QString XMLPacketable::END_LIST = QStringLiteral("TL");
-const QString XMLPacketable::START_ITEM = QStringLiteral("SI");
-const QString XMLPacketable::END_ITEM = QStringLiteral("TI");
-const QString XMLPacketable::LIST = QStringLiteral("list");
-const QString XMLPacketable::SIZE = QStringLiteral("size");
-const QString XMLPacketable::ITEM = QStringLiteral("item");
-const QString XMLPacketable::DATATYPE = QStringLiteral("datatype");
-const QString XMLPacketable::VALUE = QStringLiteral("value");
-const QString XMLPacketable::NAME = QStringLiteral("name");
-const QString XMLPacketable::KEY = QStringLiteral("key");
-const QString XMLPacketable::HKEY = QStringLiteral("hkey");
-const QString XMLPacketable::IS_CURRENT = QStringLiteral("is_current");
-const QString XMLPacketable::IS_REPLACEMENT = QStringLiteral("is_replacement");
+using namespace TQXmlInternal;
+
+const QString XMLPacketable::START_LIST = TQXmlInternal::START_LIST;
+const QString XMLPacketable::END_LIST = TQXmlInternal::END_LIST;
+const QString XMLPacketable::START_ITEM = TQXmlInternal::START_ITEM;
+const QString XMLPacketable::END_ITEM = TQXmlInternal::END_ITEM;
+const QString XMLPacketable::LIST = TQXmlInternal::LIST;
+const QString XMLPacketable::SIZE = TQXmlInternal::SIZE;
+const QString XMLPacketable::ITEM = TQXmlInternal::ITEM;
+const QString XMLPacketable::DATATYPE = TQXmlInternal::DATATYPE;
+const QString XMLPacketable::VALUE = TQXmlInternal::VALUE;
+const QString XMLPacketable::NAME = TQXmlInternal::NAME;
+const QString XMLPacketable::KEY = TQXmlInternal::KEY;
+const QString XMLPacketable::HKEY = TQXmlInternal::HKEY;
+const QString XMLPacketable::IS_CURRENT = TQXmlInternal::IS_CURRENT;
+const QString XMLPacketable::IS_REPLACEMENT = TQXmlInternal::IS_REPLACEMENT;
 
 namespace {
 
@@ -155,12 +158,12 @@ PACKETDATATYPES XMLPacketable::getType(const QDomElement &e)
 
 PACKETDATATYPES XMLPacketable::getType() const { return getType(element()); }
 
-QString XMLPacketable::getXMLTagNameFromDATATAG(int tag)
-{
-    return QLatin1Char('_') + numberText(tag, 16);
-}
+QString XMLPacketable::getXMLTagNameFromDATATAG(int tag) { return fieldName(tag); }
 
-QString XMLPacketable::getDATATAGFromXMLTagName(const QString &name) { return name.mid(1); }
+QString XMLPacketable::getDATATAGFromXMLTagName(const QString &name)
+{
+    return tagIn(name).toString();
+}
 
 QDomNode XMLPacketable::getPacketableItemNode(const QDomElement &e)
 {
