@@ -71,24 +71,12 @@ unsigned int countParts(QStringView text, char16_t separator)
     return count;
 }
 
-// The first part of a text cut at blanks.
-QStringView firstPart(QStringView text)
-{
-    while (text.startsWith(QChar(BLANK))) {
-        text = text.mid(1);
-    }
-    const qsizetype end = indexOf(text, BLANK);
-    return end < 0 ? text : text.left(end);
-}
-
 void setText(QDomElement &e, const QString &attribute, QStringView value)
 {
     if (!value.isEmpty()) {
         e.setAttribute(attribute, value.toString());
     }
 }
-
-void setSize(QDomElement &e, unsigned int size) { e.setAttribute(SIZE, numberText(size, 16)); }
 
 void appendValue(QDomDocument &document, QDomElement &array, QStringView text)
 {
@@ -122,7 +110,12 @@ void writeArray(LineBuffer &out, QStringView tag, const QDomElement &e, char16_t
     out += LINE_FEED;
 }
 
-void readSimple(QDomDocument &, QDomElement &e, QStringView text) { setText(e, VALUE, text); }
+FieldContent readSimple(QStringView text)
+{
+    FieldContent content;
+    content.value = text;
+    return content;
+}
 
 void writeSimple(LineBuffer &out, QStringView tag, const QDomElement &e)
 {
@@ -134,16 +127,14 @@ void writeSimple(LineBuffer &out, QStringView tag, const QDomElement &e)
     }
 }
 
-void readKey(QDomDocument &, QDomElement &e, QStringView text)
+FieldContent readKey(QStringView text)
 {
-    if (countParts(text, BLANK) != 2) {
-        return;
+    FieldContent content;
+    if (countParts(text, BLANK) == 2) {
+        content.key = takePart(text, BLANK);
+        content.hkey = takePart(text, BLANK);
     }
-    const QString *attribute = &KEY;
-    forEachPart(text, BLANK, [&](QStringView part) {
-        setText(e, *attribute, part);
-        attribute = &HKEY;
-    });
+    return content;
 }
 
 void writeKey(LineBuffer &out, QStringView tag, const QDomElement &e)
@@ -155,22 +146,17 @@ void writeKey(LineBuffer &out, QStringView tag, const QDomElement &e)
     out += LINE_FEED;
 }
 
-// The size is written only when it agrees with the numbers.
-void readNumberArray(QDomDocument &document, QDomElement &e, QStringView text)
+// Says nothing unless the size agrees with the numbers.
+FieldContent readNumberArray(QStringView text)
 {
-    unsigned int size = 0;
+    FieldContent content;
     const unsigned int parts = countParts(text, BLANK);
-    if (!readNumber(firstPart(text), 16, size) || size != parts - 1) {
-        return;
+    unsigned int size = 0;
+    if (readNumber(takePart(text, BLANK), 16, size) && size == parts - 1) {
+        content.count = size;
+        content.values = text;
     }
-    setSize(e, size);
-    bool isCount = true;
-    forEachPart(text, BLANK, [&](QStringView part) {
-        if (!isCount) {
-            appendValue(document, e, part);
-        }
-        isCount = false;
-    });
+    return content;
 }
 
 void writeNumberArray(LineBuffer &out, QStringView tag, const QDomElement &e)
@@ -178,20 +164,23 @@ void writeNumberArray(LineBuffer &out, QStringView tag, const QDomElement &e)
     writeArray(out, tag, e, BLANK);
 }
 
-// The size is written as soon as it can be read, the strings only when it agrees with them.
-void readStringArray(QDomDocument &document, QDomElement &e, QStringView text)
+// Says the size as soon as it can be read, the strings only when it agrees with them.
+FieldContent readStringArray(QStringView text)
 {
+    FieldContent content;
+    content.separator = STRING_SEPARATOR;
+    QStringView rest = text;
     unsigned int size = 0;
-    if (!readNumber(firstPart(text), 16, size)) {
-        return;
+    if (!readNumber(takePart(rest, BLANK), 16, size)) {
+        return content;
     }
-    setSize(e, size);
-    // All behind the first blank, also where that leads the text: then the count is a string.
+    content.count = size;
+    // All after the first blank, also where that leads the text: then the size is a string.
     const QStringView strings = text.mid(indexOf(text, BLANK) + 1);
-    if (size != 0 && countParts(strings, STRING_SEPARATOR) == size) {
-        forEachPart(
-            strings, STRING_SEPARATOR, [&](QStringView part) { appendValue(document, e, part); });
+    if (countParts(strings, STRING_SEPARATOR) == size) {
+        content.values = strings;
     }
+    return content;
 }
 
 void writeStringArray(LineBuffer &out, QStringView tag, const QDomElement &e)
@@ -200,11 +189,13 @@ void writeStringArray(LineBuffer &out, QStringView tag, const QDomElement &e)
 }
 
 // Without a blank the whole text is both the size and the data.
-void readBinary(QDomDocument &document, QDomElement &e, QStringView text)
+FieldContent readBinary(QStringView text)
 {
     const qsizetype blank = indexOf(text, BLANK);
-    setText(e, SIZE, blank < 0 ? text : text.left(blank));
-    e.appendChild(document.createTextNode(text.mid(blank + 1).toString()));
+    FieldContent content;
+    content.size = blank < 0 ? text : text.left(blank);
+    content.text = text.mid(blank + 1);
+    return content;
 }
 
 void writeBinary(LineBuffer &out, QStringView tag, const QDomElement &e)
@@ -219,7 +210,7 @@ void writeBinary(LineBuffer &out, QStringView tag, const QDomElement &e)
 // How a shape is read and written.
 struct Forms
 {
-    void (*read)(QDomDocument &document, QDomElement &e, QStringView value);
+    FieldContent (*read)(QStringView value);
     void (*write)(LineBuffer &out, QStringView tag, const QDomElement &e);
 };
 // By shape; a field that has none has neither element nor line.
@@ -281,14 +272,53 @@ const FieldTable::Field *FieldTable::find(unsigned int tag) const
 
 QString fieldName(int tag) { return QLatin1Char('_') + numberText(tag, 16); }
 
-QDomElement readField(Shape shape, QDomDocument &document, QDomElement &parent, const QString &name,
-    QStringView value)
+std::shared_ptr<const FieldTable> fieldsOfType(QStringView type)
 {
-    if (parent.isNull() || name.isEmpty() || shape == NoShape) {
-        return QDomElement();
+    unsigned int datatype = 0;
+    readNumber(type, 16, datatype);
+    return FieldTable::of(datatype);
+}
+
+FieldContent readField(Shape shape, QStringView value)
+{
+    return shape == NoShape ? FieldContent() : FORMS[shape].read(value);
+}
+
+bool operator==(const FieldContent &a, const FieldContent &b)
+{
+    if (a.value != b.value || a.key != b.key || a.hkey != b.hkey || a.size != b.size ||
+        a.count != b.count || a.text != b.text) {
+        return false;
     }
+    QStringView left = a.values;
+    QStringView right = b.values;
+    for (;;) {
+        const QStringView part = takePart(left, a.separator);
+        if (part != takePart(right, b.separator)) {
+            return false;
+        }
+        if (part.isEmpty()) {
+            return true;
+        }
+    }
+}
+
+QDomElement buildField(
+    QDomDocument &document, QDomElement &parent, const QString &name, const FieldContent &content)
+{
     QDomElement e = document.createElement(name);
-    FORMS[shape].read(document, e, value);
+    setText(e, VALUE, content.value);
+    setText(e, KEY, content.key);
+    setText(e, HKEY, content.hkey);
+    setText(e, SIZE, content.size);
+    if (content.count) {
+        e.setAttribute(SIZE, numberText(*content.count, 16));
+    }
+    forEachPart(content.values, content.separator,
+        [&](QStringView part) { appendValue(document, e, part); });
+    if (content.text) {
+        e.appendChild(document.createTextNode(content.text->toString()));
+    }
     parent.appendChild(e);
     return e;
 }

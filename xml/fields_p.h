@@ -1,6 +1,8 @@
 #ifndef TQXML_FIELDS_P_H
 #define TQXML_FIELDS_P_H
 
+#include "vocabulary_p.h"
+
 #include "tqstorageclass.h"
 
 #include <QDomDocument>
@@ -8,6 +10,7 @@
 #include <QStringView>
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -55,14 +58,34 @@ private:
     std::vector<Field> m_fields;  // by tag
 };
 
-// Appends a new element of that shape to parent, filled from the value of its line. The document is
-// the parent's: asking each parent for it again would cost its depth.
-QDomElement readField(Shape shape, QDomDocument &document, QDomElement &parent, const QString &name,
-    QStringView value);
+// What the value of a field's line says. The views are parts of the line; an empty one is absent.
+struct FieldContent
+{
+    QStringView value;  // attributes
+    QStringView key;
+    QStringView hkey;
+    QStringView size;  // of bytes, as it stands
+    std::optional<unsigned int> count;  // of values, which is their size
+    QStringView values;  // children: the parts between the separators
+    char16_t separator = BLANK;
+    std::optional<QStringView> text;
+};
+
+FieldContent readField(Shape shape, QStringView value);
+
+bool operator==(const FieldContent &a, const FieldContent &b);
+
+// Appends a new element with that content to parent. The document is the parent's: asking each
+// parent for it again would cost its depth.
+QDomElement buildField(
+    QDomDocument &document, QDomElement &parent, const QString &name, const FieldContent &content);
 
 // Appends the line of a field's element, which starts with its tag. A simple field without a value
 // has none, and neither has a field without a shape.
 void writeField(LineBuffer &out, Shape shape, QStringView tag, const QDomElement &e);
+
+// The fields of an item whose type has that text; null when such items are not converted.
+std::shared_ptr<const FieldTable> fieldsOfType(QStringView type);
 
 // The element name of a field, "_" and its data tag in hexadecimal, and the tag in such a name.
 QString fieldName(int tag);

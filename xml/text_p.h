@@ -16,17 +16,29 @@ inline qsizetype indexOf(QStringView text, char16_t c)
     return found ? found - begin : -1;
 }
 
+// Takes the first part of text that is not empty, with the separators around it; empty when there
+// is none.
+inline QStringView takePart(QStringView &text, char16_t separator)
+{
+    QStringView part;
+    while (part.isEmpty() && !text.isEmpty()) {
+        const qsizetype end = indexOf(text, separator);
+        part = end < 0 ? text : text.left(end);
+        text = end < 0 ? QStringView() : text.mid(end + 1);
+    }
+    return part;
+}
+
 // Calls visit with each part of text between the separators, without the empty ones.
 template<typename Visit>
 void forEachPart(QStringView text, char16_t separator, Visit visit)
 {
-    while (!text.isEmpty()) {
-        const qsizetype end = indexOf(text, separator);
-        const QStringView part = end < 0 ? text : text.left(end);
-        if (!part.isEmpty()) {
-            visit(part);
+    for (;;) {
+        const QStringView part = takePart(text, separator);
+        if (part.isEmpty()) {
+            return;
         }
-        text = end < 0 ? QStringView() : text.mid(end + 1);
+        visit(part);
     }
 }
 
