@@ -12,9 +12,6 @@ namespace TQXmlInternal {
 
 namespace {
 
-// Attributes beyond which an element's are compared as text.
-constexpr int MANY_ATTRIBUTES = 256;
-
 // Moves node to the next one that is not below it, within depth levels; false when there is
 // none.
 bool stepOver(QDomNode &node, int &depth)
@@ -130,20 +127,6 @@ std::vector<NodeText> sorted(const QDomNamedNodeMap &attributes)
     return list;
 }
 
-// What the attributes say, in order, taken from the text of the element's tag: QtXml walks to
-// an attribute at an index, which takes long where there are many.
-QStringList sortedTexts(const QDomElement &e)
-{
-    // <name a="1" b="2"/>
-    const QDomNode bare = e.hasChildNodes() ? e.cloneNode(false) : QDomNode(e);
-    const QString tag = writtenText(bare);
-    const auto start = tag.indexOf(QLatin1Char(' '), e.tagName().size()) + 1;
-    const auto end = tag.lastIndexOf(QLatin1Char('"'));
-    QStringList texts = tag.mid(start, end - start).split(QStringLiteral("\" "));
-    texts.sort();
-    return texts;
-}
-
 // Likely is the name of the attribute that was compared last: elements in a row mostly have the
 // same one, and finding it by name is quicker than by index.
 bool sameAttributes(const QDomElement &a, const QDomElement &b, QString &likely)
@@ -155,7 +138,7 @@ bool sameAttributes(const QDomElement &a, const QDomElement &b, QString &likely)
         return false;
     }
     if (count > MANY_ATTRIBUTES) {
-        return sortedTexts(a) == sortedTexts(b);
+        return attributeTexts(a) == attributeTexts(b);
     }
     for (int i = 0; i < count; ++i) {
         QDomNode attribute = count == 1 ? left.namedItem(likely) : QDomNode();
@@ -229,6 +212,28 @@ bool isWithin(QDomNode node, const QDomNode &ancestor)
         node = node.parentNode();
     }
     return !node.isNull();
+}
+
+QStringList attributeTexts(const QDomElement &e)
+{
+    // <name xmlns="..." a="1" b="2"/>
+    const QDomNode bare = e.hasChildNodes() ? e.cloneNode(false) : QDomNode(e);
+    const QString tag = writtenText(bare);
+    const auto start = tag.indexOf(QLatin1Char(' '), e.tagName().size()) + 1;
+    const auto end = tag.lastIndexOf(QLatin1Char('"'));
+    QStringList texts = tag.mid(start, end - start).split(QStringLiteral("\" "));
+    if (!e.namespaceURI().isNull()) {
+        texts.removeFirst();
+    }
+    const auto nameOf = [](const QString &text) {
+        return text.left(text.indexOf(QLatin1Char('=')));
+    };
+    std::sort(texts.begin(), texts.end(),
+        [&nameOf](const QString &a, const QString &b) { return nameOf(a) < nameOf(b); });
+    for (QString &text : texts) {
+        text += QLatin1Char('"');
+    }
+    return texts;
 }
 
 bool sameDocument(const QDomDocument &a, const QDomDocument &b)

@@ -4,6 +4,7 @@
 #include "vocabulary_p.h"
 
 #include <QDomDocument>
+#include <QStringList>
 
 namespace TQXmlInternal {
 
@@ -23,6 +24,14 @@ QString textBelow(const QDomNode &parent);
 
 // True when node is the ancestor or lies somewhere below it.
 bool isWithin(QDomNode node, const QDomNode &ancestor);
+
+// Attributes beyond which an element's are taken from its text: QtXml walks to an attribute at an
+// index, which takes long where there are many.
+constexpr int MANY_ATTRIBUTES = 256;
+
+// The attributes of an element as QtXml writes them, name="value", by name; without the element's
+// namespace.
+QStringList attributeTexts(const QDomElement &e);
 
 // True when both documents are written alike, up to the order of attributes.
 bool sameDocument(const QDomDocument &a, const QDomDocument &b);
