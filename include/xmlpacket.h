@@ -3,7 +3,10 @@
 
 #include "xmlobject.h"
 
-#include <QPointer>
+#include <memory>
+#include <vector>
+
+QT_FORWARD_DECLARE_CLASS(QIODevice)
 
 class TQPacketable;
 class XMLAction;
@@ -13,8 +16,17 @@ class XMLPacketable;
 class XMLRouter;
 class XMLUI;
 
+namespace TQXmlInternal {
+class PacketItem;
+class XmlWriter;
+}
+
 /// What agents exchange: a document "tqxml" with a header that names source and destination, and
 /// a body that holds any number of items.
+///
+/// The document is built when somebody asks for one of its nodes, with getNodesOfType() or an
+/// append() or appendV() of anything but a server item. Until then a packet costs little more than
+/// what it carries: ids and the packet text of items. All other operations work without it.
 ///
 /// A packet belongs to its creator until XMLRouter::send() takes it over, and to the receiving
 /// agent from receive() on. What XMLObject offers on the object's own element (getNode(),
@@ -35,7 +47,7 @@ public:
     /// @}
     XMLPacket(const XMLPacket &) = delete;
 
-    /// Makes the packet anew, empty with null, else as an independent copy of other.
+    /// Starts again: empty with null, else as an independent copy of other.
     void init(const XMLPacket *other);
 
     /// @{
@@ -74,12 +86,19 @@ public:
     /// @}
 
     /// @{
-    /// Converts a server item and appends it, marked as current or not. The item is only read.
+    /// Converts a server item and appends it, marked as current or not. The item is only read, and
+    /// not needed afterwards. appendV() keeps the item's text and leaves the rest for the time when
+    /// somebody asks for a node.
     QDomElement append(TQPacketable &p, bool current);
     void appendV(TQPacketable &p, bool current);
     /// @}
 
-    /// Writes the document's text to standard output, as UTF-8.
+    /// Writes the document as UTF-8 to a device, which is not owned and must be open for writing:
+    /// the namespace first, then the attributes of each element by name. Equal packets give equal
+    /// bytes. Nothing is built for it. False when the device did not take all, is null or cannot be
+    /// written to.
+    bool write(QIODevice *device) const;
+    /// Writes the same to standard output, through stdio.
     void print() const;
 
     /// @{
@@ -94,17 +113,28 @@ public:
 private:
     friend class XMLRouter;  // marks what it has taken over
 
-    bool isShown(const QDomElement &id) const;  // unless an application took it out of the document
+    // The document and its elements, once somebody has asked for a node.
+    struct Tree;
+    // An agent id as it stands before that.
+    struct AgentID
+    {
+        int id = 0;
+        bool isSet = false;
+        bool operator==(const AgentID &other) const;
+    };
+
+    Tree &tree() const;
+    bool showsSource() const;
+    bool showsDestination() const;
     QDomElement appendCopy(const XMLObject &item);
     void appendMoved(XMLObject &item);
+    void writeUnbuilt(TQXmlInternal::XmlWriter &writer) const;
 
-    QDomDocument m_packetDocument;
-    QDomElement m_root;
-    QDomElement m_header;
-    QDomElement m_source;
-    QDomElement m_destination;
-    QDomElement m_body;
-    QPointer<QObject> m_takenBy;  // the router that holds the packet; null while it is an agent's
+    AgentID m_source;
+    AgentID m_destination;
+    mutable std::vector<TQXmlInternal::PacketItem> m_items;  // of the body
+    mutable std::unique_ptr<Tree> m_tree;  // holds everything, once it is there
+    bool m_isTaken = false;  // by a router; false while the packet is an agent's
 };
 
 #endif

@@ -122,18 +122,6 @@ constexpr Request REQUESTS[] = {
     { "a type that is not known", 1004, { "", "" }, '-', "none" },
 };
 
-// The calls for a connected store of one output with one job, and of one owner with one book.
-constexpr const char *CALLS[] = {
-    "getDBList 15, iserror, RemoveItemFromList A, loadRecord A, setName A, setName A",
-    "getDBList 15, iserror, getidfromtqkey 1 8, getJobqueue 3 4 0 1001, TQPacketFreeList 8, "
-    "RemoveItemFromList J4, setName Daily, trimLists J4, setData J4, setName Daily, "
-    "TQPacketFreeList 21",
-    "getDBList 85, iserror, getBooks 4 0 6 85, TQPacketFreeList 8, RemoveItemFromList B3, "
-    "setName B3, setData B3, setName B3, TQPacketFreeList 86",
-    "getDBList 15, iserror, getidfromtqkey 1 8, getJobqueue 3 4 0 1001, TQPacketFreeList 8, "
-    "RemoveItemFromList J4, setName J4, trimLists J4, setData J4, setName J4",
-};
-
 // The jobs of one output, as name, publication's identifier and name, page; and the publications
 // that they give.
 constexpr Case CHOICES[] = {
@@ -226,12 +214,6 @@ void tst_XMLCommServer::replies()
 
 void tst_XMLCommServer::calls()
 {
-    script().owners = { { 15, { { { 1, 8 }, "A" } } }, { 85, { { { 6, 85 }, "D" } } } };
-    script().jobs[1001] = { script().jobs[1002][1] };
-    for (int type = OUTPUTS; type <= JOBS; ++type) {
-        Bridge().ask(type);
-        QCOMPARE(takeCalls(), str(CALLS[type - OUTPUTS]));
-    }
     for (int type = OUTPUTS; type <= JOBS; ++type) {
         QCOMPARE(Bridge(false).ask(type), str(type == JOBS ? "" : "none"));
         QCOMPARE(Bridge(false).ask(type, "5", "85"), str(type == JOBS ? "" : "none"));

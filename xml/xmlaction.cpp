@@ -1,5 +1,6 @@
 #include "xmlaction.h"
 
+#include "packetitem_p.h"
 #include "xmlpacketable.h"
 
 #include <QScopeGuard>
@@ -267,9 +268,7 @@ QDomElement XMLAction::append(TQPacketable &item)
     if (element().isNull()) {
         return QDomElement();
     }
-    XMLPacketable converted;
-    converted.setData(item);
-    return element().appendChild(converted.getNodeConst()).toElement();
+    return TQXmlInternal::PacketItem(item, false).appendTo(element());
 }
 
 QDomElement XMLAction::append(XMLPacketable &item)

@@ -14,7 +14,6 @@
 #include <map>
 #include <memory>
 #include <utility>
-#include <vector>
 
 using namespace TQXmlInternal;
 
@@ -73,7 +72,8 @@ public:
     {
         if (records) {
             TQLISTRECORD *end = m_tail;
-            AddListList(m_tail ? &end : &m_head, records);
+            AddListList(&end, records);
+            m_head = m_head ? m_head : end;
             m_tail = cutOpen(records);
         }
     }
@@ -92,25 +92,6 @@ public:
             RemoveItemFromList(&m_head, record);
             OwnedRecord taken(record, FreeRecord { m_family });
             use(taken);
-            record = next;
-        }
-    }
-
-    // Unlinks the records that are chosen, in one walk: each heads the rest of the list when it
-    // goes.
-    template<typename IsChosen>
-    void unlinkIf(IsChosen isChosen)
-    {
-        TQLISTRECORD *previous = nullptr;
-        for (TQLISTRECORD *record = m_head; record;) {
-            TQLISTRECORD *const next = record->next;
-            if (!isChosen(record)) {
-                previous = record;
-            } else {
-                TQLISTRECORD *from = record;
-                RemoveItemFromList(&from, record);
-                (previous ? previous->next : m_head) = next;
-            }
             record = next;
         }
     }
@@ -204,8 +185,7 @@ TQLISTRECORD *Session::books(const TQKEY_ELEMENT &owner) const
 void Session::send(std::unique_ptr<XMLPacket> packet) const
 {
     if (m_router) {
-        m_router->send(packet.get());
-        packet.release();
+        m_router->send(packet.release());
     }
 }
 
@@ -214,83 +194,84 @@ struct Listing
 {
     PACKETDATATYPES family;
     PACKETDATATYPES ownerType;
-    TQLISTRECORD *(Session::*query)(const TQKEY_ELEMENT &owner) const;
+    TQLISTRECORD *(*query)(const Session &session, const TQKEY_ELEMENT &owner);
 };
-constexpr Listing BOOKS { PACKETDATATYPE_BOOK, PACKETDATATYPE_BOOKOWNER, &Session::books };
-constexpr Listing JOBS { PACKETDATATYPE_JOB, PACKETDATATYPE_OUTPUTLIST, &Session::jobs };
+constexpr Listing BOOKS { PACKETDATATYPE_BOOK, PACKETDATATYPE_BOOKOWNER,
+    [](const Session &session, const TQKEY_ELEMENT &owner) { return session.books(owner); } };
+constexpr Listing JOBS { PACKETDATATYPE_JOB, PACKETDATATYPE_OUTPUTLIST,
+    [](const Session &session, const TQKEY_ELEMENT &owner) { return session.jobs(owner); } };
 
-RecordList gatherByKeys(
+// The records of all keys in one list.
+RecordList gather(
     const Listing &listing, const Session &session, const QList<TQKEY_ELEMENT *> &keys)
 {
     RecordList records(listing.family, nullptr);
     for (const TQKEY_ELEMENT *key : keys) {
         if (key) {
-            records.append((session.*listing.query)(*key));
+            records.append(listing.query(session, *key));
         }
     }
     return records;
 }
 
-// Gathers from all owners. An empty list of books' owners is freed like any other.
-RecordList gatherByOwners(const Listing &listing, const Session &session)
-{
-    RecordList owners(FREE_OWNERS, session.owners(listing.ownerType));
-    RecordList records(listing.family, nullptr);
-    for (TQLISTRECORD *record = owners.head(); record; record = record->next) {
-        const TQOWNER *owner = as<TQOWNER>(record);
-        records.append((session.*listing.query)(TQKEY_ELEMENT { owner->key, owner->hkey }));
-    }
-    if (!owners.isEmpty() || listing.ownerType == PACKETDATATYPE_BOOKOWNER) {
-        owners.free();
-    }
-    return records;
-}
-
-// The records for the keys of the request or, without any, for all owners.
-RecordList gather(const Listing &listing, const Session &session, const XMLAction *request)
+// Calls use with the records of each key of the request or, without any, of each owner. The next
+// query waits until it has returned, so that no more than one owner's records are there at a time.
+template<typename Use>
+void forEachOwner(const Listing &listing, const Session &session, const XMLAction *request, Use use)
 {
     DeleteKeys list;
     if (request && request->hasTQKEYList()) {
         list.keys = request->getTQKEYList();
     }
-    return list.keys.isEmpty() ? gatherByOwners(listing, session)
-                               : gatherByKeys(listing, session, list.keys);
+    if (!list.keys.isEmpty()) {
+        for (const TQKEY_ELEMENT *key : std::as_const(list.keys)) {
+            use(RecordList(listing.family, listing.query(session, *key)));
+        }
+        return;
+    }
+    RecordList owners(FREE_OWNERS, session.owners(listing.ownerType));
+    for (TQLISTRECORD *record = owners.head(); record; record = record->next) {
+        const TQOWNER *owner = as<TQOWNER>(record);
+        const TQKEY_ELEMENT key { owner->key, owner->hkey };
+        use(RecordList(listing.family, listing.query(session, key)));
+    }
+    // An empty list of books' owners is freed like any other.
+    if (!owners.isEmpty() || listing.ownerType == PACKETDATATYPE_BOOKOWNER) {
+        owners.free();
+    }
 }
 
-// By publication identifier, the job to send for it.
-using Publications = std::map<unsigned int, TQJOB *>;
-
-Publications choosePublications(TQLISTRECORD *jobs)
+// One job for each publication, by ascending publication identifier: that with the lowest page
+// number, the first of those that have the same one.
+class Publications
 {
-    Publications chosen;
-    for (TQLISTRECORD *record = jobs; record; record = record->next) {
-        TQJOB *const job = as<TQJOB>(record);
-        if (!job->publicationName) {
-            continue;
+public:
+    // Keeps the job, or frees it.
+    void offer(OwnedRecord job)
+    {
+        const TQJOB *offered = as<TQJOB>(job.get());
+        if (!offered->publicationName) {
+            return;
         }
-        TQJOB *&entry = chosen[job->publicationId];
-        if (!entry || TQJOB_CC::pageNumber(job) < TQJOB_CC::pageNumber(entry)) {
-            entry = job;
+        const auto [entry, isNew] = m_chosen.try_emplace(offered->publicationId);
+        if (isNew || pageOf(job) < pageOf(entry->second)) {
+            entry->second = std::move(job);
         }
     }
-    return chosen;
-}
 
-// Takes one job for each publication off the list, by ascending publication identifier.
-std::vector<OwnedRecord> takePublications(RecordList &jobs)
-{
-    const Publications chosen = choosePublications(jobs.head());
-    std::vector<OwnedRecord> taken;
-    taken.reserve(chosen.size());
-    jobs.unlinkIf([&chosen](TQLISTRECORD *record) {
-        const TQJOB *job = as<TQJOB>(record);
-        return job->publicationName && chosen.at(job->publicationId) == job;
-    });
-    for (const auto &[id, job] : chosen) {
-        taken.emplace_back(asList(job), FreeRecord { PACKETDATATYPE_JOB });
+    template<typename Use>
+    void takeEach(Use use)
+    {
+        for (auto &[id, job] : m_chosen) {
+            use(job);
+        }
     }
-    return taken;
-}
+
+private:
+    static int pageOf(const OwnedRecord &job) { return TQJOB_CC::pageNumber(as<TQJOB>(job.get())); }
+
+    std::map<unsigned int, OwnedRecord> m_chosen;
+};
 
 }  // namespace
 
@@ -345,7 +326,7 @@ TQJOB *XMLCommServer::getTQJOBs(TQKEY_ELEMENT key) const
 
 TQJOB *XMLCommServer::getTQJOBs(const QList<TQKEY_ELEMENT *> &keys) const
 {
-    return as<TQJOB>(gatherByKeys(JOBS, Session(m_commServer), keys).release());
+    return as<TQJOB>(gather(JOBS, Session(m_commServer), keys).release());
 }
 
 TQBOOK *XMLCommServer::getBooks(TQKEY_ELEMENT key) const
@@ -355,7 +336,7 @@ TQBOOK *XMLCommServer::getBooks(TQKEY_ELEMENT key) const
 
 TQBOOK *XMLCommServer::getBooks(const QList<TQKEY_ELEMENT *> &keys) const
 {
-    return as<TQBOOK>(gatherByKeys(BOOKS, Session(m_commServer), keys).release());
+    return as<TQBOOK>(gather(BOOKS, Session(m_commServer), keys).release());
 }
 
 // The listings use nothing of the bridge once they have asked the server: it may be gone.
@@ -374,7 +355,7 @@ void XMLCommServer::sendOUTPUTs(int destinationAgentID) const
     }
     outputs.takeEach([&](OwnedRecord &record) {
         item->loadRecord(asBytes(record.release()));
-        packet->append(*item, false);
+        packet->appendV(*item, false);
     });
     session.send(std::move(packet));
 }
@@ -383,18 +364,17 @@ void XMLCommServer::sendBooks(int destinationAgentID, XMLAction *request) const
 {
     const Session session(m_commServer, router);
     std::unique_ptr<XMLPacket> packet(getXMLPacket(destinationAgentID));
-    RecordList books = gather(BOOKS, session, request);
-    if (books.isEmpty() || session.isOver()) {
-        return;
-    }
     BOOK_CC item;
-    books.takeEach([&](OwnedRecord &record) {
-        item.setName(textOf(as<TQBOOK>(record.get())->name));
-        item.setData(asBytes(record.release()));
-        packet->append(item, false);
+    forEachOwner(BOOKS, session, request, [&](RecordList books) {
+        books.takeEach([&](OwnedRecord &record) {
+            item.setName(textOf(as<TQBOOK>(record.get())->name));
+            item.setData(asBytes(record.release()));
+            packet->appendV(item, false);
+        });
     });
-    session.send(std::move(packet));
-    books.free();
+    if (!packet->isEmpty()) {
+        session.send(std::move(packet));
+    }
 }
 
 void XMLCommServer::sendTQJOBs(int destinationAgentID, XMLAction *request) const
@@ -404,20 +384,18 @@ void XMLCommServer::sendTQJOBs(int destinationAgentID, XMLAction *request) const
         !request || !request->hasExcludePublications() || request->getExcludePublications();
     const Session session(m_commServer, router);
     std::unique_ptr<XMLPacket> packet(getXMLPacket(destinationAgentID));
-    RecordList jobs = gather(JOBS, session, request);
-    if (session.isOver()) {
-        return;
-    }
     TQJOB_CC item;
-    jobs.takeEach([&](OwnedRecord &record) {
-        TQJOB *const job = as<TQJOB>(record.get());
-        if (exclude && job->publicationName) {
-            return;
-        }
-        item.setName(textOf(job->name));
-        TQJOB_CC::trimLists(job);
-        item.setData(asBytes(record.release()));
-        packet->appendV(item, false);
+    forEachOwner(JOBS, session, request, [&](RecordList jobs) {
+        jobs.takeEach([&](OwnedRecord &record) {
+            TQJOB *const job = as<TQJOB>(record.get());
+            if (exclude && job->publicationName) {
+                return;
+            }
+            item.setName(textOf(job->name));
+            TQJOB_CC::trimLists(job);
+            item.setData(asBytes(record.release()));
+            packet->appendV(item, false);
+        });
     });
     session.send(std::move(packet));
 }
@@ -426,19 +404,22 @@ void XMLCommServer::sendPublications(int destinationAgentID, XMLAction *request)
 {
     const Session session(m_commServer, router);
     std::unique_ptr<XMLPacket> packet(getXMLPacket(destinationAgentID));
-    RecordList jobs = gather(JOBS, session, request);
-    if (jobs.isEmpty() || session.isOver()) {
+    bool foundJobs = false;
+    Publications publications;
+    forEachOwner(JOBS, session, request, [&](RecordList jobs) {
+        foundJobs = foundJobs || !jobs.isEmpty();
+        jobs.takeEach([&](OwnedRecord &job) { publications.offer(std::move(job)); });
+    });
+    if (!foundJobs) {
         return;
     }
-    std::vector<OwnedRecord> publications = takePublications(jobs);
     TQJOB_CC item;
-    for (OwnedRecord &record : publications) {
+    publications.takeEach([&](OwnedRecord &record) {
         TQJOB *const job = as<TQJOB>(record.get());
         item.setName(textOf(job->publicationName));
         TQJOB_CC::trimLists(job);
         item.setData(asBytes(record.release()));
-        packet->append(item, false);
-    }
+        packet->appendV(item, false);
+    });
     session.send(std::move(packet));
-    jobs.free();
 }

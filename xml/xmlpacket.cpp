@@ -1,11 +1,16 @@
 #include "xmlpacket.h"
 
 #include "domtree_p.h"
+#include "packetitem_p.h"
+#include "text_p.h"
 #include "xmlaction.h"
 #include "xmlimage.h"
 #include "xmlmessage.h"
 #include "xmlpacketable.h"
 #include "xmlui.h"
+#include "xmlwriter_p.h"
+
+#include <QFile>
 
 #include <cstdio>
 
@@ -17,27 +22,77 @@ const QString XMLPacket::DESTINATION = QStringLiteral("dst");
 const QString XMLPacket::BODY = QStringLiteral("body");
 const QString XMLPacket::AGENT_ID = QStringLiteral("agent_id");
 
-XMLPacket::XMLPacket() : XMLObject(XMLOBJECT_PACKET) { init(nullptr); }
+struct XMLPacket::Tree
+{
+    // All of them follow the document.
+    QDomDocument document;
+    QDomElement root;
+    QDomElement header;
+    QDomElement source;
+    QDomElement destination;
+    QDomElement body;
+
+    // False for an element of the header that an application took out of the document.
+    bool shows(const QDomElement &id) const
+    {
+        return !id.parentNode().isNull() && !header.parentNode().isNull() &&
+            !root.parentNode().isNull();
+    }
+};
+
+bool XMLPacket::AgentID::operator==(const AgentID &other) const
+{
+    return id == other.id && isSet == other.isSet;
+}
+
+XMLPacket::XMLPacket() : XMLObject(XMLOBJECT_PACKET) {}
 
 XMLPacket::~XMLPacket() = default;
 
 void XMLPacket::init(const XMLPacket *other)
 {
-    if (other) {
-        m_packetDocument = withinDepth(other->m_packetDocument).cloneNode(true).toDocument();
-        m_root = m_packetDocument.documentElement();
-        m_header = getElement(m_root, HEADER);
-        m_source = getElement(m_header, SOURCE);
-        m_destination = getElement(m_header, DESTINATION);
-        m_body = getElement(m_root, BODY);
+    if (other && other->m_tree) {
+        auto copy = std::make_unique<Tree>();
+        copy->document = withinDepth(other->m_tree->document).cloneNode(true).toDocument();
+        copy->root = copy->document.documentElement();
+        copy->header = getElement(copy->root, HEADER);
+        copy->source = getElement(copy->header, SOURCE);
+        copy->destination = getElement(copy->header, DESTINATION);
+        copy->body = getElement(copy->root, BODY);
+        m_items.clear();
+        m_tree = std::move(copy);
         return;
     }
-    m_packetDocument = createDocument(TQ_NAMESPACE, rootNodeName());
-    m_root = m_packetDocument.documentElement();
-    m_header = createElement(m_root, HEADER);
-    m_source = createElement(m_header, SOURCE);
-    m_destination = createElement(m_header, DESTINATION);
-    m_body = createElement(m_root, BODY);
+    m_source = other ? other->m_source : AgentID();
+    m_destination = other ? other->m_destination : AgentID();
+    m_items = other ? std::vector<PacketItem>(other->m_items) : std::vector<PacketItem>();
+    m_tree.reset();
+}
+
+XMLPacket::Tree &XMLPacket::tree() const
+{
+    if (m_tree) {
+        return *m_tree;
+    }
+    auto tree = std::make_unique<Tree>();
+    tree->document = createDocument(TQ_NAMESPACE, rootNodeName());
+    tree->root = tree->document.documentElement();
+    tree->header = createElement(tree->root, HEADER);
+    tree->source = createElement(tree->header, SOURCE);
+    tree->destination = createElement(tree->header, DESTINATION);
+    tree->body = createElement(tree->root, BODY);
+    if (m_source.isSet) {
+        setAttribute(tree->source, AGENT_ID, m_source.id);
+    }
+    if (m_destination.isSet) {
+        setAttribute(tree->destination, AGENT_ID, m_destination.id);
+    }
+    for (const PacketItem &item : m_items) {
+        item.appendTo(tree->body);
+    }
+    std::vector<PacketItem>().swap(m_items);
+    m_tree = std::move(tree);
+    return *m_tree;
 }
 
 XMLPacket &XMLPacket::operator=(const XMLPacket &other)
@@ -48,62 +103,85 @@ XMLPacket &XMLPacket::operator=(const XMLPacket &other)
 
 bool XMLPacket::operator==(const XMLPacket &other) const
 {
+    if (!m_tree && !other.m_tree) {
+        return m_source == other.m_source && m_destination == other.m_destination &&
+            m_items == other.m_items;
+    }
     // Most packets differ in their ids already, which saves the walk over both documents.
-    const bool sameSource = m_source.attribute(AGENT_ID) == other.m_source.attribute(AGENT_ID);
-    const bool sameIDs =
-        sameSource && m_destination.attribute(AGENT_ID) == other.m_destination.attribute(AGENT_ID);
-    const auto id = sameSource ? &XMLPacket::m_destination : &XMLPacket::m_source;
-    if (!sameIDs && isShown(this->*id) && other.isShown(other.*id)) {
+    if (getSourceAgentID() != other.getSourceAgentID() && showsSource() && other.showsSource()) {
         return false;
     }
-    return sameDocument(m_packetDocument, other.m_packetDocument);
-}
-
-bool XMLPacket::isShown(const QDomElement &id) const
-{
-    return !id.parentNode().isNull() && !m_header.parentNode().isNull() &&
-        !m_root.parentNode().isNull();
+    if (getDestinationAgentID() != other.getDestinationAgentID() && showsDestination() &&
+        other.showsDestination()) {
+        return false;
+    }
+    return sameDocument(tree().document, other.tree().document);
 }
 
 bool XMLPacket::operator!=(const XMLPacket &other) const { return !(*this == other); }
 
-int XMLPacket::getSourceAgentID() const { return getAttributeInt(m_source, AGENT_ID); }
-int XMLPacket::getDestinationAgentID() const { return getAttributeInt(m_destination, AGENT_ID); }
-void XMLPacket::setSourceAgentID(int agentID) { setAttribute(m_source, AGENT_ID, agentID); }
+bool XMLPacket::showsSource() const { return !m_tree || m_tree->shows(m_tree->source); }
+bool XMLPacket::showsDestination() const { return !m_tree || m_tree->shows(m_tree->destination); }
+
+int XMLPacket::getSourceAgentID() const
+{
+    return m_tree ? getAttributeInt(m_tree->source, AGENT_ID) : m_source.id;
+}
+
+int XMLPacket::getDestinationAgentID() const
+{
+    return m_tree ? getAttributeInt(m_tree->destination, AGENT_ID) : m_destination.id;
+}
+
+void XMLPacket::setSourceAgentID(int agentID)
+{
+    if (m_tree) {
+        setAttribute(m_tree->source, AGENT_ID, agentID);
+    } else {
+        m_source = { agentID, true };
+    }
+}
 
 void XMLPacket::setDestinationAgentID(int agentID)
 {
-    setAttribute(m_destination, AGENT_ID, agentID);
+    if (m_tree) {
+        setAttribute(m_tree->destination, AGENT_ID, agentID);
+    } else {
+        m_destination = { agentID, true };
+    }
 }
 
-bool XMLPacket::isEmpty() const { return !m_body.hasChildNodes(); }
+bool XMLPacket::isEmpty() const { return m_tree ? !m_tree->body.hasChildNodes() : m_items.empty(); }
 
 bool XMLPacket::hasNodesOfType(XMLOBJECT_TYPE t) const
 {
-    return XMLObject::hasNodesOfType(m_body, t);
+    return m_tree ? XMLObject::hasNodesOfType(m_tree->body, t)
+                  : t == XMLOBJECT_PACKETABLE && !m_items.empty();
 }
 
 int XMLPacket::getNodesOfType(XMLOBJECT_TYPE t, std::list<QDomNode> &out) const
 {
-    return XMLObject::getNodesOfType(m_body, t, out);
+    // Without a node there is nothing to build one for.
+    return hasNodesOfType(t) ? XMLObject::getNodesOfType(tree().body, t, out) : 0;
 }
 
 QDomElement XMLPacket::appendCopy(const XMLObject &item)
 {
-    if (m_body.isNull()) {
+    if (tree().body.isNull()) {
         return QDomElement();
     }
-    return m_body.appendChild(item.getNode()).toElement();
+    return tree().body.appendChild(item.getNode()).toElement();
 }
 
 void XMLPacket::appendMoved(XMLObject &item)
 {
+    QDomElement &body = tree().body;
     const QDomElement moved = item.getNodeConst();
-    if (m_body.isNull() || moved.isNull() || isWithin(m_body, moved)) {
+    if (body.isNull() || moved.isNull() || isWithin(body, moved)) {
         return;
     }
-    m_body.appendChild(moved);
-    item.m_owner = m_packetDocument;
+    body.appendChild(moved);
+    item.m_owner = m_tree->document;
 }
 
 QDomElement XMLPacket::append(XMLPacketable &item) { return appendCopy(item); }
@@ -120,21 +198,60 @@ void XMLPacket::appendV(XMLMessage &item) { appendMoved(item); }
 
 QDomElement XMLPacket::append(TQPacketable &p, bool current)
 {
-    if (m_body.isNull()) {
-        return QDomElement();
-    }
-    XMLPacketable item;
-    item.setData(p);
-    if (current) {
-        item.setCurrent(true);
-    }
-    appendMoved(item);
-    return item.getNodeConst();
+    QDomElement &body = tree().body;
+    return body.isNull() ? QDomElement() : PacketItem(p, current).appendTo(body);
 }
 
-void XMLPacket::appendV(TQPacketable &p, bool current) { append(p, current); }
+void XMLPacket::appendV(TQPacketable &p, bool current)
+{
+    if (m_tree) {
+        append(p, current);
+    } else {
+        m_items.emplace_back(p, current);
+    }
+}
+
+bool XMLPacket::write(QIODevice *device) const
+{
+    if (!device || !device->isWritable()) {
+        return false;
+    }
+    XmlWriter writer(device);
+    if (m_tree) {
+        writeTree(writer, m_tree->document);
+    } else {
+        writeUnbuilt(writer);
+    }
+    return writer.finish();
+}
+
+void XMLPacket::writeUnbuilt(XmlWriter &writer) const
+{
+    const auto writeID = [&writer](const QString &name, const AgentID &agent) {
+        writer.openElement(name);
+        if (agent.isSet) {
+            writer.attribute(AGENT_ID, numberText(agent.id, 10));
+        }
+        writer.closeElement(name);
+    };
+    writer.openElement(rootNodeName());
+    writer.attribute(QStringLiteral("xmlns"), TQ_NAMESPACE);
+    writer.openElement(HEADER);
+    writeID(SOURCE, m_source);
+    writeID(DESTINATION, m_destination);
+    writer.closeElement(HEADER);
+    writer.openElement(BODY);
+    for (const PacketItem &item : m_items) {
+        item.write(writer);
+    }
+    writer.closeElement(BODY);
+    writer.closeElement(rootNodeName());
+}
 
 void XMLPacket::print() const
 {
-    std::printf("%s", XMLObject::toString(m_packetDocument).toUtf8().constData());
+    QFile output;
+    if (output.open(stdout, QIODevice::WriteOnly)) {
+        write(&output);
+    }
 }

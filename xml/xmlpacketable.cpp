@@ -2,6 +2,7 @@
 
 #include "domtree_p.h"
 #include "fields_p.h"
+#include "packetitem_p.h"
 #include "packettext_p.h"
 #include "qtcompat_p.h"
 #include "text_p.h"
@@ -35,11 +36,6 @@ namespace {
 // Room that is made for an item's text at once, in characters.
 constexpr int TEXT_ROOM = 4096;
 
-struct FreeBuffer
-{
-    void operator()(char *buffer) const { TQ_free(buffer); }
-};
-
 QDomElement appendElement(
     QDomElement &parent, const QString &name, const QString &attribute, const QString &value)
 {
@@ -50,8 +46,11 @@ QDomElement appendElement(
 
 QDomElement appendField(Shape shape, QDomElement &parent, const QString &name, const QString &text)
 {
+    if (parent.isNull() || name.isEmpty()) {
+        return QDomElement();
+    }
     QDomDocument document = parent.ownerDocument();
-    return readField(shape, document, parent, name, text);
+    return buildField(document, parent, name, readField(shape, text));
 }
 
 QString toQString(const LineBuffer &text)
@@ -330,22 +329,15 @@ void XMLPacketable::setData(const TQPacketable &packetable)
     const std::unique_ptr<TQPacketable> previous(m_packetable);
     m_packetable = nullptr;
 
-    setType(packetable.datatype);
-    setDBkey(packetable.dbkey);
-    if (packetable.name) {
-        setName(QString::fromUtf8(packetable.name));
-    } else if (packetable.datatype == PACKETDATATYPE_OUTPUT && packetable.subrecord) {
-        setName(QString::fromUtf8(packetable.subrecord->name));
+    bool hasText = false;
+    {
+        const PacketItem item(packetable, false);
+        item.fill(element());
+        hasText = item.hasText();
     }
-
-    unsigned int length = 0;
-    std::unique_ptr<char, FreeBuffer> text(packetable.toPacket(length));
-    if (!text || length > unsigned(INT_MAX)) {
-        return;
+    if (hasText) {
+        getDataConst();  // builds the cached server item, which is promised from now on
     }
-    readPacketText(element(), text.get(), length);
-    text.reset();
-    getDataConst();  // builds the cached server item, which is promised to be there from now on
 }
 
 unsigned int XMLPacketable::toDom(QDomElement &parent, QStringList &lines, unsigned int index)

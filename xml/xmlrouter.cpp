@@ -42,6 +42,9 @@ XMLRouter::XMLRouter(TQCommServer *server, QObject *parent, const char *name)
 
 XMLRouter::~XMLRouter()
 {
+    for (XMLPacket *packet : std::as_const(m_packetQueue)) {
+        packet->m_isTaken = false;
+    }
     remove(m_commServerAgent);
     delete std::exchange(m_commServerAgent, nullptr);
     delete std::exchange(m_agentBroker, nullptr);
@@ -154,7 +157,7 @@ void XMLRouter::notifyAgentRemovals(int agentID)
 
 void XMLRouter::send(XMLPacket *packet)
 {
-    if (!packet || packet->m_takenBy) {
+    if (!packet || packet->m_isTaken) {
         return;
     }
     const bool isDuplicate = !m_packetQueue.isEmpty() && *m_packetQueue.last() == *packet;
@@ -165,7 +168,7 @@ void XMLRouter::send(XMLPacket *packet)
         m_packetQueue.append(packet);
         m_hasSent = true;
     }
-    packet->m_takenBy = this;
+    packet->m_isTaken = true;
 }
 
 void XMLRouter::schedule()
@@ -202,7 +205,7 @@ void XMLRouter::send()
         // Read first: where memory runs out, the packet stays in the queue.
         const int destination = m_packetQueue.first()->getDestinationAgentID();
         XMLPacket *const packet = m_packetQueue.takeFirst();
-        packet->m_takenBy = nullptr;
+        packet->m_isTaken = false;
         const auto entry = m_agents.find(destination);
         if (entry != m_agents.end()) {
             entry->second->receive(packet);
