@@ -1,7 +1,6 @@
-# Every block of C++ in the file GUIDE stands, as it is, in one of the sources in the folder EXAMPLE.
-file(GLOB sources ${EXAMPLE}/*.cpp ${EXAMPLE}/*.h)
-foreach(source IN LISTS sources)
-    file(READ ${source} text)
+# Every block of C++ in the file GUIDE stands, as it is, in one of the SOURCES in the folder FOLDER.
+foreach(source IN LISTS SOURCES)
+    file(READ ${FOLDER}/${source} text)
     string(APPEND code "${text}")
 endforeach()
 file(READ ${GUIDE} rest)

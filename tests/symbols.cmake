@@ -1,8 +1,7 @@
-# cmake -DLIBRARY=.. -DHEADERS=.. -DNM=.. -P symbols.cmake
-# The library exports the members, tables and type information of the classes that the headers of
-# that folder export, each of them, and nothing else.
-file(GLOB headers ${HEADERS}/*.h)
-foreach(header IN LISTS headers)
+# cmake -DLIBRARY=.. "-DHEADERS=A;B;.." -DNM=.. -P symbols.cmake
+# The library exports the members, tables and type information of the classes that those headers
+# export, each of them, and nothing else.
+foreach(header IN LISTS HEADERS)
     file(STRINGS ${header} lines REGEX "^class TQXML_EXPORT ")
     foreach(line IN LISTS lines)
         string(REGEX REPLACE "^class TQXML_EXPORT ([A-Za-z]+).*" "\\1" class "${line}")
