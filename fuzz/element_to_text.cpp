@@ -119,7 +119,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     if (size > 0 && data[0] == '<') {
         document.setContent(
             QByteArray(reinterpret_cast<const char *>(data), static_cast<int>(size)),
-            WITH_NAMESPACES);
+            TQXmlInternal::WITH_NAMESPACES);
     } else {
         Bytes bytes(data, size);
         build(document, bytes);
