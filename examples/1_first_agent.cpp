@@ -14,22 +14,22 @@
 class BookReader : public XMLAgent
 {
 public:
-    BookReader() : XMLAgent(1) {}  // 1 is this application's number for readers
+    BookReader() : XMLAgent(1) {}  // this application's type number for readers
 
     void askForBooks()
     {
         XMLAction request(QStringLiteral("list"), XMLCommServer::REQUEST_BOOKS, getAgentID());
         XMLPacket *packet = getXMLPacket(router->getXMLCommServerID());
         packet->appendV(request);
-        router->send(packet);  // the router's from here on
-        router->send(getXMLPacket(getAgentID()));  // arrives when the bridge is done
+        router->send(packet);  // the router owns it now
+        router->send(getXMLPacket(getAgentID()));  // arrives once the bridge is done
     }
 
     void receive(XMLPacket *packet) override
     {
-        const std::unique_ptr<XMLPacket> received(packet);  // ours from here on
+        const std::unique_ptr<XMLPacket> received(packet);  // receivers own packets
         if (received->getSourceAgentID() == getAgentID()) {
-            QCoreApplication::quit();  // after this delivery, which the bridge's reply is part of
+            QCoreApplication::quit();  // the reply, next in the queue, still comes
         }
         std::list<QDomNode> books;
         received->getNodesOfType(XMLObject::XMLOBJECT_PACKETABLE, books);
@@ -50,7 +50,7 @@ int main(int argc, char *argv[])
     reader.askForBooks();
     application.exec();
     router.remove(&reader);
-    if (server.failures() != failures) {  // a query failed since
+    if (server.failures() != failures) {  // a query failed, the list may be short
         std::fprintf(stderr, "There may be more books: %s\n", server.errorText());
         return 1;
     }

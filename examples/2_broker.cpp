@@ -1,4 +1,4 @@
-// A broker that makes an agent when it is first needed.
+// A broker that creates an agent when it is first needed.
 
 #include <QCoreApplication>
 #include <cstdio>
@@ -8,7 +8,7 @@
 #include <xmlpacket.h>
 #include <xmlrouter.h>
 
-constexpr int PREVIEWER = 7;  // this application's number for agents that show pages
+constexpr int PREVIEWER = 7;  // this application's type number for agents that show pages
 
 class Previewer : public XMLAgent
 {
@@ -22,14 +22,13 @@ public:
     }
 };
 
-//! [broker]
 class Broker : public XMLAgentBroker
 {
 public:
     int supplyAgent(int agentType) override
     {
         if (agentType != PREVIEWER) {
-            return 0;  // nothing else can be supplied
+            return 0;  // this broker knows no other type
         }
         std::puts("making a previewer");
         m_previewer = std::make_unique<Previewer>();
@@ -38,15 +37,14 @@ public:
     }
 
 private:
-    std::unique_ptr<Previewer> m_previewer;  // the router deletes the broker, and so this
+    std::unique_ptr<Previewer> m_previewer;  // deleted with the broker
 };
-//! [broker]
 
 int main(int argc, char *argv[])
 {
     QCoreApplication application(argc, argv);
-    XMLRouter router(nullptr, nullptr, "router");  // without a server
-    router.setAgentBroker(new Broker);  // the router's from here on
+    XMLRouter router(nullptr, nullptr, "router");  // no server connection
+    router.setAgentBroker(new Broker);  // the router owns it now
     const int previewer = router.supplyAgentOfType(PREVIEWER);
     std::printf("asked again: %s\n",
         router.supplyAgentOfType(PREVIEWER) == previewer ? "the same" : "another");

@@ -1,4 +1,4 @@
-// Two agents: one answers what the other asks.
+// Two agents: a planner asks a press for its ink level, and the press answers.
 
 #include <QCoreApplication>
 #include <memory>
@@ -9,8 +9,8 @@
 #include <xmlrouter.h>
 
 constexpr int PRESS = 1, PLANNER = 2;  // this application's agent types
-constexpr int INK_LEVEL = 2000;  // its requests start above the bridge's
-//! [answer]
+constexpr int INK_LEVEL = 2000;  // a request type; the bridge's are 1000 to 1003
+
 class Press : public XMLAgent
 {
 public:
@@ -30,7 +30,7 @@ public:
         }
     }
 };
-//! [answer]
+
 class Planner : public XMLAgent
 {
 public:
@@ -47,13 +47,13 @@ int main(int argc, char *argv[])
     const QCoreApplication application(argc, argv);
     Press press;
     Planner planner;
-    XMLRouter router(nullptr, nullptr, "router");  // ends before its agents do
+    XMLRouter router(nullptr, nullptr, "router");  // declared last: is deleted before its agents
     router.add(&press);
     router.add(&planner);
     XMLAction question(QStringLiteral("Cyan"), INK_LEVEL, planner.getAgentID());
     XMLPacket *packet = planner.getXMLPacket(press.getAgentID());
     packet->appendV(question);
     router.send(packet);
-    router.send();  // delivers everything now, answers too; else the event loop does
+    router.send();  // delivers all packets now, the answer too; normally the event loop does this
     return 0;
 }

@@ -1,4 +1,4 @@
-// A server item as XML, and back.
+// Converts a server item to XML and back.
 
 #include <QCoreApplication>
 #include <cstdio>
@@ -22,7 +22,6 @@ int main(int argc, char *argv[])
     const QCoreApplication application(argc, argv);
     char text[] = "SI 56\n1 Effi Briest\n4 163\n7 2 129 198\nTI 0\n";
 
-    //! [trip]
     const std::unique_ptr<TQPacketable> book(PacketableUtil::getPacketable(PACKETDATATYPE_BOOK));
     if (!book || !book->fromPacket(text, unsigned(std::strlen(text)), false, true)) {
         return 1;
@@ -31,9 +30,8 @@ int main(int argc, char *argv[])
     book->dbkey = { 0x10f, 0x56 };
 
     XMLPacketable xml;
-    xml.setData(*book);  // packet text to elements
+    xml.setData(*book);  // from packet text to elements
     const std::unique_ptr<TQPacketable> again(xml.getData());  // and back
-    //! [trip]
 
     std::puts(qPrintable(XMLObject::toString(XMLPacketable::getPacketableItemNode(xml.getNode()))));
     std::printf("title: %s\n",

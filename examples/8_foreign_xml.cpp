@@ -1,26 +1,28 @@
-// XML from outside: what to check before it becomes packet text.
+// Checks untrusted XML before it is converted to packet text.
 
 #include <QCoreApplication>
 #include <QXmlStreamReader>
 #include <cstdio>
 #include <xmlpacketable.h>
 
-//! [check]
-
 bool breaksLine(const QString &text)
 {
     return text.contains(QLatin1Char('\n')) || text.contains(QLatin1Char('\r'));
 }
 
-// No document type, no endless nesting, and no line break in a value. White space between elements
-// is layout, which QDomDocument drops.
+// Refuses a document type, deep nesting and line breaks in values. White space between elements is
+// allowed: QDomDocument drops it.
 bool isSafe(const QByteArray &text)
 {
     QXmlStreamReader xml(text);
     int depth = 0;
     while (!xml.atEnd()) {
         xml.readNext();
-        depth += int(xml.isStartElement()) - int(xml.isEndElement());
+        if (xml.isStartElement()) {
+            ++depth;
+        } else if (xml.isEndElement()) {
+            --depth;
+        }
         if (xml.isDTD() || depth > TQMAX_NESTING ||
             (xml.isCharacters() && !xml.isWhitespace() && breaksLine(xml.text().toString()))) {
             return false;
@@ -34,7 +36,6 @@ bool isSafe(const QByteArray &text)
     }
     return !xml.hasError();
 }
-//! [check]
 
 int main(int argc, char *argv[])
 {

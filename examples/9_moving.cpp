@@ -1,4 +1,4 @@
-// What to write differently after the move from the older Qt and the 32-bit platform.
+// Code that has to change in the move from the older Qt and the 32-bit platform.
 
 #include <QCoreApplication>
 #include <cstdio>
@@ -6,8 +6,8 @@
 #include <xmlaction.h>
 #include <xmlpacket.h>
 
-//! [records]
-// Prints the first book of each owner. Members of records are copied, not pointed or referred to.
+// Prints the first book of each owner. Copies members of records; a pointer or reference to one
+// could be misaligned.
 void printBooks(TQCommServer &server)
 {
     TQLPCOMMANDS command;
@@ -17,14 +17,13 @@ void printBooks(TQCommServer &server)
         const auto *owner = reinterpret_cast<const TQOWNER *>(record);
         const TQKEY_ELEMENT key = { owner->key, owner->hkey };
         TQBOOK *book = server.getBooks(command, message, SORTTYPE_NAME, SORTORDER_ASCENDING, key);
-        const char *name = book ? book->name : "none";  // auto &name would be misaligned
+        const char *name = book ? book->name : "none";  // not auto &name
         std::puts(name);
         auto *books = reinterpret_cast<TQLISTRECORD *>(book);
         TQPacketFreeList(&books, PACKETDATATYPE_BOOK);
     }
-    TQPacketFreeList(&owners, PACKETDATATYPE_OUTPUT);  // the family of every owner
+    TQPacketFreeList(&owners, PACKETDATATYPE_OUTPUT);  // owners are always freed as outputs
 }
-//! [records]
 
 int main(int argc, char *argv[])
 {
@@ -32,28 +31,24 @@ int main(int argc, char *argv[])
     TQCommServer server("sqlite::memory:");  // the sample content
     printBooks(server);
 
-    //! [values]
     XMLAction action(QStringLiteral("move"), 1, 0);
     QDomElement element = action.getNodeConst();
-    XMLObject::setProperty(element, QStringLiteral("unit"), "mm");  // used to be stored as true
+    XMLObject::setProperty(element, QStringLiteral("unit"), "mm");  // was stored as true
     const QString unit = XMLObject::getProperty(element, QStringLiteral("unit"));  // "mm"
 
-    XMLObject::setProperty(element, QStringLiteral("x"), "4294967296");  // 33 bits
-    const int x = action.getX();  // 0, although action.hasX()
+    XMLObject::setProperty(element, QStringLiteral("x"), "4294967296");  // needs 33 bits
+    const int x = action.getX();  // 0, although action.hasX() is true
 
     const QString offsets = XMLObject::toString(QList<int> { -0x1f, 0x2c }, 16);  // "-1f 2c"
     bool ok = false;
-    const QList<int> read = XMLObject::toLongList(offsets, &ok, 16);  // -31 and 44, ok
-    //! [values]
+    const QList<int> read = XMLObject::toLongList(offsets, &ok, 16);  // -31 and 44; ok is true
     std::printf("%s, %d, ", qPrintable(unit), x);
     std::printf("%s: %d %d, %s\n", qPrintable(offsets), read[0], read[1], ok ? "ok" : "unreadable");
 
-    //! [packets]
     XMLPacket sent, received;
     sent.append(action);
     received = sent;
-    const bool same = sent == received;  // texts may differ by the order of attributes
-    //! [packets]
+    const bool same = sent == received;  // true; their texts may order attributes differently
     std::puts(same ? "the same" : "another");
     return 0;
 }
