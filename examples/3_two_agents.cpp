@@ -9,7 +9,7 @@
 #include <xmlrouter.h>
 
 constexpr int PRESS = 1, PLANNER = 2;  // this application's agent types
-constexpr int INK_LEVEL = 2000;  // a request type; the bridge's are 1000 to 1003
+constexpr int INK_LEVEL = 2000;  // a request type; the bridge has those of XMLCommServer
 
 class Press : public XMLAgent
 {
