@@ -302,7 +302,7 @@ void XMLCommServer::receive(XMLPacket *packet)
 
 void XMLCommServer::serve(int source, XMLAction &request) const
 {
-    switch (request.getType()) {
+    switch (REQUEST(request.getType())) {  // a new request makes the compiler ask for its case
     case REQUEST_OUTPUTS:
         return sendOUTPUTs(source);
     case REQUEST_PUBLICATIONS:
