@@ -1,8 +1,10 @@
 #!/usr/bin/env bash
-# completion.sh TQXML FOLDER: the completions in FOLDER offer what the command's help tells.
+# completion.sh TQXML FOLDER MANUAL: the completions in FOLDER offer, and the manual page describes,
+# the commands and options that the command's help shows.
 set -euo pipefail
 tqxml=$1
 folder=$2
+manual=$(sed 's/\\-/-/g' "$3")
 
 # shellcheck source=tools/tqxml/tqxml.bash
 . "$folder/tqxml.bash"
@@ -45,6 +47,16 @@ for command in $commands; do
     help=$("$tqxml" "$command" --help)
     options=$(sed -nE 's/^  (-h, )?(--[a-z-]+).*/\2/p' <<<"$help")
     expect "$options" tqxml "$command" x -
+    if ! grep -qx ".SS $command" <<<"$manual"; then
+        printf 'the manual page has no section "%s"\n' "$command"
+        failed=1
+    fi
+    for option in $options; do
+        if ! grep -qw -e "$option" <<<"$manual"; then
+            printf 'the manual page does not describe "%s"\n' "$option"
+            failed=1
+        fi
+    done
 done
 for line in 'list jobs --database' init 'convert --to xml' 'import-icc a.db'; do
     read -ra words <<<"$line"
