@@ -4,10 +4,11 @@
 #include <functional>
 #include <vector>
 
-// One figure: what the library does, over a floor that nothing built on QtXml can go below.
+// One figure: the cost of an operation of the library, divided by that of its floor. The floor does
+// what any program that uses QtXml must do at least.
 struct Figure
 {
-    // Prepares its data once and returns what is to be measured.
+    // Prepares its data and returns the function to measure.
     using Make = std::function<std::function<void()>()>;
 
     const char *name;
@@ -15,11 +16,11 @@ struct Figure
     double timeLimit;  // of the ratio of times; 0 for the same
     Make value;
     Make floor;
-    double floorFactor = 1;  // how many floors the value is compared with
-    bool isHeap = false;  // bytes that one call leaves allocated, in place of time
+    double floorFactor = 1;  // the value is divided by this many floors
+    bool isHeap = false;  // counts bytes that one call leaves allocated, not time
 };
 
-// What the files of this folder have registered.
+// All registered figures.
 std::vector<Figure> &figures();
 
 // Registers figures before main().
@@ -31,7 +32,7 @@ struct Register
     }
 };
 
-// Keeps the compiler from dropping what is only computed.
+// Keeps the compiler from removing an unused result.
 template<typename T>
 void keep(const T &value)
 {

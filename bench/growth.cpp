@@ -68,7 +68,7 @@ Figure::Make editPage(int actions)
     };
 }
 
-// An item that refers to as many others by name.
+// An item that refers to that many others by name.
 struct Archive
 {
     std::vector<TQDB_REFERENCE> references;
@@ -98,7 +98,7 @@ struct Archive
         current = this;
         readyReferences = references.data();
         readyNode = [](const TQDB_REFERENCE *reference) {
-            // The items referred to refer to none that the archive holds.
+            // The items referred to have no references.
             const size_t index = size_t(reference - current->references.data());
             ArchiveNode *child = current->children[index].get();
             readyReferences = nullptr;

@@ -42,7 +42,7 @@ constexpr const char *NUMBERS[] = { "0", "11", "255", "4096", "-7", "18", "3", "
 constexpr const char *STRING_ARRAY = "_12";
 constexpr const char *STRINGS[] = { "cyan", "magenta", "yellow", "black" };
 constexpr const char *BINARY = "_13";
-constexpr int BINARY_SIZE = 150;  // bytes, which take 200 characters
+constexpr int BINARY_SIZE = 150;  // bytes; 200 characters of base64
 constexpr Simple NESTED[] = { { "_1", "trap" }, { "_2", "0.25" }, { "_3", "both sides" } };
 constexpr int NESTED_ITEMS = 2;
 
@@ -90,7 +90,7 @@ QByteArray oneItem()
     return text + "TL 0\nTI 0\n";
 }
 
-// What a program that calls QtXml directly has ready.
+// The names that a program that calls QtXml directly would keep.
 struct Names
 {
     const QString item = QStringLiteral("item");
@@ -209,7 +209,7 @@ std::unique_ptr<TQPacketable> Item::serverItem()
     return std::make_unique<TextItem>(text().toStdString());
 }
 
-// Asks each element for the attributes that elements of its name have.
+// Reads those attributes of each element that elements of its name have.
 qint64 Item::walk(const QDomNode &parent)
 {
     static const QHash<QString, QStringList> attributes = attributesByName();

@@ -12,16 +12,16 @@ class TQPacketable;
 // string array of 4, 200 bytes of binary data and a list of two items of 3 fields.
 namespace Item {
 
-// Packet text with that many such items, one after the other.
+// Packet text of that many such items, one after the other.
 QByteArray text(int items = 1);
 
-// The same tree made by direct QtXml calls from UTF-8 values; a child of parent.
+// Builds the same tree below parent, with direct QtXml calls, from UTF-8 values.
 void build(QDomDocument &document, QDomElement &parent);
 
 // A server item that writes that text.
 std::unique_ptr<TQPacketable> serverItem();
 
-// Reads every name, attribute and text below the node and returns how many characters they are.
+// Reads every name, attribute and text below the node; returns the number of characters.
 qint64 walk(const QDomNode &node);
 
 }  // namespace Item

@@ -10,7 +10,7 @@
 
 namespace {
 
-// Jobs of several owners, in lists that can be made anew as often as needed.
+// Jobs of several owners, in lists that can be linked again for each run.
 class Jobs
 {
 public:
@@ -34,7 +34,7 @@ public:
 
     const QList<TQKEY_ELEMENT *> &keys() const { return m_keyList; }
 
-    // From here on, the server hands out these lists.
+    // Makes the server return these lists.
     void use()
     {
         current = this;
@@ -51,7 +51,7 @@ public:
     }
 
 private:
-    // Links the records of one owner, which an earlier listing has taken apart.
+    // Links the records of one owner again, after a listing took them apart.
     TQJOB *link(int owner)
     {
         TQJOB *const first = &m_records[size_t(owner) * size_t(m_each)];
@@ -92,7 +92,7 @@ Figure::Make gather(int owners, int each)
     };
 }
 
-// What the ready lists themselves cost, and one walk over all records.
+// The floor: linking the lists, and one walk over all records.
 std::function<void()> walkOnce()
 {
     auto bridge = std::make_shared<Bridge>(1000, 100);
@@ -105,8 +105,8 @@ std::function<void()> walkOnce()
     };
 }
 
-// Items without content: what is measured is the handling of the lists, with one empty reply item
-// for each publication.
+// The items have no content, so this measures the handling of lists, and one empty item in the
+// reply for each publication.
 Figure::Make publications(int jobs)
 {
     return [jobs] {

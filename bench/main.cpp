@@ -18,7 +18,7 @@ std::vector<Figure> &figures()
 
 namespace {
 
-// Runs once for warmth and once with instructions counted, and leaves a dump of that name.
+// Runs once to warm up and once with instructions counted, and writes a dump of that name.
 void count(const std::string &name, const Figure::Make &make)
 {
     const auto run = make();
@@ -30,7 +30,7 @@ void count(const std::string &name, const Figure::Make &make)
     CALLGRIND_DUMP_STATS_AT(name.c_str());
 }
 
-// Bytes that one run leaves allocated.
+// How many bytes one run leaves allocated.
 size_t heapOf(const Figure::Make &make)
 {
     const auto run = make();
@@ -56,7 +56,7 @@ void timeIt(const std::string &name, const Figure::Make &make)
     });
 }
 
-// One line each: name, limits and factor, for whoever reads the measurements.
+// Prints one line for each figure, which report.py reads: name, limits, factor.
 void printFigures()
 {
     for (const Figure &f : figures()) {

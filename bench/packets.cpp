@@ -44,7 +44,7 @@ std::function<void()> writeOneOfEach()
     };
 }
 
-// A packet of many small items; only the length counts here.
+// A packet of many small items; only its length matters.
 Packet packetOf(int messages, int destination, const QString &first)
 {
     auto packet = std::make_shared<XMLPacket>();
@@ -73,7 +73,7 @@ Figure::Make compareFirstItems(int items)
     };
 }
 
-// Takes packets and keeps them for the next round.
+// Receives packets and keeps them for the next round.
 class Sink : public XMLAgent
 {
 public:

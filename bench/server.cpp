@@ -12,7 +12,7 @@ namespace {
 
 enum { SIMPLE = 1, REFERENCE = 9, KEY = 14, NUMBERS = 15, STRINGS = 22, BINARY = 23 };
 
-// The measured item's fields, and room for many references behind them.
+// The fields of the measured item, then many fields for references.
 constexpr unsigned int TYPES[] = { SIMPLE, SIMPLE, SIMPLE, SIMPLE, SIMPLE, SIMPLE, SIMPLE, SIMPLE,
     REFERENCE, SIMPLE, SIMPLE, SIMPLE, KEY, KEY, KEY, NUMBERS, NUMBERS, STRINGS, BINARY };
 

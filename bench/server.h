@@ -8,13 +8,13 @@
 
 #include <string>
 
-// A server library that costs next to nothing, so that what is measured is the XML library alone:
-// its items write a ready text and accept any, its queries hand out ready lists.
+// A server library that costs almost nothing, so that the XML library alone is measured. Its items
+// write a prepared text and accept any text. Its queries return prepared lists.
 
 // Data type of the measured item.
 constexpr unsigned int BENCH_TYPE = 0x30a;
 
-// An item that writes a ready text and, when asked for references, a ready chain.
+// An item that returns a prepared text and a prepared chain of references.
 class TextItem : public TQPacketable
 {
 public:
@@ -27,8 +27,8 @@ private:
     std::string m_text;
 };
 
-// What the next queries hand out, one list for each owner. Records are not freed by the server
-// functions: they stay where the measurement has them.
+// What the next queries return, one list for each owner. The server functions do not free records;
+// the measurement owns them.
 struct ReadyLists
 {
     TQJOB *(*jobsOf)(int owner);
@@ -38,7 +38,7 @@ extern ReadyLists readyLists;
 // The references of every item made by PacketableUtil; null for none.
 extern TQDB_REFERENCE *readyReferences;
 
-// The node that every reference leads to.
+// The node of every reference.
 extern ArchiveNode *(*readyNode)(const TQDB_REFERENCE *reference);
 
 #endif

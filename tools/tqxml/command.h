@@ -10,12 +10,12 @@ constexpr int DONE = 0;
 constexpr int FAILED = 1;
 constexpr int MISUSED = 2;
 
-/// One of the things that tqxml does.
+/// A command of tqxml, such as "list".
 struct Command
 {
     const char *name;
     const char *synopsis;  ///< arguments, as in the usage line
-    const char *help;  ///< what it does and its options, in lines
+    const char *help;  ///< what it does, and its options
     void (*declareOptions)(QCommandLineParser &parser);
     int (*run)(const Command &command, const QCommandLineParser &parser);
 };
@@ -26,10 +26,10 @@ extern const Command CONVERT_COMMAND;
 extern const Command INIT_COMMAND;
 extern const Command IMPORT_ICC_COMMAND;
 
-/// Usage of one command, one line without its end.
+/// The usage line of a command, without a line feed.
 QString usageOf(const Command &command);
 
-/// Reports a wrong command line, with the usage; returns the exit code.
+/// Prints a message and the usage to standard error; returns the exit code.
 int misuse(const Command &command, const QString &message);
 
 #endif

@@ -6,18 +6,18 @@
 
 #include <string_view>
 
-/// A packet text, which must outlive this, and where another one starts to differ from it.
+/// Finds the first difference of two packet texts. The first text must outlive this object.
 class Comparison
 {
 public:
     Comparison(const QByteArray &text, const QByteArray &other);
 
     bool isEqual() const { return m_isEqual; }
-    /// Number of the first line that differs, from 1 on.
+    /// Number of the first line that differs; the first line is 1.
     qint64 line() const;
     /// First word of that line.
     QString word() const;
-    /// Levels of items and lists that are open before that line.
+    /// How many items and lists are open before that line.
     int levels() const;
 
 private:

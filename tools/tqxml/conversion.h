@@ -7,7 +7,7 @@
 
 class XMLPacketable;
 
-/// What convert reads, and how.
+/// The input of "tqxml convert" and its options.
 struct Conversion
 {
     Input &input;
@@ -19,12 +19,12 @@ struct Conversion
 };
 
 /// @{
-/// Converts item by item, and prints nothing unless all of it is converted; returns the exit code.
+/// Converts item by item. Prints nothing if an item cannot be converted. Returns the exit code.
 int convertToXml(const Conversion &conversion);
 int convertToPacket(const Conversion &conversion);
 /// @}
 
-/// Reads the items of a packet text into one packetable, whose element is returned.
+/// Reads the items of a packet text into one packetable and returns its element.
 QDomElement readItems(XMLPacketable &all, QStringList lines);
 
 #endif

@@ -11,7 +11,7 @@ bool isBlock(const QDomElement &e)
     return e.tagName() == XMLPacketable::ITEM || e.tagName() == XMLPacketable::LIST;
 }
 
-// The element behind, or with none its parent's first one; items that are inlined do not count.
+// The element after e or, without e, the first one of the parent. Skips inlined items.
 QDomElement nextPart(const QDomElement &parent, const QDomElement &e = QDomElement())
 {
     QDomElement next = e.isNull() ? parent.firstChildElement() : e.nextSiblingElement();
@@ -30,7 +30,7 @@ QString ownText(const QDomElement &e)
     return text;
 }
 
-// Whether b is a; it may tell a size that a leaves to be counted.
+// Whether the fields are equal. Where a has no size, b may have one.
 bool isSame(const QDomElement &a, const QDomElement &b)
 {
     const QDomNamedNodeMap attributes = a.attributes();
@@ -51,7 +51,8 @@ bool isSame(const QDomElement &a, const QDomElement &b)
     return same && inB.isNull();
 }
 
-// True for a field that packet text does not carry: the data type has none such, or it is empty.
+// True for a field that packet text cannot hold: an empty one, or one that the data type does not
+// have.
 bool isLeftOut(const QDomElement &field, const QDomElement &item)
 {
     const unsigned tag =

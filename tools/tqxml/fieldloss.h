@@ -4,8 +4,8 @@
 #include <QDomElement>
 #include <QString>
 
-/// Name of the first field that is not the same in what was read back; empty when there is none.
-/// Fields that packet text does not carry, and items that are inlined, do not count.
+/// The name of the first field that a conversion to packet text and back changes; empty if there is
+/// none. Ignores fields that packet text cannot hold, and inlined items.
 QString firstLoss(const QDomElement &written, const QDomElement &read);
 
 #endif

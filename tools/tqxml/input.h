@@ -8,30 +8,30 @@
 
 #include <limits>
 
-/// What one item may have where items are limited: as many bytes of text as the largest ICC
-/// profiles take, and as many values as 500 MB of memory hold.
+/// Limits of one item: bytes of text, which suffice for the largest ICC profiles, and values, which
+/// take up to 500 MB of memory.
 constexpr qint64 MAX_ITEM_BYTES = 16 << 20;
 constexpr qint64 MAX_ITEM_VALUES = 200000;
 
-/// What is wrong with an item that starts in that line and has more.
+/// The error message for an item that starts in that line and exceeds a limit.
 QString tooLarge(qint64 line);
 
-/// A file, or standard input for "-", that is read only once and from the front.
+/// A file, or standard input for "-". It is read once, from start to end.
 class Input : public QIODevice
 {
 public:
     explicit Input(const QString &file) : m_name(file), m_file(file) {}
 
-    /// False when that fails; errorString() says why.
+    /// Returns false on failure; errorString() says why.
     bool openFile();
-    /// What messages call it.
+    /// Its name in messages.
     QString label() const;
-    /// Why reading ended before the file did; empty while it did not.
+    /// Why reading stopped before the end of the file; empty if it did not.
     QString readError() const { return m_readError; }
 
-    /// Ends the input as soon as this many bytes more were read.
+    /// Ends the input after this many more bytes.
     void allow(qint64 bytes) { m_allowed = bytes; }
-    /// True when it ended so.
+    /// Whether that limit ended it.
     bool isOverLimit() const { return m_allowed < 0; }
 
     bool isSequential() const override { return true; }
@@ -55,10 +55,10 @@ class LineReader
 public:
     explicit LineReader(Input &input) : m_input(input) {}
 
-    /// The next line, with its line feed if it has one; empty at the end. No more than that many
-    /// bytes of it, and a few thousand: what follows counts as a further line.
+    /// The next line with its line feed; empty at the end. A line much longer than this many bytes
+    /// is cut, and the rest counts as another line.
     QByteArray take(qint64 most);
-    /// Number of the line that was taken last, from 1 on.
+    /// The number of the line that was taken last; the first line is 1.
     qint64 number() const { return m_number; }
 
 private:

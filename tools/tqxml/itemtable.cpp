@@ -24,7 +24,7 @@ QString keyOf(const QDomElement &e)
         : QString();
 }
 
-// Text of a field that holds a simple value, a key or an array.
+// The text of a simple value, a key or an array.
 QString fieldText(const QDomElement &field, const QString &separator)
 {
     if (field.hasAttribute(XMLPacketable::VALUE)) {
@@ -41,7 +41,7 @@ QString fieldText(const QDomElement &field, const QString &separator)
     return entries.join(separator);
 }
 
-// The columns behind key and name.
+// The columns after key and name.
 class Fields
 {
 public:

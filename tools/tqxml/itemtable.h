@@ -9,8 +9,8 @@
 #include <list>
 #include <vector>
 
-/// A table for people of packetable elements of one data type: their keys, names and the fields
-/// with these data tags. The first tag only tells what a name is called.
+/// A table for people, with the keys and names of packetable elements of one data type, and the
+/// fields with these data tags. The first tag is that of the name: only its heading is used.
 QByteArray itemTable(const std::list<QDomNode> &items, const std::vector<unsigned> &tags);
 
 #endif

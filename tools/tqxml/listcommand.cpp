@@ -34,8 +34,8 @@ struct Listing
 {
     const char *name;
     int request;  // request type of the bridge
-    PACKETDATATYPES owner;  // type of the keys that it is listed by; none for no keys
-    std::vector<unsigned> tags;  // of the table: what tells the heading of names, then columns
+    PACKETDATATYPES owner;  // data type that --key takes; NONE if it takes no keys
+    std::vector<unsigned> tags;  // the name's, for its heading, then those of the columns
 };
 
 const Listing LISTINGS[] = {
@@ -49,7 +49,7 @@ const Listing LISTINGS[] = {
         { 0x1, 0x2, 0x5, 0x6, 0x7, 0x9, 0xc, 0x3, 0x4 } },
 };
 
-// Receives the reply to one request.
+// Receives and keeps the reply to one request.
 class Asker : public XMLAgent
 {
 public:
@@ -94,8 +94,8 @@ std::unique_ptr<XMLPacket> ask(TQCommServer &server, Request &request)
     fill(action, request);
     XMLPacket *packet = asker.getXMLPacket(router.getXMLCommServerID());
     packet->appendV(action);
-    // The bridge lets go of a request when it has served it, and the packet then goes from the
-    // event loop, after the delivery of all replies. Not every request is answered.
+    // Not every request gets a reply. But the bridge calls deleteLater() of each request that it
+    // has served, so the request is destroyed after its reply was delivered.
     QObject::connect(packet, &QObject::destroyed, QCoreApplication::instance(),
         [] { QCoreApplication::quit(); });
     router.send(packet);
@@ -138,7 +138,7 @@ const Listing *findListing(const QStringList &arguments)
     return found == std::end(LISTINGS) ? nullptr : found;
 }
 
-// Takes the keys of owners; the text says what is wrong with one, and is empty when nothing is.
+// Reads the keys of --key into the request. Returns what is wrong with one, or an empty text.
 QString readKeys(const QStringList &texts, Request &request)
 {
     const PACKETDATATYPES owner = request.listing->owner;

@@ -77,7 +77,7 @@ int run(const Command &command, const QStringList &arguments)
     return parser.isSet(HELP) ? printHelp(command) : command.run(command, parser);
 }
 
-// A command line that does not begin with a command.
+// Runs a command line without a command, such as "tqxml --help".
 int runWithout(const QStringList &arguments)
 {
     QCommandLineParser parser;
@@ -109,10 +109,10 @@ int run(const QStringList &arguments)
     return run(**found, arguments.mid(1));
 }
 
-// An exception must not cross the event loop.
+// Called by operator new: an exception must not cross the event loop.
 [[noreturn]] void endWithoutMemory() { endNow("tqxml: out of memory\n"); }
 
-// Qt's containers take memory from malloc(), and throw when there is none.
+// Qt's containers allocate with malloc(), and throw std::bad_alloc themselves.
 [[noreturn]] void endOnException()
 {
     if (!std::current_exception()) {
@@ -147,9 +147,9 @@ int main(int argc, char **argv)
     std::set_new_handler(endWithoutMemory);
     std::set_terminate(endOnException);
     claimStandardStreams();
-    std::signal(SIGPIPE, SIG_IGN);  // a reader that has enough is met as a failed write
-    qputenv("LC_ALL", "C.UTF-8");  // output and file names are UTF-8, whatever the user's locale
-    qInstallMessageHandler(discardMessage);  // errors are told by the command, in its own words
+    std::signal(SIGPIPE, SIG_IGN);  // writing to a closed pipe fails instead
+    qputenv("LC_ALL", "C.UTF-8");  // output and file names are UTF-8 in every locale
+    qInstallMessageHandler(discardMessage);  // the command reports errors itself
     const QCoreApplication application(argc, argv);
     for (int i = 1; i < argc; ++i) {
         if (QFile::encodeName(QFile::decodeName(argv[i])) != argv[i]) {

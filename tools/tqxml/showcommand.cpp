@@ -19,7 +19,8 @@ namespace {
 const QString REFERENCES_OPTION = QStringLiteral("references");
 const QString DATABASE_OPTION = QStringLiteral("database");
 
-// An item with all that it refers to; null, with an error, when there is none or a query failed.
+// Loads an item and everything that it refers to. Null, with an error, if there is no such item or
+// a query failed.
 std::unique_ptr<XMLPacketable> load(
     const QByteArray &url, PACKETDATATYPES type, const TQKEY_ELEMENT &key, QString &error)
 {

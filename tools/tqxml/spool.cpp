@@ -35,7 +35,7 @@ int Spool::printFile()
 bool Spool::open()
 {
     m_file.setAutoRemove(false);
-    // It loses its name at once, so that nothing is left however the process ends.
+    // The file is unlinked at once, so it is gone however the process ends.
     return m_file.isOpen() || (m_file.open() && QFile::remove(m_file.fileName()));
 }
 

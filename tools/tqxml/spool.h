@@ -5,16 +5,16 @@
 #include <QString>
 #include <QTemporaryFile>
 
-/// Output that is kept until all of it is known to be good: the first of it in memory, the rest in
-/// a temporary file.
+/// Output that is held back until it is complete: the beginning in memory, the rest in a temporary
+/// file.
 class Spool
 {
 public:
-    /// False when it cannot be kept; error() says why.
+    /// Returns false if it cannot be stored; error() says why.
     bool write(const QByteArray &bytes);
     QString error() const { return m_error; }
     bool isEmpty() const { return m_bytes.isEmpty() && !m_file.isOpen(); }
-    /// Writes all to standard output; returns the exit code.
+    /// Writes everything to standard output; returns the exit code.
     int print();
 
 private:

@@ -21,7 +21,7 @@ int finish(bool ok, const std::string &error)
     return ok ? DONE : fail(QString::fromStdString(error));
 }
 
-constexpr unsigned PATIENCE = 2;  // seconds that the work gets to end
+constexpr unsigned PATIENCE = 2;  // seconds from a signal to the end
 
 volatile std::sig_atomic_t isStopped = 0;
 
@@ -33,14 +33,14 @@ void stop(int)
     }
 }
 
-// The work is stuck, in a client of the database perhaps.
+// Handles SIGALRM: the work did not stop, perhaps because a database client blocks.
 void giveUp(int)
 {
     const bool hasBar = ::isatty(STDERR_FILENO) != 0;
     endNow(hasBar ? "\r\033[Ktqxml: interrupted\n" : "tqxml: interrupted\n");
 }
 
-// Signals that are ignored, as by nohup, stay so. Waiting calls are not begun anew.
+// Leaves alone what is ignored already, as under nohup. Signals interrupt blocking calls.
 void handleSignals()
 {
     struct sigaction action = {};
@@ -59,7 +59,7 @@ void handleSignals()
     ::sigprocmask(SIG_UNBLOCK, &alarms, nullptr);
 }
 
-// Shows how far the work is, and stops it when the user or the system asks for that.
+// Shows the progress of the work, and stops it after a signal.
 TQPROGRESS progressOf(ProgressBar &bar)
 {
     handleSignals();

@@ -30,7 +30,7 @@ QString line(QString message)
 
 void claimStandardStreams()
 {
-    // Opened the wrong way round: using the stream still fails.
+    // Opened for the wrong direction, so that using the stream still fails.
     constexpr int MODES[] = { O_WRONLY, O_RDONLY, O_RDONLY };
     for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {
         if (::fcntl(descriptor, F_GETFD) < 0) {
@@ -75,7 +75,7 @@ int fail(const QString &message)
 void endNow(const char *line)
 {
     const ssize_t written = ::write(STDERR_FILENO, line, std::strlen(line));
-    static_cast<void>(written);  // there is no other way to tell
+    static_cast<void>(written);  // nowhere left to report an error
     ::_exit(FAILED);
 }
 

@@ -4,38 +4,38 @@
 #include <QByteArray>
 #include <QString>
 
-/// Fills the place of closed standard streams, so that no file opened later is taken for one.
+/// Opens closed standard streams, so that no file opened later gets their descriptors.
 void claimStandardStreams();
 
-/// Writes everything; 0, or the number of the error.
+/// Writes everything; returns 0 or errno.
 int writeTo(int descriptor, const QByteArray &bytes);
-/// What an error of that number is.
+/// The text for such an error number.
 QString reasonOf(int error);
 
-/// Writes everything to standard output, and returns the exit code. A reader that has gone is no
-/// failure; all other errors are reported.
+/// Writes everything to standard output and returns the exit code. Reports errors, except that a
+/// reader may close its pipe early.
 int writeOutput(const QByteArray &bytes);
 
-/// Writes "tqxml: " and the message to standard error, as one line. Passwords that are part of an
-/// argument of the command are left out.
+/// Writes "tqxml: " and the message to standard error, as one line, without passwords that are part
+/// of an argument.
 void note(const QString &message);
 
 /// Reports an error and returns the exit code for it.
 int fail(const QString &message);
 
-/// Ends the process as failed, with that line on standard error. Uses no memory, and may be called
-/// by a signal handler.
+/// Ends the process with exit code 1 and that line on standard error. Allocates no memory and may
+/// be called in a signal handler.
 [[noreturn]] void endNow(const char *line);
 
-/// Reports an error with a further line that helps, and returns that exit code.
+/// Reports an error with a second line that helps, and returns that exit code.
 int complain(int exitCode, const QString &message, const QString &help);
 
-/// How much of a long operation is done, on standard error when that is a terminal.
+/// A progress bar on standard error, shown only if that is a terminal.
 class ProgressBar
 {
 public:
     explicit ProgressBar(const QString &label);
-    /// Takes the bar off the screen.
+    /// Removes the bar.
     ~ProgressBar();
     ProgressBar(const ProgressBar &) = delete;
     ProgressBar &operator=(const ProgressBar &) = delete;

@@ -13,7 +13,7 @@ constexpr QLatin1Char BLANK(' ');
 constexpr QChar RULE(0x2500);
 constexpr QChar ELLIPSIS(0x2026);
 
-// Columns that a character takes on a terminal; none for those that join the one before.
+// How many columns a character takes on a terminal; 0 for combining characters.
 int widthOf(uint c) { return std::max(::wcwidth(wchar_t(c)), 0); }
 
 int widthOf(const QString &text)
@@ -26,7 +26,7 @@ int widthOf(const QString &text)
     return width;
 }
 
-// The text in one line and at most MAX_WIDTH columns.
+// The text as one line of at most MAX_WIDTH columns.
 QString cellText(const QString &text)
 {
     const QString line = printable(text);

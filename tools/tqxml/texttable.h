@@ -7,8 +7,8 @@
 
 /// A table for people: headings, a rule, and rows of aligned columns.
 ///
-/// Columns that have no text in any row are left out; columns that hold nothing but numbers are
-/// aligned to the right. Long texts are cut, with an ellipsis.
+/// Empty columns are left out. Columns of numbers are aligned to the right. Long texts end in an
+/// ellipsis.
 class TextTable
 {
 public:
@@ -16,7 +16,7 @@ public:
 
     /// One cell for each heading.
     void addRow(const QStringList &cells);
-    /// UTF-8, with a line feed at the end of each line and no blanks before it.
+    /// The table as UTF-8; lines end with a line feed and have no trailing blanks.
     QByteArray text() const;
 
 private:

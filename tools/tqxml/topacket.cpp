@@ -1,4 +1,5 @@
-// XML to packet text, one packetable after the other.
+// Converts XML to packet text, one packetable after the other. What packet text cannot hold is
+// found by converting back and comparing.
 
 #include "command.h"
 #include "comparison.h"
@@ -20,7 +21,7 @@ QByteArray packetText(const QDomElement &packetable)
     return XMLPacketable().toPacket(packetable).toUtf8();
 }
 
-// Puts blanks in the place of line feeds. A document that was read is not nested too deeply.
+// Replaces line feeds with blanks. Recursion is safe: the reader has limited the nesting.
 void blankLineFeeds(QDomNode node)
 {
     if (node.isText()) {
@@ -36,7 +37,7 @@ void blankLineFeeds(QDomNode node)
     }
 }
 
-// First word of the first line of packet text that is other with blanks for line feeds.
+// The first word of the first line of packet text that changes when line feeds become blanks.
 QString cutByLineFeed(const QDomDocument &document, const QByteArray &text)
 {
     const QDomDocument copy = document.cloneNode().toDocument();
@@ -46,7 +47,7 @@ QString cutByLineFeed(const QDomDocument &document, const QByteArray &text)
     return comparison.isEqual() ? QString() : comparison.word();
 }
 
-// The name of something that would not come back the same from packet text; empty for nothing.
+// The name of something that packet text would not give back unchanged; empty if there is none.
 QString lostIn(const QDomDocument &document, const QByteArray &text)
 {
     XMLPacketable again;
@@ -62,7 +63,7 @@ QString lostIn(const QDomDocument &document, const QByteArray &text)
     return firstLoss(packetable, read);
 }
 
-// Empty when the packet text of a packetable can be read back as it is meant, else why not.
+// Why the packet text of a packetable would not give it back unchanged; empty if it does.
 QString lossOf(const QDomDocument &document, const QByteArray &text, bool hasLineFeeds)
 {
     const QString cut = hasLineFeeds ? cutByLineFeed(document, text) : QString();

@@ -1,8 +1,9 @@
-// Packet text to XML. The text is cut into the items of its top level, and each is converted alone:
+// Converts packet text to XML. The text is cut into its top-level items, which are converted one by
+// one:
 //
 //     SI 15       opens an item of data type 15
 //     1 Page one  data tag and value of a field
-//     SL 2        opens a list, in which there are items
+//     SL 2        opens a list of two items
 //     TL 0        closes the list
 //     TI 0        closes the item
 
@@ -22,10 +23,10 @@
 
 namespace {
 
-constexpr int PACKETABLE_LEVEL = 2;  // of elements in a packet
+constexpr int PACKETABLE_LEVEL = 2;  // depth of packetables in a packet
 constexpr QLatin1Char BLANK(' ');
 
-// What one block of the top level holds, an item or a list, or a line that is in none.
+// One block of the top level: an item, a list, or a line outside of both.
 struct Block
 {
     QByteArray text;
@@ -47,7 +48,7 @@ struct Block
     }
 };
 
-// Takes blocks off the front of a text.
+// Takes one block after the other from a text.
 class BlockReader
 {
 public:
@@ -57,11 +58,11 @@ public:
     {
     }
 
-    // An empty one at the end. One that is too large may be cut.
+    // Returns an empty block at the end. A block that is too large may be cut.
     Block take()
     {
         Block block;
-        std::vector<int> open { NO_TAG };  // lengths of the tags that came last, by level
+        std::vector<int> open { NO_TAG };  // length of the last tag, by level
         do {
             const QByteArray line = m_lines.take(m_most);
             if (line.isEmpty()) {
@@ -77,7 +78,7 @@ public:
 private:
     static constexpr int NO_TAG = -1;
 
-    // A line without a blank is cut where the one before it in its level was.
+    // The library cuts a line without a blank where it cut the line before it on the same level.
     static void follow(const QString &line, std::vector<int> &open)
     {
         const auto blank = line.indexOf(BLANK);
@@ -95,7 +96,7 @@ private:
     const qint64 m_most;
 };
 
-// The packet around its packetables: what is written before and after them.
+// The packet's text before and after its packetables.
 struct Frame
 {
     Frame()
@@ -184,7 +185,7 @@ private:
         return xml;
     }
 
-    // A packet text is converted only when its conversion gives it back.
+    // Packet text is converted only if converting back gives the same text.
     void check(const Block &block, const QByteArray &again)
     {
         const Comparison comparison(block.text, again);

@@ -33,7 +33,7 @@ bool isHexDigit(QChar c)
         (c >= QLatin1Char('A') && c <= QLatin1Char('F'));
 }
 
-// Digits alone: no sign, no prefix, no blanks.
+// Accepts digits only: no sign, prefix or blanks.
 std::optional<unsigned> readWord(const QString &text)
 {
     if (text.isEmpty() || text.size() > MAX_DIGITS ||
@@ -43,7 +43,7 @@ std::optional<unsigned> readWord(const QString &text)
     return text.toUInt(nullptr, BASE);
 }
 
-// A path as it stands in a URL, where "%" starts an escape and "?" the options.
+// Escapes a path for a URL, where "%" starts an escape and "?" the options.
 QString escaped(QString path)
 {
     return path.replace(QLatin1Char('%'), QLatin1String("%25"))
@@ -112,7 +112,7 @@ QByteArray databaseUrl(const QString &database)
     if (database.startsWith(QLatin1String("sqlite:")) || database.contains(QLatin1String("://"))) {
         return database.toUtf8();
     }
-    // Qt takes a path that starts with a colon for a resource.
+    // To Qt, a path that starts with a colon is a resource.
     const QLatin1String folder(database.startsWith(COLON) ? "./" : "");
     return (QLatin1String("sqlite:") + folder + escaped(database)).toUtf8();
 }
@@ -129,7 +129,7 @@ QString withoutPassword(QString message, const QString &argument)
     const QString hidden = QStringLiteral("...");
     const QString password = user.match(argument).captured(1);
     for (const QString &form : { password, escaped(password), unescaped(password) }) {
-        // What stands behind an "@" in it may have been taken for the host.
+        // An "@" in the password: the text after it may have been read as the host.
         for (QString rest = form; !rest.isEmpty(); rest = rest.section(AT, 1)) {
             message.replace(rest + AT, hidden + AT);
         }

@@ -7,31 +7,31 @@
 
 #include <optional>
 
-/// A key from "KEY:HKEY", both words hexadecimal; nothing for any other text.
+/// Reads a key, "KEY:HKEY", both words hexadecimal; none for any other text.
 std::optional<TQKEY_ELEMENT> readKey(const QString &text);
-/// What is wrong with a text that is none.
+/// The error message for a text that is not a key.
 QString noKey(const QString &text);
-/// What is wrong with a key for an item of that type; empty when nothing is.
+/// What is wrong with a key for an item of that type; empty if nothing.
 QString wrongKey(const TQKEY_ELEMENT &key, PACKETDATATYPES type);
-/// "KEY:HKEY", as readKey() takes it.
+/// A key as readKey() reads it, "KEY:HKEY".
 QString keyText(const TQKEY_ELEMENT &key);
 QString keyText(const QString &key, const QString &hkey);
 
-/// A data type from its name ("job", "book", ...) or its hexadecimal number; nothing otherwise.
+/// Reads a data type: a name ("job", "book", ...) or a hexadecimal number; none for any other text.
 std::optional<PACKETDATATYPES> readType(const QString &text);
-/// The name of a data type; its hexadecimal number when it has none.
+/// The name of a data type, or its hexadecimal number if it has none.
 QString typeText(PACKETDATATYPES type);
 
-/// URL of the store that a DATABASE argument means: a path, or a URL already.
+/// The URL for a DATABASE argument, which is a path or a URL.
 QByteArray databaseUrl(const QString &database);
-/// URL of the sample in memory.
+/// The URL of the sample in memory.
 QByteArray sampleUrl();
 
-/// The message without the passwords that an argument has in it, which may be a URL, or what was
-/// meant to be one: "USER:PASSWORD@HOST/DB", "...?password=PASSWORD".
+/// Removes passwords from a message that quotes an argument. The argument is a URL or looks like
+/// one: "USER:PASSWORD@HOST/DB", "...?password=PASSWORD".
 QString withoutPassword(QString message, const QString &argument);
 
-/// The text with every control character replaced, so that it is one line and safe to show.
+/// Replaces every control character, so that the text is one line and safe to show.
 QString printable(const QString &text);
 
 #endif

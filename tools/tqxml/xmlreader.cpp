@@ -27,7 +27,7 @@ bool isBlock(const QString &name)
 XmlReader::XmlReader(Input &input, Options options)
     : m_input(input), m_options(options), m_xml(&input)
 {
-    m_xml.setNamespaceProcessing(false);  // elements are told by name alone
+    m_xml.setNamespaceProcessing(false);  // the library looks at names only
     limit();
 }
 
@@ -86,7 +86,7 @@ void XmlReader::leave()
     --m_depth;
 }
 
-// Starts to count for what is read next.
+// Starts counting for the next packetable.
 void XmlReader::limit()
 {
     m_line = m_xml.lineNumber();

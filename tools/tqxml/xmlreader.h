@@ -9,10 +9,10 @@
 class Input;
 
 /// Reads the packetables of an XML document one by one. The document is a packet, one packetable,
-/// or one item, which gets a packetable. Of what is not within a packetable nothing is kept.
+/// or one item, around which a packetable is made. Anything outside packetables is skipped.
 ///
-/// White space between elements is dropped, but an entry of an array may be blank. What is nested
-/// too deeply is an error, or for isRaw left out.
+/// White space between elements is dropped, but an entry of an array may be blank. Items nested too
+/// deeply are an error, or left out if isRaw is set.
 class XmlReader
 {
 public:
@@ -24,11 +24,11 @@ public:
 
     XmlReader(Input &input, Options options);
 
-    /// A document with the next packetable as its root; null at the end or after an error.
+    /// The next packetable, as the root of a document; null at the end or after an error.
     QDomDocument next();
-    /// True when a value of that packetable has a line feed.
+    /// Whether a value of that packetable has a line feed.
     bool hasLineFeeds() const { return m_hasLineFeeds; }
-    /// Why there is no further packetable; empty at the end of a good document.
+    /// Why there is no next packetable; empty at the end of a good document.
     QString error() const;
 
 private:
@@ -48,15 +48,15 @@ private:
     const Options m_options;
     QXmlStreamReader m_xml;
     int m_depth = 0;  // open elements that hold packetables
-    bool m_hasBody = false;  // the first body was met
+    bool m_hasBody = false;  // the first body was found
     bool m_isInBody = false;
     QDomDocument m_document;
     QDomElement m_current;  // the open element
-    QList<int> m_nesting;  // of items and lists, for each open element of the packetable
+    QList<int> m_nesting;  // levels of items and lists, for each open element
     QString m_text;  // since the last tag
     bool m_hasLineFeeds = false;
-    qint64 m_line = 1;  // that the packetable starts in
-    qint64 m_values = 0;  // of the packetable
+    qint64 m_line = 1;  // where the packetable starts
+    qint64 m_values = 0;  // so far in the packetable
 };
 
 #endif

@@ -57,7 +57,7 @@ private:
         return sorted;
     }
 
-    // White space between elements is layout, beside text it would become part of the text.
+    // Indent between elements only: next to text, white space would become part of the text.
     void writeContent(const QDomElement &e, int depth)
     {
         bool isBesideText = false;
@@ -107,7 +107,7 @@ private:
             break;
         case '\t':
         case '\n':
-            // A parser turns these into blanks in an attribute, and a carriage return anywhere.
+            // Parsers replace these with blanks in attributes, and a carriage return everywhere.
             if (place == InText) {
                 m_out += c;
                 break;

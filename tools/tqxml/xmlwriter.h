@@ -5,12 +5,12 @@
 #include <QDomElement>
 #include <QString>
 
-/// What becomes of characters that XML cannot hold.
+/// What to do with characters that XML does not allow.
 enum Unwritable { REFUSED, LEFT_OUT };
 
-/// UTF-8 text of an element with all below: indented by one blank per level, the attributes in
-/// the order of their names, so that it is the same in every run. The element itself is at the
-/// given level. A null array, with an error that says why, when a character is refused.
+/// An element with its content as UTF-8: indented by one blank per level, attributes sorted by
+/// name, so that it is the same in every run. The level is that of the element itself. A null
+/// array, with an error, if a character is refused.
 QByteArray xmlText(
     const QDomElement &element, QString &error, Unwritable unwritable = REFUSED, int level = 0);
 
