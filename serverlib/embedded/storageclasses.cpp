@@ -97,6 +97,8 @@ constexpr StorageClass::Source SOURCES[] = {
     { PACKETDATATYPE_BOOKOWNER, "w", "NULL, NULL, NULL", "tq_book_owner w" },
     { PACKETDATATYPE_BOOK, "b", "NULL, NULL, NULL", "tq_book b" },
 };
+static_assert(
+    std::size(SOURCES) == std::size(BUILTINS) - 1, "every type is stored, but the outputs list");
 
 const StorageClass::Source *sourceOf(PACKETDATATYPES type)
 {
