@@ -9,11 +9,11 @@
 
 class XMLActionGroup;
 
-/// A tool bar that shows the page it is sent: each action of the page becomes a QAction.
+/// A tool bar that shows a page: each action of the page that it receives becomes a QAction.
 ///
-/// Actions are known by their type. The page's first packet makes them; later ones change names,
-/// visibility, whether they are enabled, and what is checked, as the user does. Checkable actions
-/// with the same originator, other than 0, exclude each other.
+/// The type identifies an action. The first packet creates the actions. Later packets change names,
+/// visibility and whether actions are enabled and checked; so does the user. Checkable actions with
+/// the same originator, other than 0, exclude each other.
 class ActionBar : public QToolBar, public BoardAgent
 {
     Q_OBJECT
@@ -23,13 +23,13 @@ public:
 
     ActionBar(XMLRouter &to, PacketLog &log);
 
-    /// What shows the action of that type, or what it stands for; null when no page had it.
+    /// The QAction, or the XMLAction, of that type; null if no page had it.
     QAction *shown(int type) const { return m_entries.value(type).shown; }
     XMLAction *action(int type) const { return m_entries.value(type).action; }
 
 Q_SIGNALS:
-    /// An action was triggered, or its checked state was written, changed or not: by the user, by
-    /// its group, by a page that has it changed, or through action().
+    /// An action was triggered, or its checked state was set (even to the same value): by the user,
+    /// its group, a page or through action().
     void chosen(int type, bool checked);
 
 protected:

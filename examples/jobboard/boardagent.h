@@ -7,8 +7,8 @@
 
 class PacketLog;
 
-/// An agent of the window: it registers itself, has every packet logged that it sends or receives,
-/// and drops what it received.
+/// An agent of the window. It registers itself, logs every packet that it sends or receives, and
+/// deletes what it received.
 class BoardAgent : public XMLAgent
 {
 public:
@@ -20,9 +20,9 @@ protected:
     /// The name is for people. Router and log are not owned and must outlive the agent.
     BoardAgent(int type, const QString &name, XMLRouter &to, PacketLog &log);
 
-    /// Hands the packet to the router.
+    /// Logs the packet and sends it.
     void send(XMLPacket *packet);
-    /// Reads what arrived; the packet ends with the call.
+    /// Reads a packet, which is deleted after the call.
     virtual void take(const XMLPacket &packet) = 0;
 
 private:

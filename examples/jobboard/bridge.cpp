@@ -13,6 +13,6 @@ Bridge::~Bridge() { router->remove(this); }
 void Bridge::receive(XMLPacket *packet)
 {
     const Reading reading(m_server);
-    XMLCommServer::receive(packet);  // queues the reply, which is delivered later
+    XMLCommServer::receive(packet);  // queues the reply for a later delivery
     m_error = reading.error();
 }

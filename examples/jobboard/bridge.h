@@ -5,8 +5,8 @@
 
 #include <QString>
 
-/// The window's server bridge, beside the router's own: it answers each request from one moment of
-/// the store, and tells whether the reply is whole.
+/// The window's server bridge, used instead of the router's own. It answers each request from one
+/// state of the store, and knows whether the reply is complete.
 class Bridge : public XMLCommServer
 {
 public:
@@ -16,7 +16,7 @@ public:
 
     void receive(XMLPacket *packet) override;
 
-    /// Why the reply to the last request may be short; empty when it is whole.
+    /// Why the reply to the last request may be short; empty if it is complete.
     const QString &error() const { return m_error; }
 
 private:

@@ -7,7 +7,7 @@
 
 namespace {
 
-// Goes with its header.
+// A child of the header, and deleted with it.
 class RoomTaker : public QObject
 {
 public:

@@ -3,8 +3,8 @@
 
 class QHeaderView;
 
-/// Has a column take the room that the others leave, but never less than a minimum: where that is
-/// too much, the view scrolls.
+/// Gives a column the room that the others leave, but at least a minimum. If that does not fit, the
+/// view scrolls.
 void takeRoom(QHeaderView *header, int column, int minimum);
 
 #endif

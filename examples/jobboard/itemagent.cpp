@@ -42,7 +42,7 @@ std::unique_ptr<XMLPacketable> ItemAgent::read(const TQKEY_ELEMENT &key, QString
     std::unique_ptr<XMLPacketable> item(XMLPacketable::fromArchiveNode(m_server, node.get()));
     error = reading.error();
     if (!error.isEmpty()) {
-        return nullptr;  // what came of it may be short
+        return nullptr;  // the item may be incomplete
     }
     if (!item) {
         error = QStringLiteral("it is not in the store any more");

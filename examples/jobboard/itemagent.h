@@ -10,14 +10,14 @@
 class TQCommServer;
 class XMLPacketable;
 
-/// Answers requests for one item, which the server bridge knows only as part of a list: the item
-/// comes with everything inlined that it refers to. When it is not in the store, or could not be
-/// read whole, a message in its place says why.
+/// Answers requests for one item; the server bridge answers only requests for lists. Everything
+/// that the item refers to is inlined. If the item is not in the store, or could not be read
+/// completely, the answer is a message that says why.
 class ItemAgent : public BoardAgent
 {
 public:
     static constexpr int TYPE = 3;
-    /// Type of the requests' actions, whose keys are those of the items.
+    /// Type of the request's action; its key is that of the item.
     static constexpr int REQUEST_ITEM = 2000;
 
     /// The connection is not owned and must outlive the agent.
@@ -27,7 +27,7 @@ protected:
     void take(const XMLPacket &packet) override;
 
 private:
-    // The whole item; null, with the reason, when there is none.
+    // The complete item; null, with the reason, if there is none.
     std::unique_ptr<XMLPacketable> read(const TQKEY_ELEMENT &key, QString &error);
 
     TQCommServer &m_server;

@@ -93,7 +93,7 @@ QString deviceClass(const QDomElement &field)
     return found == std::end(DEVICE_CLASSES) ? code : QLatin1String(found->name);
 }
 
-// Fields whose values need more than their text.
+// Fields whose values are not shown as their text.
 struct Format
 {
     PACKETDATATYPES type;

@@ -31,10 +31,10 @@ void visitFields(const QDomElement &packetable,
 
 /// Name of a field for people.
 QString fieldHeading(PACKETDATATYPES type, unsigned tag);
-/// Value of a field for people, on one line: states and options by name, the four process colours
-/// as "CMYK", a referred item by its name, and of binary data the size only.
+/// Value of a field for people, on one line: states and options as names, the four process colours
+/// as "CMYK", a referred item as its name, and binary data as its size.
 QString fieldText(PACKETDATATYPES type, unsigned tag, const QDomElement &field);
-/// Key of the item that a field refers to; the null key when it refers to none by key.
+/// Key of the item that a field refers to; the null key if it does not refer to one by key.
 TQKEY_ELEMENT fieldKey(const QDomElement &field);
 
 #endif

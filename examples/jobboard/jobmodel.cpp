@@ -167,7 +167,7 @@ JobFilter::JobFilter(JobModel &jobs, QObject *parent) : QSortFilterProxyModel(pa
 void JobFilter::setSource(const Source &source)
 {
     m_source = source;
-    invalidate();  // at once, where invalidateFilter() takes the rows off one by one
+    invalidate();  // invalidateFilter() would remove the rows one by one
 }
 
 void JobFilter::setState(std::optional<int> state)

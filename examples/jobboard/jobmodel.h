@@ -12,7 +12,7 @@
 #include <optional>
 #include <vector>
 
-/// What the jobs belong to that are shown.
+/// What jobs are listed for: an output, a publication or a book, or all.
 struct Source
 {
     enum Kind { All, Publications, Books, Output, Publication, Book };
@@ -23,7 +23,7 @@ struct Source
 };
 Q_DECLARE_METATYPE(Source)
 
-/// All jobs that were received, as rows. It keeps values, no XML.
+/// All received jobs, as rows. It keeps values, not XML.
 class JobModel : public QAbstractTableModel
 {
     Q_OBJECT
@@ -64,7 +64,7 @@ private:
     QCollator m_collator;
 };
 
-/// The jobs of one source, in one state or any, and with a text in their names.
+/// Filters the jobs by source, by state, and by a text in their names.
 class JobFilter : public QSortFilterProxyModel
 {
     Q_OBJECT

@@ -31,7 +31,7 @@ constexpr Colour COLOURS[] = {
 constexpr QRgb DISABLED_LIGHT = 0x8a9095;
 constexpr QRgb DISABLED_DARK = 0x7b8187;
 
-// Rows are not packed as densely as the style would.
+// A style with more room between rows.
 class AiryStyle : public QProxyStyle
 {
 public:

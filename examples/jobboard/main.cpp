@@ -12,7 +12,7 @@
 
 namespace {
 
-// What is no URL is the path of a file.
+// Anything that is not a URL is the path of a file.
 QByteArray databaseUrl(const QString &database)
 {
     const bool isUrl =

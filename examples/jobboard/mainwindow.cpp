@@ -32,7 +32,7 @@ namespace {
 
 constexpr QSize WINDOW_SIZE(1500, 940);
 
-// One action of the page. Those with the same originator stand together, and those of the state
+// One action of the page. Actions with the same originator stand together; those for the state
 // exclude each other.
 struct PageAction
 {
@@ -57,7 +57,7 @@ constexpr PageAction PAGE[] = {
 
 QString count(int number) { return QLocale().toString(number); }
 
-// The table's columns are as wide as these, the first at least.
+// The widths of the table's columns; the first one may be wider.
 constexpr const char *WIDTHS[] = { "The Harbour Gazette 12 p. 12", "Digital Press Colour 1",
     "In progress 12", "CMYK + Bleu Étain 12", "2024-03-06 06:00", "Copies ▾", "Priority ▾" };
 static_assert(std::size(WIDTHS) == JobModel::ColumnCount, "one sample per column");
@@ -94,7 +94,7 @@ MainWindow::~MainWindow()
     disconnect(&m_agent, nullptr, this, nullptr);
     m_router.remove(&m_bridge);
     m_router.remove(&m_agent);
-    m_router.send();  // what is queued has no receiver any more and goes
+    m_router.send();  // deletes queued packets, whose receivers are gone
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     m_table->setModel(nullptr);
 }
@@ -174,8 +174,8 @@ QTableView *MainWindow::buildTable()
     return table;
 }
 
-// The page says what can be done now, and repeats what the bar has checked. The tool bar's agent
-// gets it like any other packet, but at once: a click in between would be undone.
+// The page says which actions are possible now, and repeats what is checked in the bar. The packet
+// is delivered at once, because a later one would undo a click that came in between.
 void MainWindow::sendPage()
 {
     XMLUI page(QStringLiteral("tools"));
@@ -244,7 +244,8 @@ void MainWindow::addReceived()
     m_sources->count(m_jobs, known);
 }
 
-// The same source and job are chosen afterwards, if they are still there. The job is read again.
+// Afterwards the same source and job are selected again, if they still exist. The job is read
+// again.
 void MainWindow::replaceShown()
 {
     const Source source = m_sources->source();
@@ -286,7 +287,7 @@ void MainWindow::finishLoading()
     sendPage();
 }
 
-// A request under way is still served, and nothing is missing if it is the last.
+// A request under way is still served. If it is the last, the listing is complete all the same.
 void MainWindow::stop()
 {
     if (m_agent.pending() > 1) {
@@ -343,7 +344,7 @@ void MainWindow::showSource(const Source &source)
     showRows();
 }
 
-// The table's rows are others now, perhaps without the job that was chosen.
+// The table's rows have changed. The selected job may be gone.
 void MainWindow::showRows()
 {
     showCounts();
@@ -375,7 +376,7 @@ void MainWindow::askJob()
     }
 }
 
-// An item other than the wanted one was asked for earlier.
+// This answers an earlier request, for another item.
 void MainWindow::takeJob(const QDomElement &job, const QString &error)
 {
     const TQKEY_ELEMENT key = XMLPacketable::getDBkey(job);
@@ -403,7 +404,7 @@ void MainWindow::showCounts()
     m_counts->setToolTip(m_counts->text());
 }
 
-// What the status line says: how much is shown, and what is wrong with it.
+// The status line: how much is shown, and any problem.
 QString MainWindow::counts() const
 {
     QStringList parts(

@@ -39,7 +39,8 @@ enum Type {
 };
 }
 
-/// The planner's window: the jobs of what is chosen, the details of one, and the packets behind it.
+/// The planner's window: sources, the jobs of the selected one, the details of a job, and the
+/// packets.
 class MainWindow : public QMainWindow
 {
     Q_OBJECT
@@ -82,20 +83,20 @@ private:
     ItemAgent m_items;
     JobModel m_jobs;
     JobFilter m_filter;
-    TQKEY_ELEMENT m_wanted = {};  // the chosen job; the null key for none
-    QTimer m_choice;  // runs out when the choice of a job is settled
+    TQKEY_ELEMENT m_wanted = {};  // the selected job; the null key for none
+    QTimer m_choice;  // waits for the event loop, until the selection is final
     XMLPacketable m_job;  // the one in the detail pane; a null element for none
-    QString m_jobProblem;  // why the chosen job is not shown; empty for no reason
+    QString m_jobProblem;  // why the selected job is not shown; empty if it is
 
-    int m_requests = 0;  // of the loading under way
+    int m_requests = 0;  // of the current loading
     bool m_isLoading = false;
-    bool m_isReload = false;  // what was there stays until all is received
-    bool m_isPart = false;  // what is shown; a loading did not come to its end
-    QString m_problem;  // what ended the last loading early; empty when it was whole
+    bool m_isReload = false;  // old rows stay until everything is received
+    bool m_isPart = false;  // only a part is shown: the last loading ended early
+    QString m_problem;  // why the last loading ended early; empty if it did not
     std::vector<Source> m_receivedSources;  // not shown yet
     std::vector<JobModel::Job> m_receivedJobs;
 
-    std::unique_ptr<ActionBar> m_bar;  // before the router goes
+    std::unique_ptr<ActionBar> m_bar;  // deleted before the router
     SourceTree *m_sources;  // this and all below: children
     QTableView *m_table;
     QLineEdit *m_search;

@@ -15,20 +15,20 @@ namespace {
 
 constexpr const char *WAYS[] = { "sent", "received" };  // by direction
 constexpr int TEXT_ROLE = Qt::UserRole;
-constexpr int FASTEST = 1;  // of the levels of compression
+constexpr int FASTEST = 1;  // compression level
 constexpr Qt::Alignment RIGHT = Qt::AlignRight | Qt::AlignVCenter;
 const QString TIME_FORMAT = QStringLiteral("HH:mm:ss.zzz");
 
 QString sizeText(qint64 bytes) { return QLocale().formattedDataSize(bytes); }
 
-// Counts all that is written and keeps the beginning, so that the text of a very large packet never
-// exists as a whole.
+// Counts all bytes that are written but keeps only the first ones, so that the text of a huge
+// packet never has to fit into memory.
 class Beginning : public QIODevice
 {
 public:
     Beginning() { open(QIODevice::WriteOnly | QIODevice::Unbuffered); }
 
-    // What was written, with a remark where it is cut.
+    // The kept text, with a remark if it was cut.
     QByteArray text() const
     {
         if (m_kept.size() == written) {
@@ -63,7 +63,7 @@ void write(const QDomNode &node, QIODevice &device)
     node.save(stream, 1);
 }
 
-// The packet's document, reached through an item that is put in for the moment.
+// The packet's document. An item is appended for a moment, because only elements lead to it.
 QDomDocument documentOf(XMLPacket &packet)
 {
     XMLMessage message;

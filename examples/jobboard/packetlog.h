@@ -6,9 +6,8 @@
 
 class XMLPacket;
 
-/// The packets that the window's agents sent and received lately, newest first. Of each it keeps a
-/// line and its text, compressed, never the packet. The heading says so when older ones were
-/// dropped.
+/// The packets that the window's agents sent and received, newest first. It keeps a line and the
+/// compressed text of each, not the packet. Old ones are dropped; the heading then says so.
 class PacketLog : public QStandardItemModel
 {
     Q_OBJECT
@@ -24,9 +23,9 @@ public:
     PacketLog();
 
     void setAgentName(int agentID, const QString &name);
-    /// Leaves the packet as it is.
+    /// Does not change the packet.
     void add(Direction direction, XMLPacket &packet);
-    /// The packet as indented XML, cut with a remark when it is long; empty for no row.
+    /// The packet as indented XML; a long one is cut, with a remark. Empty without such a row.
     QString text(int row) const;
 
 private:

@@ -11,7 +11,7 @@
 
 namespace {
 
-// Has its margin beside the lines, not above the first, so that lines fill it from edge to edge.
+// Has margins left and right only, so that lines fill its whole height.
 class Lines : public QPlainTextEdit
 {
 public:

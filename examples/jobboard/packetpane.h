@@ -7,7 +7,7 @@ class PacketLog;
 class QPlainTextEdit;
 class QTreeView;
 
-/// The packets of a log, and the text of the one that is chosen.
+/// The packets of a log, and the text of the selected one.
 class PacketPane : public QSplitter
 {
     Q_OBJECT

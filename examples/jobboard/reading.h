@@ -6,20 +6,19 @@
 
 #include <QString>
 
-/// The reading of what one reply is made of: while it lives, all queries see the same moment of the
-/// store.
+/// Guards the queries for one reply. While it lives, all queries see the same state of the store.
 class Reading
 {
 public:
     /// The connection is not owned and must outlive the reading.
     explicit Reading(TQCommServer &server);
 
-    /// Why what was read since may be short; empty when no query failed.
+    /// Why the result may be short; empty if no query failed.
     QString error() const;
 
 private:
     const TQCommServer &m_server;
-    const unsigned int m_failures;  // of the connection, before
+    const unsigned int m_failures;  // of the connection, at the start
     const TQReadTransaction m_moment;
 };
 

@@ -61,8 +61,8 @@ void RequestAgent::sendNext()
     }
     XMLPacket *packet = getXMLPacket(m_bridge.getAgentID());
     packet->appendV(action);
-    // The bridge lets go of a request when it has served it; the packet ends in a later turn of
-    // the event loop, after the reply was delivered. Not every request is replied to.
+    // Not every request gets a reply. But the bridge calls deleteLater() of each request that it
+    // has served, so the request is destroyed after its reply was delivered.
     connect(packet, &QObject::destroyed, this, &RequestAgent::finish);
     send(packet);
 }

@@ -23,12 +23,11 @@ struct Request
     QString name;  ///< for people
 };
 
-/// Asks for lists, one request after the other, and for items, and hands on what is replied, unless
-/// it may be short.
+/// Asks for lists, one after the other, and for items. Emits complete replies; of others only the
+/// error.
 ///
-/// Between two requests for lists the event loop comes to its turn: a request that was sent from
-/// inside receive() would be served in the same run of the router, and the window would stand
-/// still until the last one is.
+/// Sends each request from the event loop, not from receive(). Otherwise the router would serve all
+/// of them in one run, and the window would freeze until the last one.
 class RequestAgent : public QObject, public BoardAgent
 {
     Q_OBJECT
@@ -40,23 +39,23 @@ public:
     RequestAgent(const Bridge &bridge, XMLRouter &to, PacketLog &log);
 
     void ask(const Request &request);
-    /// Lets the waiting requests for that owner go first.
+    /// Moves the waiting requests for that owner to the front.
     void prefer(const TQKEY_ELEMENT &owner);
-    /// Forgets the waiting requests; one under way is still answered.
+    /// Drops the waiting requests; one under way is still answered.
     void stop();
     /// How many requests are waiting or under way.
     int pending() const;
 
-    /// Asks the agent with that id, an ItemAgent, for an item; at once.
+    /// Asks the ItemAgent with that id for an item, at once.
     void askItem(const TQKEY_ELEMENT &key, const QString &name, int agentID);
     /// Sends a page to the agent that shows it.
     void sendPage(XMLUI &page, int agentID);
 
 Q_SIGNALS:
-    /// The whole reply of the bridge to a request of that type. The items end with the call.
+    /// The complete reply to a request of that type. The items are deleted after the call.
     void replied(int type, const std::list<QDomNode> &items);
-    /// The bridge is done with a request, whether it replied or, having found nothing, did not. The
-    /// error is empty unless reading failed; then nothing was handed on.
+    /// The bridge has served a request; without a result it sends no reply. The error is empty
+    /// unless reading failed; then no reply was emitted.
     void served(const QString &error);
     /// The reply to askItem(): the item, or null and why there is none.
     void itemReceived(const QDomElement &item, const QString &error);

@@ -13,7 +13,7 @@ constexpr int SOURCE_ROLE = Qt::UserRole;
 constexpr int COUNT_ROLE = SOURCE_ROLE + 1;
 enum Column { NameColumn, CountColumn };
 
-// A row, which sorts its names for people.
+// A row, sorted by name as people expect.
 class Row : public QTreeWidgetItem
 {
 public:
@@ -45,13 +45,13 @@ QString keyText(const TQKEY_ELEMENT &key)
     return QStringLiteral("%1:%2").arg(key.key).arg(key.hkey);
 }
 
-// What a source is known by in its group.
+// What identifies a source in its group.
 QString identity(const Source &source)
 {
     return source.kind == Source::Book ? keyText(source.key) : source.name;
 }
 
-// What the items are that the bridge replies to requests of that type.
+// The kind of the items in replies to requests of that type.
 Source::Kind kindOf(int requestType)
 {
     switch (requestType) {

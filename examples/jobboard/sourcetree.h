@@ -14,15 +14,15 @@ class SourceTree : public QTreeWidget
 public:
     explicit SourceTree(QWidget *parent);
 
-    /// The sources that the bridge replied to a request of that type.
+    /// The sources in a reply to a request of that type.
     static std::vector<Source> read(int requestType, const std::list<QDomNode> &items);
-    /// Adds a row for each. A publication that several outputs print is listed once.
+    /// Adds a row for each. A publication that several outputs print gets one row.
     void add(const std::vector<Source> &sources);
-    /// Counts the rows of the model from that one on.
+    /// Counts the jobs of the model from that row on.
     void count(const JobModel &jobs, int firstRow);
     void clearSources();
 
-    /// The source that is chosen. To choose one that is not listed chooses all jobs.
+    /// The selected source. Selecting one that is not listed selects all jobs.
     Source source() const;
     void choose(const Source &source);
 

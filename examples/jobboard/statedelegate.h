@@ -3,7 +3,7 @@
 
 #include <QStyledItemDelegate>
 
-/// Draws jobs' states, whose colours keep an edge on the selected row.
+/// Draws the states of jobs, with an edge around the colour on the selected row.
 class StateDelegate : public QStyledItemDelegate
 {
     Q_OBJECT

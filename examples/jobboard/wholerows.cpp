@@ -31,7 +31,7 @@ QSize WholeRows::minimumSizeHint() const
 bool WholeRows::eventFilter(QObject *watched, QEvent *event)
 {
     if (event->type() == QEvent::Resize) {
-        fit();  // a header or a scroll bar may have come or gone
+        fit();  // a header or a scroll bar may have appeared or vanished
     }
     return QFrame::eventFilter(watched, event);
 }
@@ -47,7 +47,7 @@ int WholeRows::rowHeight() const
     if (const auto *items = qobject_cast<QAbstractItemView *>(m_view)) {
         return items->visualRect(items->model()->index(0, 0)).height();
     }
-    // A line is at least as high as its letters, whatever the font says of spacing.
+    // Some fonts give a line spacing that is smaller than their letters.
     return std::max(m_view->fontMetrics().lineSpacing(), m_view->fontMetrics().height());
 }
 

@@ -5,14 +5,14 @@
 
 class QAbstractScrollArea;
 
-/// The frame of a view that shows whole rows, or lines of text, only: what is left below the last
-/// one stays empty. All rows are of one height.
+/// The frame of a view that shows only whole rows or lines; the rest below the last one stays
+/// empty. All rows have the same height.
 class WholeRows : public QFrame
 {
     Q_OBJECT
 
 public:
-    /// Takes the view as its child; an item view has its model already.
+    /// The view becomes its child; an item view must have its model already.
     explicit WholeRows(QAbstractScrollArea *view, QWidget *parent = nullptr);
 
     QSize minimumSizeHint() const override;
