@@ -1,12 +1,13 @@
 # cmake -DSOURCE=.. -P vocabulary.cmake
-# Fails unless every element and attribute that the library names in xml/ stands in the schema, and
-# every key of an action in include/xmlaction.h and tests/tst_xmlaction.cpp too.
+# Fails unless other files repeat what the library defines: the schema every element and attribute,
+# the header and the test of XMLAction its keys, and descriptions the bridge's id and the bound of
+# nesting.
 
 # names_in(FILE VARIABLE): the constants of a source that hold a name in lower case.
 function(names_in file variable)
     file(READ ${file} source)
-    string(REGEX MATCHALL "\n(inline )?(const QString|constexpr Property<[a-z ]+>) [^\n\"]+\"[a-z_]+\""
-        constants "${source}")
+    set(constant "\n(inline )?(const QString|constexpr Property<[a-z ]+>) [^\n\"]+\"[a-z_]+\"")
+    string(REGEX MATCHALL "${constant}" constants "${source}")
     list(TRANSFORM constants REPLACE ".*\"([a-z_]+)\"" "\\1")
     set(${variable} ${constants} PARENT_SCOPE)
 endfunction()
@@ -38,6 +39,17 @@ foreach(name IN LISTS names)
     must_hold(include/xmlaction.h "\"${name}\"" "does not name \"${name}\"")
     must_hold(tests/tst_xmlaction.cpp "[^a-z_]${name}[^a-z_]" "does not test \"${name}\"")
 endforeach()
+
+file(STRINGS ${SOURCE}/xml/xmlrouter.cpp line REGEX "COMM_SERVER_ID = ")
+string(REGEX REPLACE ".* = (-?[0-9]+).*" "\\1" id "${line}")
+foreach(file IN ITEMS
+    include/xmlrouter.h include/xmlagent.h include/xmlcommserver.h schema/tqxml.rnc)
+    must_hold(${file} " ${id}[ ,.\n]" "does not say the bridge's id, ${id}")
+endforeach()
+
+file(STRINGS ${SOURCE}/serverlib/tqtypes.h line REGEX "TQMAX_NESTING = ")
+string(REGEX REPLACE ".* = (-?[0-9]+).*" "\\1" bound "${line}")
+must_hold(doc/tqxml.1 "deeper than ${bound} levels" "does not say the bound of nesting, ${bound}")
 
 list(LENGTH all count)
 if(count LESS 40 OR NOT names)
