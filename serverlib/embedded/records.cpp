@@ -1,7 +1,5 @@
 #include "records_p.h"
 
-#include "tqitems.h"
-
 #include <cstdint>
 #include <cstring>
 #include <memory>
@@ -121,17 +119,4 @@ void TQPacketFreeList(TQLISTRECORD **head, PACKETDATATYPES type)
 void TQPacketFreeItem(TQLISTRECORD *record, PACKETDATATYPES)
 {
     Record::destroy(Record::of(record));
-}
-
-int TQJOB_CC::pageNumber(const TQJOB *job)
-{
-    const Record *record = Record::of(job);
-    return record ? record->page : 0;
-}
-
-void TQJOB_CC::trimLists(TQJOB *job)
-{
-    if (Record *record = Record::of(job)) {
-        record->fields.shrink_to_fit();
-    }
 }

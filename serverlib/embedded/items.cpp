@@ -1,3 +1,7 @@
+// Items: the classes that tqpacketable.h and tqitems.h declare, and the factory that makes them. An
+// item of any data type keeps its fields as packet text; what fields there can be, its storage class
+// says. So most types need no class of their own.
+
 #include "tqitems.h"
 
 #include "elementcodes_p.h"
@@ -213,6 +217,19 @@ TQJOB_CC::TQJOB_CC() : TQPacketable(PACKETDATATYPE_JOB) {}
 
 TQJOB_CC::~TQJOB_CC() = default;
 
+int TQJOB_CC::pageNumber(const TQJOB *job)
+{
+    const Record *record = Record::of(job);
+    return record ? record->page : 0;
+}
+
+void TQJOB_CC::trimLists(TQJOB *job)
+{
+    if (Record *record = Record::of(job)) {
+        record->fields.shrink_to_fit();
+    }
+}
+
 ICCPROFILEDATA_CC::ICCPROFILEDATA_CC() : TQPacketable(PACKETDATATYPE_ICCPROFILE) {}
 
 ICCPROFILEDATA_CC::~ICCPROFILEDATA_CC() = default;
@@ -248,9 +265,3 @@ TQPacketable *PacketableUtil::getPacketable(PACKETDATATYPES type)
     const bool known = type == PACKETDATATYPE_UNCONVERTED || storageClass(type);
     return known ? new TQPacketable(type) : nullptr;
 }
-
-TQKEY_ELEMENT TQKEY_CC::getNullKey() { return { 0, 0 }; }
-
-bool TQKEY_CC::isValid(const TQKEY_ELEMENT &key) { return key.key != 0 && key.hkey != 0; }
-
-void TQ_free(void *buffer) { std::free(buffer); }
