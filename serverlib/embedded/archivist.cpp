@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <utility>
 
+namespace TQServerInternal {
+
 namespace {
 
 // Bounds of a tree.
@@ -51,7 +53,7 @@ std::unique_ptr<TQPacketable> Archivist::loadItem(
     }
     TQLISTRECORD *list = nullptr;
     m_failed = !readRecords(m_store, *known, { where, UNORDERED }, { value }, &list);
-    Record *record = Record::of(list);
+    ListRecord *record = ListRecord::of(list);
     if (!record || isOnPath(record->key)) {
         TQPacketFreeList(&list, type);
         return nullptr;
@@ -93,3 +95,5 @@ bool Archivist::isOnPath(const TQKEY_ELEMENT &key) const
         return above.key == key.key && above.hkey == key.hkey;
     });
 }
+
+}  // namespace TQServerInternal

@@ -7,6 +7,8 @@
 #include <memory>
 #include <vector>
 
+namespace TQServerInternal {
+
 // Makes archive trees: an item and, below it, the items that it refers to.
 class Archivist
 {
@@ -31,5 +33,7 @@ private:
     size_t m_items = 0;
     bool m_failed = false;
 };
+
+}  // namespace TQServerInternal
 
 #endif

@@ -9,6 +9,8 @@
 #include <limits>
 #include <utility>
 
+using namespace TQServerInternal;
+
 namespace {
 
 enum Command { ListCommand = 1, JobsCommand, BooksCommand, ArchiveCommand };

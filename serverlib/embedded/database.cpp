@@ -17,6 +17,8 @@
 
 #include <libpq-fe.h>
 
+namespace TQServerInternal {
+
 namespace {
 
 // The name that SQLite opens a file by.
@@ -362,3 +364,5 @@ bool Database::failed(const QSqlError &error)
     const QString reason = isSilent ? noAnswer(m_watchdog->limit()) : oneLine(error);
     return fail(QStringLiteral("%1: %2").arg(m_address.label(), reason));
 }
+
+}  // namespace TQServerInternal

@@ -15,6 +15,8 @@
 
 class QSqlError;
 
+namespace TQServerInternal {
+
 // An open store: a QtSql connection of its own, and its statements, each prepared once.
 //
 // It is for the thread that opened it. Several threads may each have databases of their own.
@@ -97,5 +99,7 @@ private:
     QString m_stamp;  // of a file that is read without locks, when it was opened; null otherwise
     QString m_error;
 };
+
+}  // namespace TQServerInternal
 
 #endif

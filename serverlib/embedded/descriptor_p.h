@@ -3,6 +3,8 @@
 
 #include <unistd.h>
 
+namespace TQServerInternal {
+
 // A file descriptor that is closed in the end; negative for none.
 class Descriptor
 {
@@ -22,5 +24,7 @@ public:
 private:
     const int m_number;
 };
+
+}  // namespace TQServerInternal
 
 #endif

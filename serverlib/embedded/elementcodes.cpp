@@ -12,6 +12,8 @@
 #include <cstdint>
 #include <iterator>
 
+namespace TQServerInternal {
+
 namespace {
 
 // What each element type code makes of its value. Codes that are not here have no text form.
@@ -226,3 +228,5 @@ bool isLost(const TQSTORAGEFIELD &field, std::string_view value)
         (isBlank(entries.substr(last)) || entries.front() == '\r' ||
             entries.find("\r\r") != std::string_view::npos);
 }
+
+}  // namespace TQServerInternal

@@ -6,6 +6,8 @@
 
 struct TQSTORAGEFIELD;
 
+namespace TQServerInternal {
+
 // What a field's element type code makes of its value in packet text.
 enum class Family {
     None,  // no text form: never written, refused when read
@@ -39,5 +41,7 @@ bool isValue(const TQSTORAGEFIELD &field, std::string_view text);
 // True for a value that says nothing, or not what it seems to, to those who read packet text as
 // words between white space: blank text, bytes of no size, texts of which one is empty.
 bool isLost(const TQSTORAGEFIELD &field, std::string_view value);
+
+}  // namespace TQServerInternal
 
 #endif

@@ -6,6 +6,8 @@
 
 #include <optional>
 
+namespace TQServerInternal {
+
 // An ICC profile as it is stored.
 struct IccProfile
 {
@@ -23,5 +25,7 @@ struct IccProfile
     QString version;
     QByteArray bytes;
 };
+
+}  // namespace TQServerInternal
 
 #endif

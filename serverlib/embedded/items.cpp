@@ -1,12 +1,12 @@
 // Items: the classes that tqpacketable.h and tqitems.h declare, and the factory that makes them. An
-// item of any data type keeps its fields as packet text; what fields there can be, its storage class
-// says. So most types need no class of their own.
+// item of any data type keeps its fields as packet text; what fields there can be, its storage
+// class says. So most types need no class of their own.
 
 #include "tqitems.h"
 
 #include "elementcodes_p.h"
+#include "itemtext_p.h"
 #include "openstore_p.h"
-#include "packettext_p.h"
 #include "records_p.h"
 #include "rows_p.h"
 #include "storageclass_p.h"
@@ -19,6 +19,8 @@
 #include <set>
 #include <tuple>
 #include <vector>
+
+using namespace TQServerInternal;
 
 namespace {
 
@@ -50,7 +52,7 @@ void assignSubrecord(TQSUBRECORD *&subrecord, const char *name)
 
 // An entry of the outputs list has the fields of its output; every other item loads records of
 // its own type only.
-bool isOfType(const Record *record, PACKETDATATYPES type)
+bool isOfType(const ListRecord *record, PACKETDATATYPES type)
 {
     return record->type == type ||
         (type == PACKETDATATYPE_OUTPUTLIST && record->type == PACKETDATATYPE_OUTPUT);
@@ -92,7 +94,7 @@ std::optional<BinaryField> readProfile(OpenStore &store, const TQKEY_ELEMENT &ke
 struct TQPacketable::Fields
 {
     std::string text;  // empty: no field has a value
-    Record *record = nullptr;  // what the fields were loaded from; owned
+    ListRecord *record = nullptr;  // what the fields were loaded from; owned
     OpenStore::Number store = 0;  // that they came from; 0 when none is known
     std::vector<TQDB_REFERENCE> chain;
     std::deque<std::string> names;  // what the chain points at
@@ -110,15 +112,14 @@ TQPacketable::~TQPacketable()
 {
     assignSubrecord(subrecord, nullptr);
     assignText(name, nullptr);
-    Record::destroy(m_fields->record);
+    ListRecord::destroy(m_fields->record);
     delete m_fields;
 }
 
 char *TQPacketable::toPacket(unsigned int &length) const
 {
     length = 0;
-    const std::string empty =
-        m_fields->text.empty() ? PacketText::makeItem(datatype, {}) : std::string();
+    const std::string empty = m_fields->text.empty() ? writeItem(datatype, {}) : std::string();
     const std::string &text = empty.empty() ? m_fields->text : empty;
     if (text.size() > std::numeric_limits<unsigned>::max()) {
         return nullptr;
@@ -134,7 +135,7 @@ char *TQPacketable::toPacket(unsigned int &length) const
 bool TQPacketable::fromPacket(char *data, unsigned int length, bool, bool)
 {
     const std::string_view text(data ? data : "", data ? length : 0);
-    auto item = PacketText::readItem(text, datatype);
+    auto item = checkItem(text, datatype);
     if (!item) {
         return false;
     }
@@ -146,20 +147,20 @@ void TQPacketable::loadRecord(unsigned char *record)
 {
     setData(record);
     // Readers take an output's name from the sub-record.
-    const Record *loaded = subrecord ? nullptr : m_fields->record;
+    const ListRecord *loaded = subrecord ? nullptr : m_fields->record;
     setName(loaded ? loaded->name.c_str() : nullptr);
 }
 
 void TQPacketable::setData(unsigned char *record)
 {
-    Record *loaded = Record::of(record);
+    ListRecord *loaded = ListRecord::of(record);
     if (loaded != m_fields->record) {
-        Record::destroy(m_fields->record);
+        ListRecord::destroy(m_fields->record);
         m_fields->record = loaded;
     }
     const bool fits = loaded && isOfType(loaded, datatype);
     m_fields->store = fits ? loaded->store : 0;
-    m_fields->text = fits ? PacketText::makeItem(datatype, loaded->fields) : std::string();
+    m_fields->text = fits ? writeItem(datatype, loaded->fields) : std::string();
     dbkey = fits ? loaded->key : TQKEY_CC::getNullKey();
     assignSubrecord(
         subrecord, fits && datatype == PACKETDATATYPE_OUTPUT ? loaded->name.c_str() : nullptr);
@@ -172,7 +173,7 @@ void TQPacketable::getReferences(int, TQDB_REFERENCE **head, int)
     fields.names.clear();
     const StorageClass *known = storageClass(datatype);
     std::set<std::tuple<unsigned, unsigned, std::string_view>> seen;
-    PacketText::forEachField(fields.text, [&](unsigned tag, std::string_view value) {
+    forEachField(fields.text, [&](unsigned tag, std::string_view value) {
         const TQSTORAGEFIELD *field = known ? known->find(tag) : nullptr;
         if (field && !seen.emplace(field->type, field->refers, value).second) {
             return;
@@ -219,13 +220,13 @@ TQJOB_CC::~TQJOB_CC() = default;
 
 int TQJOB_CC::pageNumber(const TQJOB *job)
 {
-    const Record *record = Record::of(job);
+    const ListRecord *record = ListRecord::of(job);
     return record ? record->page : 0;
 }
 
 void TQJOB_CC::trimLists(TQJOB *job)
 {
-    if (Record *record = Record::of(job)) {
+    if (ListRecord *record = ListRecord::of(job)) {
         record->fields.shrink_to_fit();
     }
 }
@@ -246,7 +247,7 @@ void ICCPROFILEDATA_CC::load(std::string &host, unsigned short port)
     unsigned length = 0;
     const std::unique_ptr<char, Free> old(bytes ? toPacket(length) : nullptr);
     if (old) {
-        std::string text = PacketText::withField({ old.get(), length }, bytes->tag, bytes->value);
+        std::string text = withField({ old.get(), length }, bytes->tag, bytes->value);
         fromPacket(text.data(), static_cast<unsigned>(text.size()), false, true);
     }
 }

@@ -5,6 +5,8 @@
 
 #include <atomic>
 
+namespace TQServerInternal {
+
 namespace {
 
 // The first of the thread's list. A plain pointer, which needs no destructor: connections may
@@ -130,3 +132,5 @@ OpenStore *OpenStore::find(const std::string &host, int port)
     }
     return found;
 }
+
+}  // namespace TQServerInternal

@@ -5,6 +5,8 @@
 
 #include <cstdint>
 
+namespace TQServerInternal {
+
 // A store that a connection has open, its transaction, and what failed in it.
 //
 // Each has a number that no other in the process ever has. Records and items carry the number of
@@ -61,5 +63,7 @@ private:
     QByteArray m_error;  // of the last failure
     OpenStore *m_next;  // in the thread's list
 };
+
+}  // namespace TQServerInternal
 
 #endif

@@ -13,6 +13,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+namespace TQServerInternal {
+
 namespace {
 
 constexpr const char *PART = "part";
@@ -40,8 +42,8 @@ void closeQuietly(int &descriptor)
     errno = number;
 }
 
-// Opens a folder, no link to one, and locks it. Negative when somebody else holds the lock, or the
-// folder is gone meanwhile: whoever removes one holds its lock, too.
+// Opens a folder, no link to one, and locks it. Negative when somebody else holds the lock, or
+// the folder is gone meanwhile: whoever removes one holds its lock, too.
 int lockFolder(const QByteArray &path)
 {
     int folder = ::open(path.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
@@ -155,3 +157,5 @@ bool PartFolder::moveToTarget()
     flush(AT_FDCWD, folderOf(m_target).constData());
     return true;
 }
+
+}  // namespace TQServerInternal

@@ -4,6 +4,8 @@
 #include <QByteArray>
 #include <QString>
 
+namespace TQServerInternal {
+
 // Where a new file is made before it gets its name: a folder beside it, of random name and for its
 // owner alone. A lock on the folder says that its owner lives; a folder of such a name without one
 // was left by a process that was killed.
@@ -35,5 +37,7 @@ private:
     QByteArray m_path;  // of the folder
     int m_folder = -1;  // descriptor, with the lock
 };
+
+}  // namespace TQServerInternal
 
 #endif

@@ -5,10 +5,12 @@
 #include <memory>
 #include <new>
 
+namespace TQServerInternal {
+
 namespace {
 
-// What a record's reserved bytes hold: where the record is, and a mark that only a declared part
-// at that very place carries, so that copies and foreign records are told apart.
+// What a record's reserved bytes hold: where the record is, and a mark that only a declared
+// part at that very place carries, so that copies and foreign records are told apart.
 struct Mark
 {
     std::uint64_t record;
@@ -26,12 +28,12 @@ char *textOf(std::string &text) { return text.data(); }
 
 }  // namespace
 
-Record *Record::create(PACKETDATATYPES type, std::uint64_t store)
+ListRecord *ListRecord::create(PACKETDATATYPES type, std::uint64_t store)
 {
-    return new Record { {}, type, store, TQKEY_CC::getNullKey(), {}, {}, 0, 0, {} };
+    return new ListRecord { {}, type, store, TQKEY_CC::getNullKey(), {}, {}, 0, 0, {} };
 }
 
-Record *Record::of(const void *shown)
+ListRecord *ListRecord::of(const void *shown)
 {
     Mark mark = {};
     if (shown) {
@@ -40,12 +42,12 @@ Record *Record::of(const void *shown)
     if (!shown || mark.seal != sealOf(shown)) {
         return nullptr;
     }
-    return reinterpret_cast<Record *>(static_cast<std::uintptr_t>(mark.record));
+    return reinterpret_cast<ListRecord *>(static_cast<std::uintptr_t>(mark.record));
 }
 
-void Record::destroy(Record *record) { delete record; }
+void ListRecord::destroy(ListRecord *record) { delete record; }
 
-void Record::show()
+void ListRecord::show()
 {
     if (type == PACKETDATATYPE_JOB) {
         const auto job = new (storage) TQJOB {};
@@ -63,6 +65,10 @@ void Record::show()
     const Mark mark { reinterpret_cast<std::uintptr_t>(this), sealOf(storage) };
     std::memcpy(storage, &mark, sizeof(mark));
 }
+
+}  // namespace TQServerInternal
+
+using namespace TQServerInternal;
 
 void AddListList(TQLISTRECORD **head, TQLISTRECORD *list)
 {
@@ -118,5 +124,5 @@ void TQPacketFreeList(TQLISTRECORD **head, PACKETDATATYPES type)
 // Each record knows its family itself.
 void TQPacketFreeItem(TQLISTRECORD *record, PACKETDATATYPES)
 {
-    Record::destroy(Record::of(record));
+    ListRecord::destroy(ListRecord::of(record));
 }

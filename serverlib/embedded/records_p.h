@@ -6,14 +6,16 @@
 #include <cstdint>
 #include <string>
 
+namespace TQServerInternal {
+
 // A list record with what the library keeps behind its declared part.
-struct Record
+struct ListRecord
 {
     // A record of an item of that type, from the store of that number; free it with destroy().
-    static Record *create(PACKETDATATYPES type, std::uint64_t store);
+    static ListRecord *create(PACKETDATATYPES type, std::uint64_t store);
     // The record behind a declared part; null for null and for what this library did not make.
-    static Record *of(const void *shown);
-    static void destroy(Record *record);
+    static ListRecord *of(const void *shown);
+    static void destroy(ListRecord *record);
 
     TQLISTRECORD *shown() { return reinterpret_cast<TQLISTRECORD *>(storage); }
 
@@ -30,5 +32,7 @@ struct Record
     int page;
     std::string fields;  // field lines of the item's packet text
 };
+
+}  // namespace TQServerInternal
 
 #endif

@@ -1,17 +1,20 @@
 #include "rows_p.h"
 
 #include "elementcodes_p.h"
-#include "packettext_p.h"
+#include "itemtext_p.h"
 
 #include <charconv>
 #include <iterator>
+
+namespace TQServerInternal {
 
 namespace {
 
 // The columns that precede those of the fields.
 enum HeadColumn { Id, Name, PublicationName, PublicationId, Page, FirstField };
 
-// Text of a packet's line: without line feeds, and without the blanks around it that readers drop.
+// Text of a packet's line: without line feeds, and without the blanks around it that readers
+// drop.
 std::string plainText(const QString &text)
 {
     QString line = text.trimmed();
@@ -49,13 +52,12 @@ std::string arrayText(const QString &text, char stored, char written)
             ++count;
         }
     }
-    return count > 0 ? PacketText::hex(count) + ' ' + entries : std::string();
+    return count > 0 ? hexText(count) + ' ' + entries : std::string();
 }
 
 std::string binaryText(const QByteArray &bytes)
 {
-    return PacketText::hex(static_cast<unsigned>(bytes.size())) + ' ' +
-        bytes.toBase64().toStdString();
+    return hexText(static_cast<unsigned>(bytes.size())) + ' ' + bytes.toBase64().toStdString();
 }
 
 std::string textOf(const TQSTORAGEFIELD &, const QVariant &value)
@@ -66,7 +68,7 @@ std::string integerOf(const TQSTORAGEFIELD &, const QVariant &value) { return in
 std::string realOf(const TQSTORAGEFIELD &, const QVariant &value) { return realText(value); }
 std::string keyOf(const TQSTORAGEFIELD &field, const QVariant &value)
 {
-    return PacketText::hex(value.toUInt()) + ' ' + PacketText::hex(field.refers);
+    return hexText(value.toUInt()) + ' ' + hexText(field.refers);
 }
 std::string numbersOf(const TQSTORAGEFIELD &, const QVariant &value)
 {
@@ -119,9 +121,9 @@ QString selectStatement(const StorageClass &type, const Selection &selection)
         QLatin1String("A."), QLatin1String(source.alias) + QLatin1Char('.'));
 }
 
-Record *readRecord(const QSqlQuery &row, const StorageClass &type, OpenStore::Number store)
+ListRecord *readRecord(const QSqlQuery &row, const StorageClass &type, OpenStore::Number store)
 {
-    Record *record = Record::create(type.type(), store);
+    ListRecord *record = ListRecord::create(type.type(), store);
     record->key = { row.value(Id).toUInt(), type.type() };
     record->name = row.value(Name).toString().toStdString();
     record->publication = row.value(PublicationName).toString().toStdString();
@@ -133,7 +135,7 @@ Record *readRecord(const QSqlQuery &row, const StorageClass &type, OpenStore::Nu
             isListed(field) ? valueText(field, row.value(column++)) : std::string();
         // What the field cannot hold is left out.
         if (!text.empty() && isValue(field, text)) {
-            PacketText::appendLine(record->fields, field.tag, text);
+            appendField(record->fields, field.tag, text);
         }
     }
     record->show();
@@ -191,3 +193,5 @@ std::optional<BinaryField> readBinaryField(
     }
     return {};
 }
+
+}  // namespace TQServerInternal

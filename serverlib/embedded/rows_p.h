@@ -5,6 +5,8 @@
 #include "records_p.h"
 #include "storageclass_p.h"
 
+namespace TQServerInternal {
+
 // Which rows of a storage class, in which order.
 struct Selection
 {
@@ -28,5 +30,7 @@ struct BinaryField
 // row, or bytes. A failure of the statement is the store's.
 std::optional<BinaryField> readBinaryField(
     OpenStore &store, const StorageClass &type, const char *column, const QVariant &value);
+
+}  // namespace TQServerInternal
 
 #endif

@@ -5,7 +5,7 @@
 
 // The sample content. Outputs, publishing houses and periodicals are invented; the books, their
 // authors and first years are real, the page counts those of common editions.
-namespace Sample {
+namespace TQServerInternal::Sample {
 
 struct Output
 {
@@ -163,6 +163,6 @@ constexpr Profile PROFILES[] = {
 constexpr std::size_t FIRST_GRAY = 3;
 constexpr std::size_t GRAYS = 2;
 
-}  // namespace Sample
+}  // namespace TQServerInternal::Sample
 
 #endif

@@ -5,15 +5,19 @@
 #include <iterator>
 #include <limits>
 
+namespace TQServerInternal {
+
 namespace {
 
 // The schema. Programs may fill and change a store with plain SQL; they keep these rules:
-// - An id is unique over all tables: each has a range of its own, which it holds its ids to. Jobs
-//   have the range from 1 on. The next id of a table is the highest that it has, plus one; whoever
-//   takes one begins the transaction as this library does (see beginWriting), and so waits for
-//   others. An item's database key is its id and its data type: 8 outputs, 21 jobs, 48 ICC
-//   profiles, 85 owners of books, 86 books.
-// - Texts are UTF-8, hold no line feeds, and neither start nor end with white space, which an item
+// - An id is unique over all tables: each has a range of its own, which it holds its ids to.
+// Jobs
+//   have the range from 1 on. The next id of a table is the highest that it has, plus one;
+//   whoever takes one begins the transaction as this library does (see beginWriting), and so
+//   waits for others. An item's database key is its id and its data type: 8 outputs, 21 jobs,
+//   48 ICC profiles, 85 owners of books, 86 books.
+// - Texts are UTF-8, hold no line feeds, and neither start nor end with white space, which an
+// item
 //   loses. In a list of texts each entry is a line; in a list of numbers a blank separates the
 //   entries.
 // - Dates are ISO 8601: "2024-03-01", with a time of day "2024-03-01T09:30:00Z".
@@ -130,3 +134,5 @@ QStringList schemaStatements(const Dialect &dialect)
     statements.append(QStringLiteral("INSERT INTO tq_schema VALUES (%1)").arg(SCHEMA_VERSION));
     return statements;
 }
+
+}  // namespace TQServerInternal

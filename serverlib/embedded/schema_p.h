@@ -4,6 +4,8 @@
 #include <QString>
 #include <QStringList>
 
+namespace TQServerInternal {
+
 // What differs between the database systems.
 struct Dialect
 {
@@ -49,5 +51,7 @@ int lastId(const char *table);
 
 // The statements that create the tables, in order.
 QStringList schemaStatements(const Dialect &dialect);
+
+}  // namespace TQServerInternal
 
 #endif

@@ -11,6 +11,8 @@
 
 #include <algorithm>
 
+namespace TQServerInternal {
+
 namespace {
 
 // A table or an index as the file lists it.
@@ -34,7 +36,8 @@ constexpr const char *VERSION_TABLE = "tq_schema";
 constexpr const char *FIGURES[] = { "CREATE TABLE sqlite_stat1(tbl,idx,stat)",
     "CREATE TABLE sqlite_stat4(tbl,idx,neq,nlt,ndlt,sample)" };
 
-// A statement without what does not change its meaning; names get quotes when a table is renamed.
+// A statement without what does not change its meaning; names get quotes when a table is
+// renamed.
 QString normalized(const QString &sql)
 {
     static const QRegularExpression quoted(QStringLiteral("\"(\\w+)\""));
@@ -173,3 +176,5 @@ bool checkSchema(Database &database)
     }
     return hasTable ? checkVersion(database) : refuseStranger(database);
 }
+
+}  // namespace TQServerInternal

@@ -9,6 +9,8 @@
 #include <map>
 #include <vector>
 
+namespace TQServerInternal {
+
 namespace {
 
 static_assert(std::size(Sample::BOOKS) == 60, "the sample's books");
@@ -28,7 +30,8 @@ constexpr Target PROFILE { "tq_icc_profile",
     "name, file, device_class, colour_space, version, size, data" };
 constexpr Target PUBLICATION { "tq_publication", "name, issued" };
 constexpr Target JOB { "tq_job",
-    "output_id, name, publication_id, book_id, profile_id, proof_profile, page, state, priority, "
+    "output_id, name, publication_id, book_id, profile_id, proof_profile, page, state, "
+    "priority, "
     "copies, "
     "trim_box, bleed, colours, coverage, options, created, remark" };
 
@@ -408,3 +411,5 @@ int storeProfile(Database &database, const IccProfile &profile)
             int(profile.bytes.size()), profile.bytes });
     return query ? id : 0;
 }
+
+}  // namespace TQServerInternal

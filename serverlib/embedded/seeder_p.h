@@ -5,6 +5,8 @@
 #include "iccprofile_p.h"
 #include "tqstore.h"
 
+namespace TQServerInternal {
+
 // The error of work that its progress function stopped.
 constexpr const char *INTERRUPTED = "interrupted";
 
@@ -15,5 +17,7 @@ bool seedGenerated(Database &database, size_t jobs, const TQPROGRESS &progress);
 
 // Replaces the profile of that name, or adds it; its id, 0 on failure.
 int storeProfile(Database &database, const IccProfile &profile);
+
+}  // namespace TQServerInternal
 
 #endif

@@ -7,6 +7,8 @@
 #include <libpq-fe.h>
 #include <poll.h>
 
+namespace TQServerInternal {
+
 namespace {
 
 struct Finish
@@ -49,3 +51,5 @@ QString noAnswer(std::chrono::milliseconds limit)
 {
     return QStringLiteral("no answer from the server for %1 s").arg(double(limit.count()) / 1000);
 }
+
+}  // namespace TQServerInternal

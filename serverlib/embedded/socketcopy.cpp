@@ -6,6 +6,8 @@
 #include <fcntl.h>
 #include <sys/socket.h>
 
+namespace TQServerInternal {
+
 SocketCopy::SocketCopy(int socket) : m_socket(::fcntl(socket, F_DUPFD_CLOEXEC, 0))
 {
     if (m_socket.number() < 0) {
@@ -14,3 +16,5 @@ SocketCopy::SocketCopy(int socket) : m_socket(::fcntl(socket, F_DUPFD_CLOEXEC, 0
 }
 
 void SocketCopy::shutDown() const { ::shutdown(m_socket.number(), SHUT_RDWR); }
+
+}  // namespace TQServerInternal

@@ -3,6 +3,8 @@
 
 #include "descriptor_p.h"
 
+namespace TQServerInternal {
+
 // A connection's socket, by a descriptor of its own: that number cannot come to mean another
 // connection when the database client closes its own.
 class SocketCopy
@@ -16,5 +18,7 @@ public:
 private:
     const Descriptor m_socket;
 };
+
+}  // namespace TQServerInternal
 
 #endif

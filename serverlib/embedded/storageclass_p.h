@@ -9,6 +9,8 @@
 #include <utility>
 #include <vector>
 
+namespace TQServerInternal {
+
 // The fields of one data type, and where a store keeps its items.
 class StorageClass
 {
@@ -47,5 +49,7 @@ private:
 
 // Null for an unknown type and for the unconverted one, which has no table.
 const StorageClass *storageClass(PACKETDATATYPES type);
+
+}  // namespace TQServerInternal
 
 #endif

@@ -7,6 +7,8 @@
 #include <mutex>
 #include <shared_mutex>
 
+namespace TQServerInternal {
+
 namespace {
 
 constexpr PACKETDATATYPES NONE = PACKETDATATYPE_NONE;
@@ -212,6 +214,10 @@ const char *StorageClass::keep(const char *text)
 }
 
 const StorageClass *storageClass(PACKETDATATYPES type) { return lookUp(type); }
+
+}  // namespace TQServerInternal
+
+using namespace TQServerInternal;
 
 CONVERTSTRUCTELEMENTINFO *TQGetSystemStorageClassConv(PACKETDATATYPES type)
 {

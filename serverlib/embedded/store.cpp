@@ -10,6 +10,8 @@
 #include <cerrno>
 #include <cstring>
 
+using namespace TQServerInternal;
+
 namespace {
 
 using Seed = std::function<bool(Database &database)>;

@@ -11,6 +11,8 @@
 
 #include <libpq-fe.h>
 
+namespace TQServerInternal {
+
 namespace {
 
 using std::chrono::milliseconds;
@@ -29,8 +31,8 @@ constexpr const char *CONNECT_TIMEOUT = "5";  // seconds
 constexpr const char *KEEPALIVES[][2] = { { "keepalives_idle", "30" },
     { "keepalives_interval", "10" }, { "keepalives_count", "3" } };
 
-// What messages say of a text that may hold a password: "u:...@h" for "u:p@ss@h", and nothing of
-// parameters.
+// What messages say of a text that may hold a password: "u:...@h" for "u:p@ss@h", and nothing
+// of parameters.
 QString withoutPassword(QString text)
 {
     static const QRegularExpression user(QStringLiteral("((?:^|/)[^:/@]*:)(?!//).*@"),
@@ -150,7 +152,8 @@ std::optional<StoreAddress> parseFile(const QString &url, QString &error)
     return {};
 }
 
-// Takes the parameters that are not libpq's out of a URL: limits of time, set by libpq's "options".
+// Takes the parameters that are not libpq's out of a URL: limits of time, set by libpq's
+// "options".
 bool takeLimits(Parameters &parameters, StoreAddress &address, QString &options, QString &error)
 {
     const auto take = [&parameters](const char *name, const char *otherwise) {
@@ -329,3 +332,5 @@ QString StoreAddress::label() const
     }
     return !database.isEmpty() ? database : !host.isEmpty() ? host : QStringLiteral("database");
 }
+
+}  // namespace TQServerInternal

@@ -8,6 +8,8 @@
 #include <chrono>
 #include <optional>
 
+namespace TQServerInternal {
+
 // Where a store is, and how long it may take to answer.
 struct StoreAddress
 {
@@ -34,5 +36,7 @@ struct StoreAddress
     QByteArray conninfo() const;  // all of it, as libpq takes it
     std::chrono::milliseconds responseTimeout { 0 };  // silence of the server; 0 for any time
 };
+
+}  // namespace TQServerInternal
 
 #endif

@@ -9,6 +9,8 @@
 #include <poll.h>
 #include <sys/eventfd.h>
 
+namespace TQServerInternal {
+
 namespace {
 
 // The thread looks several times within the limit.
@@ -76,3 +78,5 @@ void Watchdog::watch()
         ready = ::poll(&stop, 1, timeout);
     }
 }
+
+}  // namespace TQServerInternal

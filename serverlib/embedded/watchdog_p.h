@@ -8,6 +8,8 @@
 #include <functional>
 #include <thread>
 
+namespace TQServerInternal {
+
 // Ends the wait for a server that stays silent: the database client blocks the caller's thread,
 // and has no limit of its own. So this has a thread.
 class Watchdog
@@ -59,5 +61,7 @@ private:
     const Descriptor m_stop;  // an event's: readable when the thread is to end
     std::thread m_thread;
 };
+
+}  // namespace TQServerInternal
 
 #endif

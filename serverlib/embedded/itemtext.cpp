@@ -1,12 +1,16 @@
-#include "packettext_p.h"
+// Checks packet text, takes it apart and writes it. Text that is read may come from anywhere: an
+// item keeps only what the checker has let through, and everybody else trusts what items keep.
+
+#include "itemtext_p.h"
 
 #include "elementcodes_p.h"
 #include "storageclass_p.h"
 
-#include <algorithm>
 #include <charconv>
 #include <iterator>
 #include <optional>
+
+namespace TQServerInternal {
 
 namespace {
 
@@ -27,7 +31,10 @@ std::optional<std::string_view> takeLine(std::string_view &text)
     return line;
 }
 
-// Checks packet text line by line; how deep it nests costs memory, not stack.
+// Appends a line and its line feed.
+void appendLine(std::string &text, std::string_view line) { text.append(line).append(1, '\n'); }
+
+// Checks packet text line by line. It has a stack of its own, so depth costs no recursion.
 class Checker
 {
 public:
@@ -36,21 +43,22 @@ public:
     std::optional<std::string> check(std::string_view text)
     {
         std::string kept;
-        std::string_view from = text;  // not in kept yet
+        kept.reserve(text.size());
         while (!text.empty()) {
-            const std::string_view before = text;
             const auto line = takeLine(text);
             const auto parts = line ? splitAtBlank(*line) : std::nullopt;
             m_isLost = false;
             if (!parts || !checkLine(parts->first, parts->second)) {
                 return {};
             }
-            if (m_isLost) {
-                kept.append(from.substr(0, from.size() - before.size()));
-                from = text;
+            if (!m_isLost) {
+                appendLine(kept, *line);
             }
         }
-        return m_found && m_depth == 0 ? std::make_optional(kept.append(from)) : std::nullopt;
+        if (!m_found || m_depth > 0) {
+            return {};
+        }
+        return kept;
     }
 
 private:
@@ -64,20 +72,19 @@ private:
 
     bool checkLine(std::string_view word, std::string_view value)
     {
-        struct Bracket
-        {
-            std::string_view word;
-            bool (Checker::*check)(std::string_view value);
-        };
-        static constexpr Bracket BRACKETS[] = {
-            { START_ITEM, &Checker::startItem },
-            { END_ITEM, &Checker::endItem },
-            { START_LIST, &Checker::startList },
-            { END_LIST, &Checker::endList },
-        };
-        const auto bracket = std::find_if(std::begin(BRACKETS), std::end(BRACKETS),
-            [word](const Bracket &candidate) { return candidate.word == word; });
-        return bracket == std::end(BRACKETS) ? field(word, value) : (this->*bracket->check)(value);
+        if (word == START_ITEM) {
+            return startItem(value);
+        }
+        if (word == END_ITEM) {
+            return value == "0" && close(false);
+        }
+        if (word == START_LIST) {
+            return startList(value);
+        }
+        if (word == END_LIST) {
+            return value == "0" && close(true);
+        }
+        return field(word, value);
     }
 
     bool field(std::string_view word, std::string_view value)
@@ -111,8 +118,6 @@ private:
         return open({ false, fields, 0, 0 });
     }
 
-    bool endItem(std::string_view value) { return value == "0" && close(false); }
-
     // A list holds items only, so none lies directly in another.
     bool startList(std::string_view value)
     {
@@ -120,8 +125,6 @@ private:
         return size && (m_depth == 0 || m_levels[m_depth - 1].fields) &&
             open({ true, nullptr, *size, 0 });
     }
-
-    bool endList(std::string_view value) { return value == "0" && close(true); }
 
     bool open(const Level &level)
     {
@@ -148,47 +151,50 @@ private:
     Level m_levels[TQMAX_NESTING] = {};
 };
 
-// Whether a bracket's line is inside, on the edge of or outside the item's own block.
-struct Walker
+// Follows the brackets of an item's text, to tell the item's own fields from those of other items.
+class Walker
 {
-    int depth = 0;
-    bool own = false;  // within the first item block outside any list
-
-    // True for a line of one of the item's own fields.
+public:
+    // Goes to the next line, which begins with that word; true for a field of the item itself.
     bool step(std::string_view word)
     {
-        const bool starts = word == START_ITEM || word == START_LIST;
-        if (starts) {
-            own = own || (depth == 0 && word == START_ITEM);
-            ++depth;
-        } else if (word == END_ITEM || word == END_LIST) {
-            --depth;
-        } else {
-            return own && depth == 1;
+        if (word == START_ITEM || word == START_LIST) {
+            m_isOwn = m_isOwn || (m_depth == 0 && word == START_ITEM);
+            ++m_depth;
+            return false;
         }
-        return false;
+        if (word == END_ITEM || word == END_LIST) {
+            --m_depth;
+            return false;
+        }
+        return m_isOwn && m_depth == 1;
     }
-    bool done() const { return own && depth == 0; }
+    // True from the last line of the item's own block on.
+    bool done() const { return m_isOwn && m_depth == 0; }
+
+private:
+    int m_depth = 0;
+    bool m_isOwn = false;  // the first item block outside any list has begun
 };
 
 }  // namespace
 
-std::optional<std::string> PacketText::readItem(std::string_view text, PACKETDATATYPES type)
+std::optional<std::string> checkItem(std::string_view text, PACKETDATATYPES type)
 {
     return Checker(type).check(text);
 }
 
-std::string PacketText::makeItem(PACKETDATATYPES type, std::string_view fieldLines)
+std::string writeItem(PACKETDATATYPES type, std::string_view fieldLines)
 {
     std::string text;
     text.reserve(fieldLines.size() + 24);
-    text.append(START_ITEM).append(1, ' ').append(hex(type)).append(1, '\n');
+    text.append(START_ITEM).append(1, ' ').append(hexText(type)).append(1, '\n');
     text.append(fieldLines);
     text.append(END_ITEM).append(" 0\n");
     return text;
 }
 
-void PacketText::forEachField(std::string_view text, const Visit &visit)
+void forEachField(std::string_view text, const Visit &visit)
 {
     Walker walker;
     for (auto line = takeLine(text); line; line = takeLine(text)) {
@@ -201,33 +207,37 @@ void PacketText::forEachField(std::string_view text, const Visit &visit)
     }
 }
 
-std::string PacketText::withField(std::string_view text, unsigned tag, std::string_view value)
+std::string withField(std::string_view text, unsigned tag, std::string_view value)
 {
+    std::string result;
+    result.reserve(text.size() + value.size() + 16);
     Walker walker;
-    std::string_view rest = text;
-    for (std::string_view from = rest;; from = rest) {
-        const auto line = takeLine(rest);
-        const auto parts = line ? splitAtBlank(*line) : std::nullopt;
-        const bool own = parts && walker.step(parts->first);
-        const bool replaces = own && readHex(parts->first) == tag;
-        if (!line || replaces || walker.done()) {
-            std::string result;
-            result.reserve(text.size() + value.size() + 16);
-            result.append(text.substr(0, text.size() - from.size()));
-            appendLine(result, tag, value);
-            return result.append(replaces ? rest : from);
+    bool isPut = false;
+    while (const auto line = takeLine(text)) {
+        const auto parts = splitAtBlank(*line);
+        const bool isField = parts && walker.step(parts->first);
+        const bool isReplaced = !isPut && isField && readHex(parts->first) == tag;
+        if (!isPut && (isReplaced || walker.done())) {
+            appendField(result, tag, value);
+            isPut = true;
+        }
+        if (!isReplaced) {
+            appendLine(result, *line);
         }
     }
+    return result;
 }
 
-void PacketText::appendLine(std::string &text, unsigned tag, std::string_view value)
+void appendField(std::string &text, unsigned tag, std::string_view value)
 {
-    text.append(hex(tag)).append(1, ' ').append(value).append(1, '\n');
+    text.append(hexText(tag)).append(1, ' ').append(value).append(1, '\n');
 }
 
-std::string PacketText::hex(unsigned value)
+std::string hexText(unsigned value)
 {
     char digits[8];
     const auto end = std::to_chars(std::begin(digits), std::end(digits), value, 16).ptr;
     return std::string(digits, end);
 }
+
+}  // namespace TQServerInternal
