@@ -17,22 +17,25 @@ class QSqlError;
 
 namespace TQServerInternal {
 
-// An open store: a QtSql connection of its own, and its statements, each prepared once.
+// A connection to a store: a QtSql connection of its own, and its statements, each prepared once.
+// What differs between the database systems is in the classes derived from it.
 //
 // It is for the thread that opened it. Several threads may each have databases of their own.
 class Database
 {
 public:
-    Database() = default;
-    ~Database() { close(); }
+    explicit Database(const StoreAddress &address) : m_address(address) {}
+    virtual ~Database() { close(); }
     Database(const Database &) = delete;
     Database &operator=(const Database &) = delete;
 
-    // Opens what is there, or for create a new and empty one; false with a text for people when
-    // that fails.
-    bool open(const StoreAddress &address, bool create);
+    // Opens what is there, or for create a new and empty file; false when that fails.
+    bool open(bool create);
     bool hasSchema();
-    // After a failure opens the store anew, since the connection may be lost.
+    // Whether an open store has the tables that this library knows, and nothing else that could run
+    // or answer in their place. Asks the store for nothing before that is certain.
+    virtual bool checkSchema() = 0;
+    // After a failure opens the store again, since the connection may be lost.
     bool recover();
     const StoreAddress &address() const { return m_address; }
     const Dialect &dialect() const { return *m_address.dialect; }
@@ -58,15 +61,20 @@ public:
     bool commit();
     void rollback();
 
-    // False when the content of a file contradicts itself. SQLite finds damage where it comes
-    // across it, but an index that lacks entries only gives fewer rows.
-    bool isWhole();
+    // Called before and after a new store gets its content, which fails when one of them fails.
+    virtual bool beginFilling() { return true; }
+    virtual bool endFilling() { return true; }
 
-    // What failed last, one line.
+    // False when the content contradicts itself in a way that statements do not notice.
+    virtual bool isWhole() { return true; }
+
+    // What failed last, one line for people.
     const QString &error() const { return m_error; }
+    // Both set the error and return false; refuse() puts the store's name in front.
     bool fail(const QString &error);
+    bool refuse(const QString &reason);
 
-    // The server that the store is on.
+    // Where the store is.
     struct Server
     {
         std::string host;
@@ -74,29 +82,41 @@ public:
     };
     const Server &server() const { return m_server; }
 
-private:
+protected:
     struct Statement
     {
         QSqlQuery query;
         QString name;  // that a server knows it by
     };
 
-    bool connect(const QString &databaseName);
-    bool openFile(bool create);
-    bool openServer();
+    // Opens the connection, by openSql(), and sets the server, and the watchdog if there is one.
+    virtual bool connect(bool create) = 0;
+    virtual bool prepareStatement(Statement &statement, const QString &text) = 0;
+    virtual bool runStatement(Statement &statement, const QVariantList &values) = 0;
+    // Whether what a query has found may be believed.
+    virtual bool isTrustworthy() { return true; }
+
+    // Opens the QtSql connection with the address's options.
+    bool openSql(const QString &databaseName);
+    const QSqlDatabase &sql() const { return m_sql; }
+    void setServer(const Server &server) { m_server = server; }
+    void setWatchdog(std::unique_ptr<Watchdog> watchdog) { m_watchdog = std::move(watchdog); }
+    // Lets recover() open the store again.
+    void suspect() { m_isSuspect = true; }
+    // The cause alone of a database system's message, in one line.
+    static QString causeOf(const QString &message);
+
+private:
     void close();
-    bool prepare(const QString &text, Statement &statement);
-    bool isUntouched();
     bool failed(const QSqlError &error);
 
-    StoreAddress m_address;
+    const StoreAddress m_address;
     Server m_server { {}, 0 };
-    bool m_suspect = false;  // a statement failed
+    bool m_isSuspect = false;  // a statement failed
     QString m_connection;  // name of the QtSql connection; null when there is none
     QSqlDatabase m_sql;
     std::map<QString, Statement> m_statements;
     std::unique_ptr<Watchdog> m_watchdog;  // null for a store that no server has
-    QString m_stamp;  // of a file that is read without locks, when it was opened; null otherwise
     QString m_error;
 };
 

@@ -1,6 +1,9 @@
+// The stores that connections have open, as a list for each thread, and what fails in them. A
+// failure inside a transaction ends it, and everything up to its end fails as well: what would be
+// found could be of another moment.
+
 #include "openstore_p.h"
 
-#include "schemacheck_p.h"
 #include "seeder_p.h"
 
 #include <atomic>
@@ -38,65 +41,90 @@ bool OpenStore::open(const char *url)
     QString reason;
     const auto address = StoreAddress::parse(url, reason);
     if (!address) {
-        m_database.fail(reason);
-    } else {
-        m_isOpen = m_database.open(*address, address->isMemory()) &&
-            (!address->isMemory() || seedSample(m_database, {})) && checkSchema(m_database);
+        m_error = reason.toUtf8();
+        countFailure();
+        return false;
     }
+    m_database = address->dialect->makeDatabase(*address);
+    m_isOpen = m_database->open(address->isMemory());
+    if (m_isOpen && address->isMemory()) {
+        m_isOpen = seedSample(*m_database, {});
+    }
+    m_isOpen = m_isOpen && m_database->checkSchema();
     if (!m_isOpen) {
         fail();
     }
     return m_isOpen;
 }
 
-bool OpenStore::reach() { return m_isOpen && !m_isBroken && m_database.recover(); }
+bool OpenStore::reach() { return m_isOpen && !m_isBroken && m_database->recover(); }
+
+void OpenStore::countFailure()
+{
+    ++m_failures;
+    if (m_database) {
+        m_error = m_database->error().toUtf8();
+    }
+}
 
 void OpenStore::fail()
 {
-    ++m_failures;
     if (m_isBroken) {
-        return;  // the failure that broke it is the cause of this one
+        ++m_failures;  // what broke the transaction is the cause of this failure, too
+        return;
     }
-    m_error = m_database.error().toUtf8();
-    if (m_transactions > 0) {
+    countFailure();
+    if (m_isOpen && m_transactions > 0) {
         m_isBroken = true;
-        m_database.rollback();
+        m_database->rollback();
     }
 }
 
 void OpenStore::beginReading()
 {
-    if (m_transactions++ == 0 && (!reach() || !m_database.beginReading())) {
+    ++m_transactions;
+    const bool isOuter = m_transactions == 1;
+    if (isOuter && !(reach() && m_database->beginReading())) {
         m_isBroken = m_isOpen;
-        ++m_failures;
-        m_error = m_database.error().toUtf8();
+        countFailure();
     }
 }
 
 void OpenStore::endReading()
 {
     if (m_transactions == 1 && m_isOpen && !m_isBroken) {
-        // At the end of the first: what was read is as it was found, and the first rows are not
-        // held up. It takes about a thirtieth of the time of listing everything.
-        const bool isWhole = m_isChecked || m_database.isWhole();
-        m_isChecked = isWhole;
-        if (!isWhole) {
-            fail();
-        } else {
-            m_database.rollback();
-        }
+        endOuter();
     }
-    if (m_transactions > 0 && --m_transactions == 0) {
+    if (m_transactions > 0) {
+        --m_transactions;
+    }
+    if (m_transactions == 0) {
         m_isBroken = false;
     }
+}
+
+// The first transaction checks the store as a whole, which takes about a thirtieth of the time of
+// listing everything. It does so at its end: what was read is as it was found, and the first rows
+// have not waited for it.
+void OpenStore::endOuter()
+{
+    if (!m_isChecked && !m_database->isWhole()) {
+        fail();
+        return;
+    }
+    m_isChecked = true;
+    m_database->rollback();
 }
 
 // A file has no port. Its number tells it from other files that are open.
 int OpenStore::port() const
 {
     constexpr Number PORTS = 0xffff;
-    const int port = m_database.server().port;
-    return !m_isOpen ? 0 : port != 0 ? port : int(1 + (m_number - 1) % PORTS);
+    if (!m_isOpen) {
+        return 0;
+    }
+    const int port = m_database->server().port;
+    return port != 0 ? port : int(1 + (m_number - 1) % PORTS);
 }
 
 template<typename Matches>

@@ -36,9 +36,10 @@ public:
     void endReading();
 
     Number number() const { return m_number; }
-    Database &database() { return m_database; }
-    const std::string &host() const { return m_database.server().host; }
-    int port() const;
+    // Both for a store that is open only.
+    Database &database() { return *m_database; }
+    const std::string &host() const { return m_database->server().host; }
+    int port() const;  // 0 for a store that is not open
     unsigned failures() const { return m_failures; }
     const QByteArray &error() const { return m_error; }
 
@@ -49,12 +50,14 @@ public:
     static OpenStore *find(const std::string &host, int port);
 
 private:
+    void countFailure();
+    void endOuter();
     template<typename Matches>
     static OpenStore *findIf(Matches matches);
 
     const void *const m_owner;
     const Number m_number;
-    Database m_database;
+    std::unique_ptr<Database> m_database;  // null until a URL was understood
     bool m_isOpen = false;
     unsigned m_transactions = 0;  // one within the other
     bool m_isChecked = false;  // the content as a whole

@@ -1,5 +1,7 @@
 #include "schema_p.h"
 
+#include "dialect_p.h"
+
 #include <algorithm>
 #include <cstring>
 #include <iterator>

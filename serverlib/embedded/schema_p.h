@@ -1,35 +1,14 @@
 #ifndef SCHEMA_P_H
 #define SCHEMA_P_H
 
-#include <QString>
 #include <QStringList>
 
 namespace TQServerInternal {
 
-// What differs between the database systems.
-struct Dialect
-{
-    const char *driver;  // of QtSql
-    const char *blob;  // type of a column of bytes
-    const char *collation;  // order of texts by their code points
-    const char *hasSchema;  // query: 1 when the table of the schema's version is there
-    const char *beginReading;  // all that it reads is of one moment
-    // Statements that begin a transaction of a program that makes tables or gives ids: one after
-    // the other, whatever program it is. The second may be null.
-    const char *beginWriting;
-    const char *waitForWriters;
-};
-
-inline constexpr Dialect SQLITE { "QSQLITE", "BLOB", "BINARY",
-    "SELECT count(*) FROM sqlite_master WHERE type = 'table' AND name = 'tq_schema'", "BEGIN",
-    "BEGIN IMMEDIATE", nullptr };
-inline constexpr Dialect POSTGRESQL { "QPSQL", "BYTEA", "\"C\"",
-    "SELECT count(*) FROM pg_tables WHERE tablename = 'tq_schema' "
-    "AND schemaname = ANY (current_schemas(false))",
-    "BEGIN ISOLATION LEVEL REPEATABLE READ, READ ONLY", "BEGIN ISOLATION LEVEL READ COMMITTED",
-    "SELECT pg_advisory_xact_lock(8025545361711)" };  // a number of this system's own
+struct Dialect;
 
 constexpr int SCHEMA_VERSION = 2;
+constexpr const char *VERSION_TABLE = "tq_schema";
 
 // The first id of each table; what follows up to that of the next one is its own. So an id is of
 // one item only, and the highest of a table tells which one comes next.

@@ -1,14 +1,18 @@
 #ifndef SCHEMACHECK_P_H
 #define SCHEMACHECK_P_H
 
+#include <QString>
+
 namespace TQServerInternal {
 
 class Database;
 
-// Whether an open store has the tables that this library knows, and in a file nothing else that
-// could run or answer in their place. Asks the store for nothing before that is certain; false with
-// the database's error.
-bool checkSchema(Database &database);
+// Whether the store's table of the version holds the one that this library knows; false with the
+// database's error.
+bool checkVersion(Database &database);
+
+// The error of a database that holds no store; false.
+bool refuseStranger(Database &database, const QString &detail = {});
 
 }  // namespace TQServerInternal
 

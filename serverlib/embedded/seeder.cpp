@@ -1,6 +1,7 @@
 #include "seeder_p.h"
 
 #include "sample_p.h"
+#include "schema_p.h"
 
 #include <QDate>
 
@@ -337,8 +338,7 @@ bool seed(Database &database, Fill fill)
         return false;
     }
     if (database.hasSchema()) {
-        return database.fail(
-            QStringLiteral("%1: holds a store already").arg(database.address().label()));
+        return database.refuse(QStringLiteral("holds a store already"));
     }
     for (const QString &statement : schemaStatements(database.dialect())) {
         if (!database.execute(statement)) {
@@ -401,8 +401,7 @@ int storeProfile(Database &database, const IccProfile &profile)
         return 0;
     }
     if (highest.toInt() == lastId(PROFILE.table)) {
-        database.fail(
-            QStringLiteral("%1: no id is left for an ICC profile").arg(database.address().label()));
+        database.refuse(QStringLiteral("no id is left for an ICC profile"));
         return 0;
     }
     const int id = highest.toInt() + 1;

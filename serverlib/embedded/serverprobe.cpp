@@ -1,4 +1,9 @@
+// Asks a server one question before anything else does, so that one that is there but silent is
+// noticed within a limit of time.
+
 #include "serverprobe_p.h"
+
+#include "watchdog_p.h"
 
 #include <QDeadlineTimer>
 
@@ -31,25 +36,19 @@ bool hasAnswer(PGconn *connection, const QDeadlineTimer &deadline)
 
 }  // namespace
 
-QString probeServer(const StoreAddress &address)
+QString probeServer(const QByteArray &conninfo, std::chrono::milliseconds limit)
 {
     // This part has a limit of its own: connect_timeout.
-    const Connection connection(PQconnectdb(address.conninfo().constData()));
+    const Connection connection(PQconnectdb(conninfo.constData()));
     if (PQstatus(connection.get()) != CONNECTION_OK) {
         return QString::fromUtf8(PQerrorMessage(connection.get()));
     }
     PQsetNoticeReceiver(
         connection.get(), [](void *, const PGresult *) {}, nullptr);
-    const QDeadlineTimer deadline = address.responseTimeout.count() > 0
-        ? QDeadlineTimer(address.responseTimeout)
-        : QDeadlineTimer(QDeadlineTimer::Forever);
+    const QDeadlineTimer deadline =
+        limit.count() > 0 ? QDeadlineTimer(limit) : QDeadlineTimer(QDeadlineTimer::Forever);
     PQsendQuery(connection.get(), "SELECT 1");
-    return hasAnswer(connection.get(), deadline) ? QString() : noAnswer(address.responseTimeout);
-}
-
-QString noAnswer(std::chrono::milliseconds limit)
-{
-    return QStringLiteral("no answer from the server for %1 s").arg(double(limit.count()) / 1000);
+    return hasAnswer(connection.get(), deadline) ? QString() : noAnswer(limit);
 }
 
 }  // namespace TQServerInternal

@@ -1,16 +1,16 @@
 #ifndef SERVERPROBE_P_H
 #define SERVERPROBE_P_H
 
-#include "storeaddress_p.h"
+#include <QByteArray>
+#include <QString>
+
+#include <chrono>
 
 namespace TQServerInternal {
 
-// Connects to a server and asks it one question; empty when it answers within the address's
-// response time, else why not. QtSql asks several as it connects, and would wait for ever.
-QString probeServer(const StoreAddress &address);
-
-// What a server's silence is called.
-QString noAnswer(std::chrono::milliseconds limit);
+// Connects to a PostgreSQL server and asks it one question; empty when it answers within the limit
+// (0 for any time), else why not. QtSql asks several as it connects, and would wait for ever.
+QString probeServer(const QByteArray &conninfo, std::chrono::milliseconds limit);
 
 }  // namespace TQServerInternal
 

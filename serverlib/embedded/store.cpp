@@ -2,7 +2,6 @@
 
 #include "database_p.h"
 #include "partfolder_p.h"
-#include "schemacheck_p.h"
 #include "seeder_p.h"
 
 #include <QFileInfo>
@@ -21,26 +20,14 @@ QString systemError(const QString &label, int number)
     return QStringLiteral("%1: %2").arg(label, QString::fromLocal8Bit(std::strerror(number)));
 }
 
-// In a store that is done readers hold up no writers, and writers no readers.
-bool setJournal(Database &database)
+// Makes the tables and all rows: in a new file at the address, or in the database that is there.
+bool fill(const StoreAddress &address, const Seed &seed, QString &error)
 {
-    const QVariant mode = database.valueOf(QStringLiteral("PRAGMA journal_mode = WAL"));
-    return mode.toString() == QLatin1String("wal") ||
-        (!mode.isNull() &&
-            database.fail(database.address().label() +
-                QStringLiteral(": no write-ahead log can be kept there")));
-}
-
-bool fillFile(const StoreAddress &address, const Seed &seed, QString &error)
-{
-    Database database;
-    // What is half made is thrown away whole, so it needs no journal.
-    const bool filled = database.open(address, true) &&
-        database.execute(QStringLiteral("PRAGMA journal_mode = OFF")) &&
-        database.execute(QStringLiteral("PRAGMA synchronous = OFF")) && seed(database) &&
-        setJournal(database);
-    error = database.error();
-    return filled;
+    const auto database = address.dialect->makeDatabase(address);
+    const bool isFilled = database->open(address.isFile()) && database->beginFilling() &&
+        seed(*database) && database->endFilling();
+    error = database->error();
+    return isFilled;
 }
 
 QString existsAlready(const QString &label)
@@ -48,17 +35,17 @@ QString existsAlready(const QString &label)
     return QStringLiteral("%1: exists already").arg(label);
 }
 
-// Why there cannot be a new file; empty when there can. SQLite would put what a journal or log
-// holds, which another store of that name has left, into the new one.
-QString obstacle(const QString &label, const QString &target)
+// Why there cannot be a new file; empty when there can. What the journal or the log of an earlier
+// store of that name still holds would become part of the new one.
+QString obstacle(const StoreAddress &address)
 {
-    const QFileInfo file(target);
+    const QFileInfo file(address.path);
     if (file.exists() || file.isSymLink()) {
-        return existsAlready(label);
+        return existsAlready(address.label);
     }
-    for (const char *suffix : { "-journal", "-wal" }) {
-        if (QFileInfo(target + QLatin1String(suffix)).size() > 0) {
-            return existsAlready(label + QLatin1String(suffix)) +
+    for (const char *suffix : { address.dialect->journal, address.dialect->log }) {
+        if (QFileInfo(address.path + QLatin1String(suffix)).size() > 0) {
+            return existsAlready(address.label + QLatin1String(suffix)) +
                 QStringLiteral(", of another store");
         }
     }
@@ -68,41 +55,30 @@ QString obstacle(const QString &label, const QString &target)
 // A new file is filled in a folder of its own first.
 bool createFile(const StoreAddress &address, const Seed &seed, QString &error)
 {
-    const QString &target = address.path;
-    const QString label = address.label();
-    PartFolder::removeOrphans(target);
-    error = obstacle(label, target);
+    PartFolder::removeOrphans(address.path);
+    error = obstacle(address);
     if (!error.isEmpty()) {
         return false;
     }
-    PartFolder folder(target);
+    PartFolder folder(address.path);
     if (!folder.exists()) {
-        error = systemError(label, errno);
+        error = systemError(address.label, errno);
         return false;
     }
     StoreAddress part = address;
     part.path = folder.part();
-    if (!fillFile(part, seed, error)) {
+    if (!fill(part, seed, error)) {
         return false;
     }
     if (!folder.holdsPartAlone()) {
-        error = QStringLiteral("%1: a write-ahead log is left over").arg(label);
+        error = QStringLiteral("%1: a write-ahead log is left over").arg(address.label);
         return false;
     }
     if (!folder.moveToTarget()) {
-        error = errno == EEXIST ? existsAlready(label) : systemError(label, errno);
+        error = errno == EEXIST ? existsAlready(address.label) : systemError(address.label, errno);
         return false;
     }
     return true;
-}
-
-// The tables and all rows come into being with the end of one transaction.
-bool createTables(const StoreAddress &address, const Seed &seed, QString &error)
-{
-    Database database;
-    const bool created = database.open(address, false) && seed(database);
-    error = database.error();
-    return created;
 }
 
 bool createStore(const char *url, const Seed &seed, std::string &error)
@@ -113,8 +89,8 @@ bool createStore(const char *url, const Seed &seed, std::string &error)
     if (address && address->isMemory()) {
         reason = QStringLiteral("a store in memory cannot be kept");
     } else if (address) {
-        created = address->isFile() ? createFile(*address, seed, reason)
-                                    : createTables(*address, seed, reason);
+        created =
+            address->isFile() ? createFile(*address, seed, reason) : fill(*address, seed, reason);
     }
     error = created ? std::string() : reason.toStdString();
     return created;
@@ -167,12 +143,11 @@ bool TQImportProfiles(const char *url, const std::vector<std::string> &files,
     if (address && address->isMemory()) {
         reason = QStringLiteral("a store in memory cannot be kept");
     } else if (address) {
-        Database database;
+        const auto database = address->dialect->makeDatabase(*address);
         // The tables are checked in the transaction, so that nobody adds a trigger meanwhile.
-        imported = database.open(*address, false) && database.beginWriting() &&
-            checkSchema(database) && storeProfiles(database, files, stored, progress) &&
-            database.commit();
-        reason = database.error();
+        imported = database->open(false) && database->beginWriting() && database->checkSchema() &&
+            storeProfiles(*database, files, stored, progress) && database->commit();
+        reason = database->error();
     }
     if (imported && keys) {
         *keys = stored;

@@ -1,7 +1,7 @@
 #ifndef STOREADDRESS_P_H
 #define STOREADDRESS_P_H
 
-#include "schema_p.h"
+#include "dialect_p.h"
 
 #include <QString>
 
@@ -10,30 +10,28 @@
 
 namespace TQServerInternal {
 
-// Where a store is, and how long it may take to answer.
+// Where a store is, and how long it may take to answer. What a URL leaves out has its default here.
 struct StoreAddress
 {
+    enum class Place { Memory, File, Server };
+
     // None when the URL is not of a known form; error says why, without any password.
     static std::optional<StoreAddress> parse(const char *url, QString &error);
 
-    bool isFile() const { return dialect == &SQLITE && !path.isEmpty(); }
-    bool isMemory() const { return dialect == &SQLITE && path.isEmpty(); }
-    // What messages call it.
-    QString label() const;
+    bool isMemory() const { return place == Place::Memory; }
+    bool isFile() const { return place == Place::File; }
 
     const Dialect *dialect = nullptr;
+    Place place = Place::Memory;
+    QString label;  // what messages call it
+    QString options;  // as QtSql takes connection options
 
-    // Of a file.
-    QString path;  // absolute; empty for a store in memory
-    QString shownPath;  // as it was given
-    int busyTimeout = 3000;  // ms to wait for a lock
+    QString path;  // of a file; absolute
 
-    // Of a PostgreSQL database.
-    QString host;  // empty: what libpq takes by default
+    // Of a database on a server. An empty text leaves the choice to the database client.
+    QString host;
     QString user;
     QString database;
-    QString options;  // the rest, as QtSql takes connection options
-    QByteArray conninfo() const;  // all of it, as libpq takes it
     std::chrono::milliseconds responseTimeout { 0 };  // silence of the server; 0 for any time
 };
 

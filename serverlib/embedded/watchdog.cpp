@@ -79,4 +79,9 @@ void Watchdog::watch()
     }
 }
 
+QString noAnswer(std::chrono::milliseconds limit)
+{
+    return QStringLiteral("no answer from the server for %1 s").arg(double(limit.count()) / 1000);
+}
+
 }  // namespace TQServerInternal

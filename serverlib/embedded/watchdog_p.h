@@ -3,6 +3,8 @@
 
 #include "descriptor_p.h"
 
+#include <QString>
+
 #include <atomic>
 #include <chrono>
 #include <functional>
@@ -61,6 +63,9 @@ private:
     const Descriptor m_stop;  // an event's: readable when the thread is to end
     std::thread m_thread;
 };
+
+// What a server's silence is called.
+QString noAnswer(std::chrono::milliseconds limit);
 
 }  // namespace TQServerInternal
 

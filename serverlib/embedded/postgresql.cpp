@@ -1,0 +1,148 @@
+// Stores in PostgreSQL. A connection has three limits of time: the server itself ends statements
+// and waits for locks, and a watchdog ends the wait for a server that stays silent. Statements are
+// prepared by SQL and not by QtSql, which warns when it frees those of a lost connection.
+
+#include "database_p.h"
+#include "postgresqlurl_p.h"
+#include "schemacheck_p.h"
+#include "serverprobe_p.h"
+#include "socketcopy_p.h"
+
+#include <QSqlDriver>
+
+#include <memory>
+#include <system_error>
+
+#include <libpq-fe.h>
+
+namespace TQServerInternal {
+
+namespace {
+
+// Null when the driver has no connection of libpq's. Its type has another name on each Qt line.
+PGconn *connectionOf(const QSqlDatabase &database)
+{
+    const QVariant handle = database.driver()->handle();
+    const QByteArray type = handle.typeName();
+    if (type != "PGconn*" && type != "pg_conn*") {
+        return nullptr;
+    }
+    return *static_cast<PGconn *const *>(handle.constData());
+}
+
+// A value as part of a statement.
+QString literal(PGconn *connection, const QVariant &value)
+{
+    if (value.isNull()) {
+        return QStringLiteral("NULL");
+    }
+    if (value.userType() == QMetaType::QByteArray) {
+        return QStringLiteral("decode('%1', 'hex')")
+            .arg(QString::fromLatin1(value.toByteArray().toHex()));
+    }
+    if (value.userType() != QMetaType::QString) {
+        return value.toString();
+    }
+    const QByteArray text = value.toString().toUtf8();
+    char *const quoted = PQescapeLiteral(connection, text.constData(), size_t(text.size()));
+    const QString result = QString::fromUtf8(quoted);
+    PQfreemem(quoted);
+    return result;
+}
+
+// The statement with "$1", "$2" ... in place of its "?".
+QString numbered(const QString &statement)
+{
+    const QStringList parts = statement.split(QLatin1Char('?'));
+    QString text = parts.first();
+    for (int i = 1; i < int(parts.size()); ++i) {
+        text += QLatin1Char('$') + QString::number(i) + parts.at(i);
+    }
+    return text;
+}
+
+class PostgresqlDatabase : public Database
+{
+public:
+    using Database::Database;
+
+    bool checkSchema() override
+    {
+        const auto count = ask(QLatin1String(dialect().hasSchema));
+        if (!count) {
+            return false;
+        }
+        return count->toInt() > 0 ? checkVersion(*this) : refuseStranger(*this);
+    }
+
+protected:
+    bool connect(bool) override
+    {
+        const QString reason = probeServer(conninfo(address()), address().responseTimeout);
+        if (!reason.isEmpty()) {
+            return refuse(causeOf(reason));
+        }
+        if (!openSql(address().database)) {
+            return false;
+        }
+        PGconn *const connection = connectionOf(sql());
+        if (!connection) {
+            return fail(QStringLiteral("Qt's database driver has no libpq connection"));
+        }
+        PQsetNoticeReceiver(
+            connection, [](void *, const PGresult *) {}, nullptr);  // else on stderr
+        PQsetErrorVerbosity(connection, PQERRORS_TERSE);
+        setServer({ PQhost(connection), QByteArray(PQport(connection)).toInt() });
+        return startWatchdog(PQsocket(connection));
+    }
+
+    bool prepareStatement(Statement &statement, const QString &text) override
+    {
+        return statement.query.exec(
+            QStringLiteral("PREPARE ") + statement.name + QStringLiteral(" AS ") + numbered(text));
+    }
+
+    bool runStatement(Statement &statement, const QVariantList &values) override
+    {
+        QString text = QStringLiteral("EXECUTE ") + statement.name;
+        if (!values.isEmpty()) {
+            QStringList literals;
+            for (const QVariant &value : values) {
+                literals += literal(connectionOf(sql()), value);
+            }
+            text += QLatin1Char('(') + literals.join(QLatin1Char(',')) + QLatin1Char(')');
+        }
+        return statement.query.exec(text);
+    }
+
+private:
+    bool startWatchdog(int socketNumber)
+    {
+        try {
+            const auto socket = std::make_shared<SocketCopy>(socketNumber);
+            setWatchdog(std::make_unique<Watchdog>(
+                [socket] { socket->shutDown(); }, address().responseTimeout));
+            return true;
+        } catch (const std::system_error &error) {
+            return refuse(QString::fromLocal8Bit(error.what()));
+        }
+    }
+};
+
+std::unique_ptr<Database> makeDatabase(const StoreAddress &address)
+{
+    return std::make_unique<PostgresqlDatabase>(address);
+}
+
+}  // namespace
+
+const Dialect POSTGRESQL {
+    "postgresql://USER@HOST:PORT/DB", isPostgresqlUrl, parsePostgresqlUrl, makeDatabase, "QPSQL",
+    nullptr, nullptr, "BYTEA", "\"C\"",
+    "SELECT count(*) FROM pg_tables WHERE tablename = 'tq_schema' "
+    "AND schemaname = ANY (current_schemas(false))",
+    "BEGIN ISOLATION LEVEL REPEATABLE READ, READ ONLY", "BEGIN ISOLATION LEVEL READ COMMITTED",
+    "SELECT pg_advisory_xact_lock(8025545361711)",  // a number of this system's own
+};
+
+}  // namespace TQServerInternal
