@@ -1,3 +1,6 @@
+// A node of an archive tree finds its children by key and by name, in maps that it fills when it is
+// first asked.
+
 #include "archivenode.h"
 
 #include <algorithm>
@@ -8,6 +11,7 @@
 
 namespace {
 
+// Both words of a key in one number.
 std::uint64_t wordOf(const TQKEY_ELEMENT &key) { return (std::uint64_t(key.hkey) << 32) | key.key; }
 
 bool isOfType(const TQDB_REFERENCE &reference, const TQPacketable &item)
@@ -35,32 +39,39 @@ struct ArchiveNode::Children
         return node == found->second.end() ? nullptr : *node;
     }
 
+    // Puts the nodes that came since the last call into the maps.
     void index()
     {
         for (; indexed < nodes.size(); ++indexed) {
-            if (const TQPacketable *item = nodes[indexed]->packetable) {
-                byKey[wordOf(item->dbkey)].push_back(nodes[indexed]);
-                const char *name = item->name ? item->name : "";
-                byName[name].push_back(nodes[indexed]);
-                if (!TQKEY_CC::isValid(item->dbkey)) {
-                    byNameAlone[name].push_back(nodes[indexed]);
-                }
+            if (nodes[indexed]->packetable) {
+                index(nodes[indexed]);
             }
         }
     }
 
+    void index(ArchiveNode *node)
+    {
+        const TQPacketable &item = *node->packetable;
+        const char *name = item.name ? item.name : "";
+        byKey[wordOf(item.dbkey)].push_back(node);
+        byName[name].push_back(node);
+        if (!TQKEY_CC::isValid(item.dbkey)) {
+            byNameAlone[name].push_back(node);
+        }
+    }
+
     std::vector<ArchiveNode *> nodes;  // owned
-    size_t indexed = 0;  // how many of them the maps know
+    size_t indexed = 0;  // how many of them are in the maps
     std::unordered_map<std::uint64_t, Found> byKey;
     std::unordered_map<std::string, Found> byName;
-    std::unordered_map<std::string, Found> byNameAlone;  // without a valid key
+    std::unordered_map<std::string, Found> byNameAlone;  // of items without a valid key
 };
 
 ArchiveNode::ArchiveNode(TQPacketable *item) : packetable(item), m_children(new Children) {}
 
 ArchiveNode::~ArchiveNode()
 {
-    // Trees may be deep: take the nodes off one by one rather than by recursion.
+    // Trees may be too deep for recursion, so the nodes below are taken out and deleted one by one.
     std::vector<ArchiveNode *> doomed;
     doomed.swap(m_children->nodes);
     while (!doomed.empty()) {

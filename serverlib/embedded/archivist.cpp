@@ -1,3 +1,7 @@
+// Loads archive trees, item by item and depth first. References may form circles, so an item is not
+// loaded again below itself; and there are bounds of depth and size, because an item that is
+// referred to from many places comes in each of them.
+
 #include "archivist_p.h"
 
 #include "records_p.h"
@@ -10,8 +14,7 @@ namespace TQServerInternal {
 
 namespace {
 
-// Bounds of a tree.
-constexpr size_t MAX_DEPTH = 64;
+constexpr size_t MAX_DEPTH = 64;  // levels below the root
 constexpr size_t MAX_ITEMS = 100000;
 
 constexpr const char *BY_KEY = "A.id = ?";
@@ -34,7 +37,7 @@ std::unique_ptr<ArchiveNode> Archivist::load(
     }
     const TQKEY_ELEMENT key = item->dbkey;
     auto node = std::make_unique<ArchiveNode>(item.release());
-    // What is referred to by name is known by its name alone.
+    // An item that is referred to by its name has no key in a tree; see ArchiveNode::packetable.
     if (where == BY_NAME) {
         node->packetable->dbkey = TQKEY_CC::getNullKey();
     }
@@ -75,9 +78,9 @@ void Archivist::addReferred(ArchiveNode &node)
     TQDB_REFERENCE *reference = nullptr;
     node.packetable->getReferences(0, &reference, 0);
     for (; reference; reference = reference->next) {
-        // An item that is known by its key is put where that key stands, not where its name does.
         const bool isByKey = TQKEY_CC::isValid(reference->key);
         const ArchiveNode *known = node.findNode(reference);
+        // A reference by name needs a node without a key, also where the item is there by its key.
         if (known && (isByKey || !TQKEY_CC::isValid(known->packetable->dbkey))) {
             continue;
         }

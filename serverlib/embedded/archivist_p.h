@@ -9,7 +9,7 @@
 
 namespace TQServerInternal {
 
-// Makes archive trees: an item and, below it, the items that it refers to.
+// Loads archive trees: an item and, below it, the items that it refers to.
 class Archivist
 {
 public:
@@ -17,7 +17,7 @@ public:
 
     // The tree of the item of that type with that id; null when there is none.
     std::unique_ptr<ArchiveNode> load(PACKETDATATYPES type, int id);
-    // True when a query failed: the tree lacks items.
+    // True when a query failed, so that items are missing in the tree.
     bool failed() const { return m_failed; }
 
 private:

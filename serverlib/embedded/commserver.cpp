@@ -1,3 +1,6 @@
+// The connection of the interface: each query becomes one selection of rows. A query that cannot be
+// asked because of its arguments finds nothing and has not failed.
+
 #include "tqcommserver.h"
 
 #include "archivist_p.h"
@@ -16,7 +19,7 @@ namespace {
 enum Command { ListCommand = 1, JobsCommand, BooksCommand, ArchiveCommand };
 enum Status { Succeeded = 0, Failed = 1 };
 
-// What a listing holds: the data type it is asked by, that of its items.
+// The listings that getDBList() knows: the data type that is asked for, and that of the items.
 struct List
 {
     PACKETDATATYPES asked;
@@ -27,27 +30,28 @@ constexpr List LISTS[] = {
     { PACKETDATATYPE_BOOKOWNER, PACKETDATATYPE_BOOKOWNER },
 };
 
-// The selections; "A" is the alias of the selected type's own table.
+// Which rows a query selects; "A" stands for the table of their type.
 constexpr const char *ALL = "";
 constexpr const char *BOOKS_OF_OWNER = "A.owner_id = ?";
 constexpr const char *JOBS_OF_OUTPUT = "A.output_id = ? AND A.state BETWEEN ? AND ?";
 
-// The order of a listing; every sort type but by name means by age, which is by id.
+// The order of a listing. Every sort type other than by name sorts by age: ids count up.
 const char *orderOf(SORTTYPE type, SORTORDER order)
 {
-    const bool down = order == SORTORDER_DESCENDING;
+    const bool isDescending = order == SORTORDER_DESCENDING;
     if (type == SORTTYPE_NAME) {
-        return down ? "A.name DESC, A.id DESC" : "A.name, A.id";
+        return isDescending ? "A.name DESC, A.id DESC" : "A.name, A.id";
     }
-    return down ? "A.id DESC" : "A.id";
+    return isDescending ? "A.id DESC" : "A.id";
 }
 
-// The states of the jobs in a queue: one each, or all.
+// The lowest and the highest state of the jobs in a queue. A queue has one state, or all.
 std::pair<int, int> statesOf(TQQUEUE queue)
 {
-    return queue == TQQUEUE_ALL
-        ? std::make_pair(std::numeric_limits<int>::min(), std::numeric_limits<int>::max())
-        : std::make_pair(int(queue), int(queue));
+    if (queue == TQQUEUE_ALL) {
+        return { std::numeric_limits<int>::min(), std::numeric_limits<int>::max() };
+    }
+    return { queue, queue };
 }
 
 bool isStored(PACKETDATATYPES type)
@@ -56,11 +60,11 @@ bool isStored(PACKETDATATYPES type)
     return known && known->source();
 }
 
-// Id of a stored item; 0 for keys that no item of this store has.
+// The id of a stored item, which is the first word of its key; 0 for keys that no item has.
 int idOf(const TQKEY_ELEMENT &key)
 {
-    const bool fits = key.key <= unsigned(std::numeric_limits<int>::max());
-    return fits && isStored(static_cast<PACKETDATATYPES>(key.hkey)) ? int(key.key) : 0;
+    const bool isId = key.key <= unsigned(std::numeric_limits<int>::max());
+    return isId && isStored(static_cast<PACKETDATATYPES>(key.hkey)) ? int(key.key) : 0;
 }
 
 }  // namespace
@@ -69,9 +73,10 @@ struct __attribute__((visibility("hidden"))) TQCommServer::Connection
 {
     explicit Connection(const TQCommServer *owner) : store(owner) {}
 
-    // Starts a command; false, with the command failed, when the store cannot be reached.
+    // Fills the records of a query. False when the store cannot be reached; the query has failed.
     bool start(TQLPCOMMANDS &record, ZQ_MESSAGE_ID &message, Command command);
     void finish(TQLPCOMMANDS &record, bool succeeded);
+    // Runs a query for items of that type.
     TQLISTRECORD *list(TQLPCOMMANDS &record, PACKETDATATYPES type, const Selection &selection,
         const QVariantList &values);
 

@@ -1,3 +1,6 @@
+// Element type codes: which form the value of a field has in packet text, and whether a text has
+// that form. One row for each code, one check for each form.
+
 #include "elementcodes_p.h"
 
 #include "tqregistry.h"
@@ -16,7 +19,7 @@ namespace TQServerInternal {
 
 namespace {
 
-// What each element type code makes of its value. Codes that are not here have no text form.
+// The form of each code. Codes that are not here have none.
 struct Meaning
 {
     TQELEMENTTYPE code;
@@ -79,11 +82,12 @@ bool isText(std::string_view text, unsigned) { return !text.empty(); }
 // From the smallest signed to the largest unsigned number of that many bytes.
 bool isInteger(std::string_view text, unsigned width)
 {
-    const bool negative = !text.empty() && text.front() == '-';
-    const auto value = readWhole<std::uint64_t>(text.substr(negative ? 1 : 0), 10);
+    const bool isNegative = !text.empty() && text.front() == '-';
+    const auto value = readWhole<std::uint64_t>(text.substr(isNegative ? 1 : 0), 10);
     const unsigned bits = width >= 1 && width <= 8 ? 8 * width : 64;
-    const std::uint64_t half = std::uint64_t(1) << (bits - 1);
-    return value && *value <= (negative ? half : half - 1 + half);
+    const std::uint64_t lowest = std::uint64_t(1) << (bits - 1);  // without its sign
+    const std::uint64_t highest = lowest - 1 + lowest;
+    return value && *value <= (isNegative ? lowest : highest);
 }
 
 bool isReal(std::string_view text, unsigned)
@@ -100,25 +104,27 @@ bool isKey(std::string_view text, unsigned)
     return words && readHex(words->first) && readHex(words->second);
 }
 
-// The count as it is written: lower-case, without leading zeros.
+// A count as it is written: lower-case, without leading zeros.
 std::optional<unsigned> readCount(std::string_view text)
 {
-    const bool plain = text == "0" ||
-        (!text.empty() && text.front() != '0' &&
-            text.find_first_of("ABCDEF") == std::string_view::npos);
-    return plain ? readHex(text) : std::nullopt;
+    const bool hasLeadingZero = text.size() > 1 && text.front() == '0';
+    const bool hasUpperCase = text.find_first_of("ABCDEF") != std::string_view::npos;
+    return hasLeadingZero || hasUpperCase ? std::nullopt : readHex(text);
 }
 
-// Count, blank and that many entries between separators.
+// Count, blank and that many entries with separators between them.
 template<typename IsEntry>
 bool isArray(std::string_view text, char separator, IsEntry isEntry)
 {
     const auto parts = splitAtBlank(text);
     const auto count = parts ? readCount(parts->first) : std::nullopt;
-    if (!count || *count == 0) {
-        return count && parts->second.empty();
+    if (!count) {
+        return false;
     }
     std::string_view rest = parts->second;
+    if (*count == 0) {
+        return rest.empty();
+    }
     unsigned entries = 1;
     for (size_t end = rest.find(separator); end != std::string_view::npos;
          end = rest.find(separator)) {
@@ -146,38 +152,62 @@ bool isStringArray(std::string_view text, unsigned)
     return isArray(text, '\r', [](std::string_view) { return true; });
 }
 
-bool isBinary(std::string_view text, unsigned)
+// The last digit of base64 before that many "=" has bits that no byte fills; they are zero.
+bool isClosed(char digit, size_t padding)
 {
-    constexpr std::string_view ALPHABET =
-        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    const auto parts = splitAtBlank(text);
-    const auto size = parts ? readHex(parts->first) : std::nullopt;
-    if (!size || parts->second.size() != (std::uint64_t(*size) + 2) / 3 * 4) {
-        return false;
+    constexpr std::string_view LAST_BEFORE_ONE = "AEIMQUYcgkosw048";
+    constexpr std::string_view LAST_BEFORE_TWO = "AQgw";
+    switch (padding) {
+    case 1:
+        return LAST_BEFORE_ONE.find(digit) != std::string_view::npos;
+    case 2:
+        return LAST_BEFORE_TWO.find(digit) != std::string_view::npos;
+    default:
+        return true;
     }
-    const size_t padding = (3 - *size % 3) % 3;
-    const std::string_view data = parts->second;
-    const size_t used = data.size() - padding;
-    constexpr auto isDigit = [](char c) {
-        return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') ||
-            c == '+' || c == '/';
-    };
-    for (size_t i = 0; i < used; ++i) {
-        if (!isDigit(data[i])) {
-            return false;
-        }
-    }
-    // Bits of the last digit beyond the size are zero.
-    const unsigned spare = padding == 2 ? 0xf : padding == 1 ? 0x3 : 0;
-    return data.substr(used) == std::string_view("==").substr(0, padding) &&
-        (used == 0 || (ALPHABET.find(data[used - 1]) & spare) == 0);
 }
 
+bool isBase64Digit(char c)
+{
+    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '+' ||
+        c == '/';
+}
+
+// Size, blank, and that many bytes in base64: four digits for three bytes, the last ones padded.
+bool isBinary(std::string_view text, unsigned)
+{
+    const auto parts = splitAtBlank(text);
+    const auto size = parts ? readHex(parts->first) : std::nullopt;
+    if (!size) {
+        return false;
+    }
+    const std::string_view data = parts->second;
+    const std::uint64_t groups = (std::uint64_t(*size) + 2) / 3;
+    if (data.size() != 4 * groups) {
+        return false;
+    }
+    const size_t padding = 3 * groups - *size;
+    const std::string_view digits = data.substr(0, data.size() - padding);
+    return std::all_of(digits.begin(), digits.end(), isBase64Digit) &&
+        data.substr(digits.size()) == std::string_view("==").substr(0, padding) &&
+        (digits.empty() || isClosed(digits.back(), padding));
+}
+
+// Whether all of the text is white space of Unicode's; any visible ASCII character decides at once.
 bool isBlank(std::string_view text)
 {
-    const bool isClear =
+    const bool isVisible =
         std::any_of(text.begin(), text.end(), [](char c) { return c > ' ' && c < '\x7f'; });
-    return !isClear && QString::fromUtf8(text.data(), int(text.size())).trimmed().isEmpty();
+    return !isVisible && QString::fromUtf8(text.data(), int(text.size())).trimmed().isEmpty();
+}
+
+// Whether one of the texts between carriage returns is empty; a blank last one reads as empty.
+bool hasEmptyText(std::string_view texts)
+{
+    const size_t last = texts.rfind('\r');
+    const bool isOneText = last == std::string_view::npos;
+    return isBlank(isOneText ? texts : texts.substr(last + 1)) || texts.front() == '\r' ||
+        texts.find("\r\r") != std::string_view::npos;
 }
 
 bool isNothing(std::string_view, unsigned) { return false; }
@@ -212,21 +242,16 @@ bool isValue(const TQSTORAGEFIELD &field, std::string_view text)
 
 bool isLost(const TQSTORAGEFIELD &field, std::string_view value)
 {
-    const Family family = familyOf(field.type);
-    if (family == Family::Text) {
+    switch (familyOf(field.type)) {
+    case Family::Text:
         return isBlank(value);
-    }
-    if (family != Family::StringArray && family != Family::Binary) {
+    case Family::StringArray:
+        return value != "0 " && hasEmptyText(splitAtBlank(value)->second);
+    case Family::Binary:
+        return splitAtBlank(value)->second.empty();
+    default:
         return false;
     }
-    const std::string_view entries = splitAtBlank(value)->second;
-    if (family == Family::Binary) {
-        return entries.empty();
-    }
-    const size_t last = entries.rfind('\r') + 1;  // 0 without any
-    return value != "0 " &&
-        (isBlank(entries.substr(last)) || entries.front() == '\r' ||
-            entries.find("\r\r") != std::string_view::npos);
 }
 
 }  // namespace TQServerInternal

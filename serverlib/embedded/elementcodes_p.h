@@ -8,9 +8,10 @@ struct TQSTORAGEFIELD;
 
 namespace TQServerInternal {
 
-// What a field's element type code makes of its value in packet text.
+// The form of a value in packet text. Each element type code has one; tqpacketable.h describes
+// them.
 enum class Family {
-    None,  // no text form: never written, refused when read
+    None,  // not in packet text: never written, refused when read
     Text,
     Integer,  // decimal, in the range of the field's width, signed or unsigned
     Real,  // decimal
@@ -22,6 +23,7 @@ enum class Family {
     Count
 };
 
+// None for a code that is not known.
 Family familyOf(unsigned code);
 
 // A hexadecimal number of 32 bits without prefix; none when the text is anything else.
@@ -35,11 +37,11 @@ struct Halves
 };
 std::optional<Halves> splitAtBlank(std::string_view text);
 
-// True when the text is a value that packet text can hold for the field.
+// True when the text is a value of the field's form.
 bool isValue(const TQSTORAGEFIELD &field, std::string_view text);
 
-// True for a value that says nothing, or not what it seems to, to those who read packet text as
-// words between white space: blank text, bytes of no size, texts of which one is empty.
+// True for a value of the field's form that would not survive a round trip through libtqxml, which
+// ignores white space at the ends: blank text, bytes without any byte, texts of which one is empty.
 bool isLost(const TQSTORAGEFIELD &field, std::string_view value);
 
 }  // namespace TQServerInternal

@@ -59,8 +59,8 @@ bool openFile(QFile &file, const QByteArray &path, QString &error)
     return false;
 }
 
-// Reads no more of a file than its header says a profile has; false with the reason when it is
-// not as long.
+// Reads no more of a file than its header says a profile has; false with the reason when it is not
+// as long.
 bool readWhole(QFile &file, QByteArray &bytes, QString &reason)
 {
     const qint64 size = file.size();
@@ -87,8 +87,8 @@ bool readWhole(QFile &file, QByteArray &bytes, QString &reason)
     return bytes.size() == size;
 }
 
-// Four characters of the header without the blanks that fill them up; empty unless all are
-// ASCII that can be printed.
+// Four characters of the header without the blanks that fill them up; empty unless all are ASCII
+// that can be printed.
 QString wordAt(const QByteArray &bytes, int at)
 {
     const QByteArray word = bytes.mid(at, 4);

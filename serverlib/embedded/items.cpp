@@ -50,8 +50,8 @@ void assignSubrecord(TQSUBRECORD *&subrecord, const char *name)
     subrecord = copy;
 }
 
-// An entry of the outputs list has the fields of its output; every other item loads records of
-// its own type only.
+// An entry of the outputs list has the fields of its output; every other item loads records of its
+// own type only.
 bool isOfType(const ListRecord *record, PACKETDATATYPES type)
 {
     return record->type == type ||

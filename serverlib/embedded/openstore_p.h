@@ -10,8 +10,8 @@ namespace TQServerInternal {
 // A store that a connection has open, its transaction, and what failed in it.
 //
 // Each has a number that no other in the process ever has. Records and items carry the number of
-// the store that they came from, so that what they load later comes from there, too. A thread
-// finds the stores that it has open itself.
+// the store that they came from, so that what they load later comes from there, too. A thread finds
+// the stores that it has open itself.
 class OpenStore
 {
 public:

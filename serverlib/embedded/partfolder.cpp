@@ -42,8 +42,8 @@ void closeQuietly(int &descriptor)
     errno = number;
 }
 
-// Opens a folder, no link to one, and locks it. Negative when somebody else holds the lock, or
-// the folder is gone meanwhile: whoever removes one holds its lock, too.
+// Opens a folder, no link to one, and locks it. Negative when somebody else holds the lock, or the
+// folder is gone meanwhile: whoever removes one holds its lock, too.
 int lockFolder(const QByteArray &path)
 {
     int folder = ::open(path.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);

@@ -1,3 +1,5 @@
+// List records, and the functions on lists of them.
+
 #include "records_p.h"
 
 #include <cstdint>
@@ -9,8 +11,8 @@ namespace TQServerInternal {
 
 namespace {
 
-// What a record's reserved bytes hold: where the record is, and a mark that only a declared
-// part at that very place carries, so that copies and foreign records are told apart.
+// What the reserved bytes of a declared part hold: the address of its record, and a seal made from
+// the declared part's own address. A copy or a foreign record does not have the right seal.
 struct Mark
 {
     std::uint64_t record;
@@ -23,8 +25,6 @@ std::uint64_t sealOf(const void *shown)
     constexpr std::uint64_t SECRET = 0x5451524543f0e1d2;
     return SECRET ^ reinterpret_cast<std::uintptr_t>(shown);
 }
-
-char *textOf(std::string &text) { return text.data(); }
 
 }  // namespace
 
@@ -51,12 +51,12 @@ void ListRecord::show()
 {
     if (type == PACKETDATATYPE_JOB) {
         const auto job = new (storage) TQJOB {};
-        job->name = textOf(name);
-        job->publicationName = publicationId != 0 ? textOf(publication) : nullptr;
+        job->name = name.data();
+        job->publicationName = publicationId != 0 ? publication.data() : nullptr;
         job->publicationId = publicationId;
     } else if (type == PACKETDATATYPE_BOOK) {
         const auto book = new (storage) TQBOOK {};
-        book->name = textOf(name);
+        book->name = name.data();
     } else {
         const auto owner = new (storage) TQOWNER {};
         owner->key = key.key;
@@ -121,7 +121,7 @@ void TQPacketFreeList(TQLISTRECORD **head, PACKETDATATYPES type)
     }
 }
 
-// Each record knows its family itself.
+// A record knows its family itself.
 void TQPacketFreeItem(TQLISTRECORD *record, PACKETDATATYPES)
 {
     ListRecord::destroy(ListRecord::of(record));

@@ -8,18 +8,21 @@
 
 namespace TQServerInternal {
 
-// A list record with what the library keeps behind its declared part.
+// A list record: the part that tqrecords.h declares, and what this library keeps next to it.
+//
+// The interface hands out pointers to the declared part. of() finds the record that it belongs to.
 struct ListRecord
 {
     // A record of an item of that type, from the store of that number; free it with destroy().
     static ListRecord *create(PACKETDATATYPES type, std::uint64_t store);
-    // The record behind a declared part; null for null and for what this library did not make.
+    // The record of a declared part; null for null and for what this library did not make.
     static ListRecord *of(const void *shown);
     static void destroy(ListRecord *record);
 
     TQLISTRECORD *shown() { return reinterpret_cast<TQLISTRECORD *>(storage); }
 
-    // Fills the declared part from the members below, which must not change afterwards.
+    // Fills the declared part from the members below. Its texts point at theirs, so they must not
+    // change afterwards.
     void show();
 
     alignas(8) unsigned char storage[sizeof(TQJOB)];  // the declared part, whichever it is

@@ -13,8 +13,7 @@ namespace {
 // The columns that precede those of the fields.
 enum HeadColumn { Id, Name, PublicationName, PublicationId, Page, FirstField };
 
-// Text of a packet's line: without line feeds, and without the blanks around it that readers
-// drop.
+// Text of a packet's line: without line feeds, and without the blanks around it that readers drop.
 std::string plainText(const QString &text)
 {
     QString line = text.trimmed();

@@ -26,8 +26,8 @@ struct BinaryField
     std::string value;
 };
 
-// The bytes of the binary field of the row with that value in that column; none without such a
-// row, or bytes. A failure of the statement is the store's.
+// The bytes of the binary field of the row with that value in that column; none without such a row,
+// or bytes. A failure of the statement is the store's.
 std::optional<BinaryField> readBinaryField(
     OpenStore &store, const StorageClass &type, const char *column, const QVariant &value);
 

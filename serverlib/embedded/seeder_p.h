@@ -10,8 +10,8 @@ namespace TQServerInternal {
 // The error of work that its progress function stopped.
 constexpr const char *INTERRUPTED = "interrupted";
 
-// Each creates the tables in an empty store and fills them, all in one transaction; false with
-// the database's error when that fails.
+// Each creates the tables in an empty store and fills them, all in one transaction; false with the
+// database's error when that fails.
 bool seedSample(Database &database, const TQPROGRESS &progress);
 bool seedGenerated(Database &database, size_t jobs, const TQPROGRESS &progress);
 

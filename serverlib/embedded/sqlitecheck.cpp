@@ -37,8 +37,7 @@ using Entries = std::vector<Entry>;
 constexpr const char *FIGURES[] = { "CREATE TABLE sqlite_stat1(tbl,idx,stat)",
     "CREATE TABLE sqlite_stat4(tbl,idx,neq,nlt,ndlt,sample)" };
 
-// A statement without what does not change its meaning; names get quotes when a table is
-// renamed.
+// A statement without what does not change its meaning; names get quotes when a table is renamed.
 QString normalized(const QString &sql)
 {
     static const QRegularExpression quoted(QStringLiteral("\"(\\w+)\""));

@@ -12,8 +12,8 @@
 
 namespace TQServerInternal {
 
-// Ends the wait for a server that stays silent: the database client blocks the caller's thread,
-// and has no limit of its own. So this has a thread.
+// Ends the wait for a server that stays silent: the database client blocks the caller's thread, and
+// has no limit of its own. So this has a thread.
 class Watchdog
 {
 public:
