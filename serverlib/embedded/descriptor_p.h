@@ -5,7 +5,7 @@
 
 namespace TQServerInternal {
 
-// A file descriptor that is closed in the end; negative for none.
+// Owns a file descriptor; negative for none.
 class Descriptor
 {
 public:

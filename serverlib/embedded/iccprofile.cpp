@@ -1,5 +1,5 @@
-// Reads ICC profiles. A profile is a header of 128 bytes, which begins with the size of the whole,
-// then the number of its tags, a table of where each of them is, and the tags.
+// Reads ICC profiles. A profile is a header of 128 bytes, which begins with the size of the whole
+// profile, the number of tags, a table with the place of each tag, and the tags.
 
 #include "iccprofile_p.h"
 
@@ -22,7 +22,7 @@ namespace TQServerInternal {
 namespace {
 
 constexpr int HEADER_SIZE = 128;
-// Where the header has what.
+// Offsets in the header.
 enum HeaderField { SizeAt = 0, DeviceClassAt = 12, ColourSpaceAt = 16, SignatureAt = 36 };
 constexpr qint64 MAX_SIZE = 64 << 20;
 
@@ -37,7 +37,7 @@ struct CloseProfile
 };
 using OpenProfile = std::unique_ptr<void, CloseProfile>;
 
-// Opens a regular file, and nothing else; waits for no writer of a FIFO.
+// Opens a regular file and nothing else. Does not wait for the writer of a FIFO.
 bool openFile(QFile &file, const QByteArray &path, QString &error)
 {
     const int descriptor = ::open(path.constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
@@ -59,8 +59,7 @@ bool openFile(QFile &file, const QByteArray &path, QString &error)
     return false;
 }
 
-// Reads no more of a file than its header says a profile has; false with the reason when it is not
-// as long.
+// Reads a file that is as long as its header says; false with the reason when it is not.
 bool readWhole(QFile &file, QByteArray &bytes, QString &reason)
 {
     const qint64 size = file.size();
@@ -87,8 +86,8 @@ bool readWhole(QFile &file, QByteArray &bytes, QString &reason)
     return bytes.size() == size;
 }
 
-// Four characters of the header without the blanks that fill them up; empty unless all are ASCII
-// that can be printed.
+// Four characters of the header, without the blanks at their end; empty unless all are printable
+// ASCII.
 QString wordAt(const QByteArray &bytes, int at)
 {
     const QByteArray word = bytes.mid(at, 4);
@@ -97,8 +96,8 @@ QString wordAt(const QByteArray &bytes, int at)
     return isPrintable ? QString::fromLatin1(word).trimmed() : QString();
 }
 
-// Takes what is stored out of a profile's header; false with the reason when the profile is not
-// what it should be.
+// Reads the values that are stored out of a profile's header; false with the reason when the
+// profile is damaged.
 bool readHeader(IccProfile &profile, QString &reason)
 {
     const QByteArray &bytes = profile.bytes;
@@ -116,7 +115,7 @@ bool readHeader(IccProfile &profile, QString &reason)
     }
     const cmsUInt32Number version = cmsGetEncodedICCversion(open.get());
     profile.version = QStringLiteral("%1.%2").arg(version >> 24).arg(version >> 20 & 0xf);
-    // The library leaves out tags that are not inside the profile.
+    // lcms2 does not count tags that lie outside the profile.
     const qint64 tags = numberAt(bytes, HEADER_SIZE);
     const qint64 found = cmsGetTagCount(open.get());
     reason = QStringLiteral("of %1 tags, %2 lie in the file").arg(tags).arg(found);

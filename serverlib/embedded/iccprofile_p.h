@@ -11,15 +11,15 @@ namespace TQServerInternal {
 // An ICC profile as it is stored.
 struct IccProfile
 {
-    // Reads a file, whose path is given as the system knows it, and checks that it is a whole
-    // profile. None, with the reason, when it is not.
+    // Reads a file and checks that it is a whole profile; none, with the reason, when it is not.
+    // The path is in the encoding of the file system.
     static std::optional<IccProfile> read(const QByteArray &path, QString &error);
-    // The name that the profile of a file is stored under: the file's, without folder and
+    // The name that the profile of a file is stored under: the file's name without folder and
     // extension.
     static QString nameOf(const QString &path);
 
     QString name;
-    QString file;  // without folder
+    QString file;  // name without folder
     QString deviceClass;
     QString colourSpace;
     QString version;

@@ -32,7 +32,7 @@ char *copyText(const char *text)
     return copy;
 }
 
-// Replaces an owned text by a copy of another; null for none. They may be the same.
+// Replaces an owned text by a copy of another, which may be the same; null for none.
 void assignText(char *&text, const char *value)
 {
     char *copy = value ? copyText(value) : nullptr;
@@ -62,7 +62,7 @@ std::optional<TQDB_REFERENCE> keyReference(const TQSTORAGEFIELD &field, std::str
 {
     const auto words = splitAtBlank(value);
     if (!words) {
-        return {};  // the type has been registered anew since the item was filled
+        return {};  // the type was registered again, with another table, since the item was filled
     }
     const TQKEY_ELEMENT key { readHex(words->first).value_or(0),
         readHex(words->second).value_or(0) };
@@ -72,30 +72,32 @@ std::optional<TQDB_REFERENCE> keyReference(const TQSTORAGEFIELD &field, std::str
     return TQDB_REFERENCE { nullptr, field.refers, key, nullptr };
 }
 
-// The bytes of the profile with that key, or without one with that name.
+// The bytes of the profile with that key; without a valid key, of the profile with that name.
 std::optional<BinaryField> readProfile(OpenStore &store, const TQKEY_ELEMENT &key, const char *name)
 {
-    const StorageClass *profiles = storageClass(PACKETDATATYPE_ICCPROFILE);
-    const bool byKey = TQKEY_CC::isValid(key);
-    if (byKey ? key.hkey != profiles->type() : !name) {
+    const StorageClass &profiles = *storageClass(PACKETDATATYPE_ICCPROFILE);
+    const bool isByKey = TQKEY_CC::isValid(key);
+    const bool isProfile = isByKey ? key.hkey == profiles.type() : name != nullptr;
+    if (!isProfile) {
         return {};
     }
     if (!store.reach()) {
         store.fail();
         return {};
     }
-    return byKey ? readBinaryField(store, *profiles, "id", key.key)
-                 : readBinaryField(store, *profiles, "name", QString::fromUtf8(name));
+    if (isByKey) {
+        return readBinaryField(store, profiles, "id", key.key);
+    }
+    return readBinaryField(store, profiles, "name", QString::fromUtf8(name));
 }
 
 }  // namespace
 
-// An item keeps its fields as the packet text that it was filled with, which was checked then.
 struct TQPacketable::Fields
 {
-    std::string text;  // empty: no field has a value
+    std::string text;  // checked packet text; empty when no field has a value
     ListRecord *record = nullptr;  // what the fields were loaded from; owned
-    OpenStore::Number store = 0;  // that they came from; 0 when none is known
+    OpenStore::Number store = 0;  // where the fields came from; 0 when that is not known
     std::vector<TQDB_REFERENCE> chain;
     std::deque<std::string> names;  // what the chain points at
 };
@@ -119,8 +121,11 @@ TQPacketable::~TQPacketable()
 char *TQPacketable::toPacket(unsigned int &length) const
 {
     length = 0;
-    const std::string empty = m_fields->text.empty() ? writeItem(datatype, {}) : std::string();
-    const std::string &text = empty.empty() ? m_fields->text : empty;
+    std::string withoutFields;
+    if (m_fields->text.empty()) {
+        withoutFields = writeItem(datatype, {});
+    }
+    const std::string &text = m_fields->text.empty() ? withoutFields : m_fields->text;
     if (text.size() > std::numeric_limits<unsigned>::max()) {
         return nullptr;
     }
@@ -146,9 +151,9 @@ bool TQPacketable::fromPacket(char *data, unsigned int length, bool, bool)
 void TQPacketable::loadRecord(unsigned char *record)
 {
     setData(record);
-    // Readers take an output's name from the sub-record.
-    const ListRecord *loaded = subrecord ? nullptr : m_fields->record;
-    setName(loaded ? loaded->name.c_str() : nullptr);
+    // An output's name is in the sub-record instead.
+    const bool isNamed = m_fields->record && !subrecord;
+    setName(isNamed ? m_fields->record->name.c_str() : nullptr);
 }
 
 void TQPacketable::setData(unsigned char *record)
@@ -162,8 +167,8 @@ void TQPacketable::setData(unsigned char *record)
     m_fields->store = fits ? loaded->store : 0;
     m_fields->text = fits ? writeItem(datatype, loaded->fields) : std::string();
     dbkey = fits ? loaded->key : TQKEY_CC::getNullKey();
-    assignSubrecord(
-        subrecord, fits && datatype == PACKETDATATYPE_OUTPUT ? loaded->name.c_str() : nullptr);
+    const bool isOutput = fits && datatype == PACKETDATATYPE_OUTPUT;
+    assignSubrecord(subrecord, isOutput ? loaded->name.c_str() : nullptr);
 }
 
 void TQPacketable::getReferences(int, TQDB_REFERENCE **head, int)

@@ -12,8 +12,8 @@ namespace TQServerInternal {
 
 namespace {
 
-// The first of the thread's list. A plain pointer, which needs no destructor: connections may
-// outlive what a thread destroys at its end.
+// The first store in the thread's list. A plain pointer has no destructor, so it can still be used
+// by connections that end after the thread's own objects were destroyed.
 thread_local OpenStore *firstStore = nullptr;
 
 std::atomic<OpenStore::Number> lastNumber { 0 };

@@ -7,17 +7,17 @@
 
 namespace TQServerInternal {
 
-// A store that a connection has open, its transaction, and what failed in it.
+// A store that a connection has open: its transaction, and what failed in it.
 //
-// Each has a number that no other in the process ever has. Records and items carry the number of
-// the store that they came from, so that what they load later comes from there, too. A thread finds
-// the stores that it has open itself.
+// Each has a number that is never used again in the process. Records and items carry the number of
+// their store, so that they can load more from it later. A thread finds only the stores that it has
+// opened itself.
 class OpenStore
 {
 public:
-    using Number = std::uint64_t;  // 0 is no store's
+    using Number = std::uint64_t;  // 0 for no store
 
-    // The owner is what find() knows it by: the connection of the interface.
+    // The owner is the connection of the interface, by which find() finds the store.
     explicit OpenStore(const void *owner);
     ~OpenStore();
     OpenStore(const OpenStore &) = delete;
@@ -27,9 +27,9 @@ public:
     bool open(const char *url);
     bool isOpen() const { return m_isOpen; }
 
-    // True when queries can be asked, after opening a lost connection anew.
+    // Opens a lost connection again; true when queries can be asked.
     bool reach();
-    // Counts a failure of what was asked, and ends a transaction that it happened in.
+    // Counts a failed query, and ends the transaction that it failed in.
     void fail();
 
     void beginReading();
@@ -43,8 +43,8 @@ public:
     unsigned failures() const { return m_failures; }
     const QByteArray &error() const { return m_error; }
 
-    // Open stores of this thread; null when there is none. Stores on one server cannot be told by
-    // host and port, so there must be exactly one.
+    // Finds a store of this thread, or null. Two stores on one server have the same host and port:
+    // then neither is found by these.
     static OpenStore *find(Number number);
     static OpenStore *find(const void *owner);
     static OpenStore *find(const std::string &host, int port);
@@ -60,8 +60,8 @@ private:
     std::unique_ptr<Database> m_database;  // null until a URL was understood
     bool m_isOpen = false;
     unsigned m_transactions = 0;  // one within the other
-    bool m_isChecked = false;  // the content as a whole
-    bool m_isBroken = false;  // the transaction has ended, but those who asked for it do not know
+    bool m_isChecked = false;  // its content as a whole
+    bool m_isBroken = false;  // the transaction failed; its remaining queries fail, too
     unsigned m_failures = 0;
     QByteArray m_error;  // of the last failure
     OpenStore *m_next;  // in the thread's list

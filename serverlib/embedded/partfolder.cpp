@@ -1,3 +1,6 @@
+// Makes a new file in a folder of its own, so that nobody ever sees half of it under its name, and
+// so that nothing stays for ever when the process is killed.
+
 #include "partfolder_p.h"
 
 #include <QDir>
@@ -18,11 +21,12 @@ namespace TQServerInternal {
 namespace {
 
 constexpr const char *PART = "part";
-// Behind the file's name; as many random characters follow as there are X.
+// A folder is named ".FILE.init-XXXXXX", with random characters in place of each X.
 constexpr const char *SUFFIX = ".init-";
 constexpr const char *RANDOM = "XXXXXX";
 
-constexpr int ATTEMPTS = 100;  // to make a folder that nobody takes for an orphan
+// Another process may remove a new folder before it is locked, because it looks like an orphan.
+constexpr int ATTEMPTS = 100;
 
 QByteArray folderOf(const QByteArray &path) { return path.left(path.lastIndexOf('/') + 1); }
 
@@ -42,8 +46,9 @@ void closeQuietly(int &descriptor)
     errno = number;
 }
 
-// Opens a folder, no link to one, and locks it. Negative when somebody else holds the lock, or the
-// folder is gone meanwhile: whoever removes one holds its lock, too.
+// Opens and locks a folder; links to folders are not followed. Negative when somebody else holds
+// the lock. Also when the folder of that name is no longer the one that was opened: the process
+// that had the lock before has removed it.
 int lockFolder(const QByteArray &path)
 {
     int folder = ::open(path.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
@@ -72,7 +77,7 @@ void removeLocked(int folder, const QByteArray &path)
     ::rmdir(path.constData());
 }
 
-// Writes out to the disk what is at a path in a folder.
+// Writes a file or folder at a path in a folder to the disk.
 bool flush(int folder, const char *path)
 {
     int descriptor = ::openat(folder, path, O_RDONLY | O_NOFOLLOW | O_CLOEXEC);

@@ -6,9 +6,9 @@
 
 namespace TQServerInternal {
 
-// Where a new file is made before it gets its name: a folder beside it, of random name and for its
-// owner alone. A lock on the folder says that its owner lives; a folder of such a name without one
-// was left by a process that was killed.
+// Where a new file is made before it gets its name: a folder next to the file, with a random name
+// and without access for other users. The process that makes the file holds a lock on the folder; a
+// folder of such a name without a lock was left by a process that was killed.
 class PartFolder
 {
 public:
@@ -19,17 +19,17 @@ public:
     PartFolder(const PartFolder &) = delete;
     PartFolder &operator=(const PartFolder &) = delete;
 
-    // Removes what killed processes have left of that file.
+    // Removes the folders that killed processes have left for that file.
     static void removeOrphans(const QString &target);
 
     // False when the folder could not be made; errno says why.
     bool exists() const { return m_folder >= 0; }
     // Path of the part.
     QString part() const;
-    // Whether the part is all that is in the folder.
+    // Whether nothing but the part is in the folder.
     bool holdsPartAlone() const;
-    // Writes the part out to the disk and moves it to the target, unless there is something of that
-    // name. False, with errno, when that fails.
+    // Writes the part to the disk and moves it to the target, unless that name is taken. False,
+    // with errno, when that fails.
     bool moveToTarget();
 
 private:

@@ -1,3 +1,6 @@
+// Reads rows of the store into list records: each column becomes a line of packet text, in the form
+// that the field's type code has.
+
 #include "rows_p.h"
 
 #include "elementcodes_p.h"
@@ -10,34 +13,8 @@ namespace TQServerInternal {
 
 namespace {
 
-// The columns that precede those of the fields.
+// The columns before those of the fields.
 enum HeadColumn { Id, Name, PublicationName, PublicationId, Page, FirstField };
-
-// Text of a packet's line: without line feeds, and without the blanks around it that readers drop.
-std::string plainText(const QString &text)
-{
-    QString line = text.trimmed();
-    if (line.contains(QLatin1Char('\n'))) {
-        line.replace(QLatin1Char('\n'), QLatin1Char(' '));
-    }
-    return line.toStdString();
-}
-
-std::string integerText(const QVariant &value)
-{
-    bool ok = false;
-    const qlonglong number = value.toLongLong(&ok);
-    return ok ? std::to_string(number) : std::string();
-}
-
-std::string realText(const QVariant &value)
-{
-    bool ok = false;
-    const double number = value.toDouble(&ok);
-    char digits[32];
-    const auto end = std::to_chars(std::begin(digits), std::end(digits), number).ptr;
-    return ok ? std::string(digits, end) : std::string();
-}
 
 // Count and entries; empty without entries.
 std::string arrayText(const QString &text, char stored, char written)
@@ -46,10 +23,14 @@ std::string arrayText(const QString &text, char stored, char written)
     unsigned count = 0;
     for (const QString &part : text.split(QLatin1Char(stored))) {
         const std::string entry = part.trimmed().toStdString();
-        if (!entry.empty()) {
-            entries.append(count > 0 ? 1 : 0, written).append(entry);
-            ++count;
+        if (entry.empty()) {
+            continue;
         }
+        if (count > 0) {
+            entries += written;
+        }
+        entries += entry;
+        ++count;
     }
     return count > 0 ? hexText(count) + ' ' + entries : std::string();
 }
@@ -59,30 +40,52 @@ std::string binaryText(const QByteArray &bytes)
     return hexText(static_cast<unsigned>(bytes.size())) + ' ' + bytes.toBase64().toStdString();
 }
 
+// Without line feeds, and without the blanks at its ends that readers drop.
 std::string textOf(const TQSTORAGEFIELD &, const QVariant &value)
 {
-    return plainText(value.toString());
+    QString line = value.toString().trimmed();
+    line.replace(QLatin1Char('\n'), QLatin1Char(' '));
+    return line.toStdString();
 }
-std::string integerOf(const TQSTORAGEFIELD &, const QVariant &value) { return integerText(value); }
-std::string realOf(const TQSTORAGEFIELD &, const QVariant &value) { return realText(value); }
+
+std::string integerOf(const TQSTORAGEFIELD &, const QVariant &value)
+{
+    bool isNumber = false;
+    const qlonglong number = value.toLongLong(&isNumber);
+    return isNumber ? std::to_string(number) : std::string();
+}
+
+std::string realOf(const TQSTORAGEFIELD &, const QVariant &value)
+{
+    bool isNumber = false;
+    const double number = value.toDouble(&isNumber);
+    char digits[32];
+    const auto end = std::to_chars(std::begin(digits), std::end(digits), number).ptr;
+    return isNumber ? std::string(digits, end) : std::string();
+}
+
+// A column of keys holds ids; the type that they are of stands in the field.
 std::string keyOf(const TQSTORAGEFIELD &field, const QVariant &value)
 {
     return hexText(value.toUInt()) + ' ' + hexText(field.refers);
 }
+
 std::string numbersOf(const TQSTORAGEFIELD &, const QVariant &value)
 {
     return arrayText(value.toString(), ' ', ' ');
 }
+
 std::string textsOf(const TQSTORAGEFIELD &, const QVariant &value)
 {
     return arrayText(value.toString(), '\n', '\r');
 }
+
 std::string bytesOf(const TQSTORAGEFIELD &, const QVariant &value)
 {
     return binaryText(value.toByteArray());
 }
 
-// A stored value in the form of packet text, by family.
+// The packet text of a stored value, one function for each family. It is empty for what has none.
 using Writer = std::string (*)(const TQSTORAGEFIELD &field, const QVariant &value);
 constexpr Writer WRITERS[] = { nullptr, textOf, integerOf, realOf, keyOf, numbersOf, numbersOf,
     textsOf, bytesOf };
@@ -94,12 +97,14 @@ std::string valueText(const TQSTORAGEFIELD &field, const QVariant &value)
     return write && !value.isNull() ? write(field, value) : std::string();
 }
 
-// Bytes are fetched one item at a time, when they are asked for.
+// Bytes are read for one item at a time; see readBinaryField().
 bool isListed(const TQSTORAGEFIELD &field)
 {
     return field.column && familyOf(field.type) != Family::Binary;
 }
 
+// "A." in a selection becomes the alias of the type's own table. "A." in a selection becomes the
+// alias of the type's own table.
 QString selectStatement(const StorageClass &type, const Selection &selection)
 {
     const StorageClass::Source &source = *type.source();
@@ -132,7 +137,7 @@ ListRecord *readRecord(const QSqlQuery &row, const StorageClass &type, OpenStore
     for (const TQSTORAGEFIELD &field : type.fields()) {
         const std::string text =
             isListed(field) ? valueText(field, row.value(column++)) : std::string();
-        // What the field cannot hold is left out.
+        // A value that does not have the field's form is left out.
         if (!text.empty() && isValue(field, text)) {
             appendField(record->fields, field.tag, text);
         }

@@ -7,27 +7,27 @@
 
 namespace TQServerInternal {
 
-// Which rows of a storage class, in which order.
+// Which rows of a storage class, in which order. "A." stands for the class's own table.
 struct Selection
 {
-    const char *where;  // behind WHERE, with the class's alias; empty for all
-    const char *order;  // behind ORDER BY; empty for any
+    const char *where;  // what follows WHERE; empty for all
+    const char *order;  // what follows ORDER BY; empty for any
 };
 
-// Reads rows straight into a list of records, linked in the rows' order. False when the statement
-// failed; no rows give a null list.
+// Reads rows into a list of records, in the rows' order; no rows give a null list. False, and a
+// null list, when the statement failed.
 bool readRecords(OpenStore &store, const StorageClass &type, const Selection &selection,
     const QVariantList &values, TQLISTRECORD **list);
 
-// The value of a binary field, in the form of packet text.
+// A binary field's value as it stands in packet text.
 struct BinaryField
 {
     unsigned tag;
     std::string value;
 };
 
-// The bytes of the binary field of the row with that value in that column; none without such a row,
-// or bytes. A failure of the statement is the store's.
+// The binary field of the row that has that value in that column. None without such a row, or
+// without bytes, and when the statement failed, which counts as a failure of the store.
 std::optional<BinaryField> readBinaryField(
     OpenStore &store, const StorageClass &type, const char *column, const QVariant &value);
 

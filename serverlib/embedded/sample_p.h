@@ -3,8 +3,8 @@
 
 #include <cstddef>
 
-// The sample content. Outputs, publishing houses and periodicals are invented; the books, their
-// authors and first years are real, the page counts those of common editions.
+// The sample content. Outputs, publishing houses and periodicals are invented. The books are real,
+// with their authors and years; page counts are those of common editions.
 namespace TQServerInternal::Sample {
 
 struct Output
@@ -14,7 +14,7 @@ struct Output
     int resolution;  // dots per inch
     double width;  // points
     double height;
-    const char *colours;  // one a line
+    const char *colours;  // one on each line
     const char *rulings;  // lines per inch
     const char *location;
     const char *installed;
@@ -60,7 +60,7 @@ struct Book
     int year;  // first published
     int pages;
     const char *language;
-    const char *subjects;  // one a line
+    const char *subjects;  // one on each line
 };
 
 constexpr Book BOOKS[] = {
@@ -159,7 +159,7 @@ constexpr Profile PROFILES[] = {
     { "LCMSLABI.ICM", "mntr", "Lab" },
     { "LCMSXYZI.ICM", "mntr", "XYZ" },
 };
-// Indexes into PROFILES: colour before, gray from here on.
+// Indexes into PROFILES: those for colour come first, then those for gray.
 constexpr std::size_t FIRST_GRAY = 3;
 constexpr std::size_t GRAYS = 2;
 

@@ -1,3 +1,6 @@
+// The tables of a store. The statements are the same for all database systems, apart from the marks
+// "%...%" in them, which stand for what a Dialect says.
+
 #include "schema_p.h"
 
 #include "dialect_p.h"
@@ -11,20 +14,17 @@ namespace TQServerInternal {
 
 namespace {
 
-// The schema. Programs may fill and change a store with plain SQL; they keep these rules:
-// - An id is unique over all tables: each has a range of its own, which it holds its ids to.
-// Jobs
-//   have the range from 1 on. The next id of a table is the highest that it has, plus one;
-//   whoever takes one begins the transaction as this library does (see beginWriting), and so
-//   waits for others. An item's database key is its id and its data type: 8 outputs, 21 jobs,
-//   48 ICC profiles, 85 owners of books, 86 books.
-// - Texts are UTF-8, hold no line feeds, and neither start nor end with white space, which an
-// item
-//   loses. In a list of texts each entry is a line; in a list of numbers a blank separates the
+// The schema. Programs may fill and change a store with plain SQL if they keep these rules:
+// - An id is unique over all tables: each has a range of its own, which it checks. The next id of a
+//   table is the highest that it has, plus one. Before you take one, begin the transaction as this
+//   library does (see beginWriting), so that nobody else takes the same. An item's database key is
+//   its id and its data type: 8 outputs, 21 jobs, 48 ICC profiles, 85 owners of books, 86 books.
+// - Texts are UTF-8, hold no line feeds, and neither start nor end with white space, which items do
+//   not keep. In a list of texts each entry is a line; in a list of numbers a blank separates the
 //   entries.
 // - Dates are ISO 8601: "2024-03-01", with a time of day "2024-03-01T09:30:00Z".
 // - Null stands for no value.
-// A change of the tables raises the version, and a library opens no store of another version.
+// Whoever changes the tables raises the version: a library opens no store of another version.
 constexpr const char *STATEMENTS[] = {
     "CREATE TABLE tq_schema (version INTEGER NOT NULL)",
 
@@ -102,7 +102,7 @@ const FirstId *find(const char *table)
         [table](const FirstId &first) { return std::strcmp(first.table, table) == 0; });
 }
 
-// The column of a table's ids.
+// The type of a table's column of ids.
 QString idColumn(const char *table)
 {
     return QStringLiteral("INTEGER PRIMARY KEY CHECK (id BETWEEN %1 AND %2)")

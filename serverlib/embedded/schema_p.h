@@ -10,8 +10,8 @@ struct Dialect;
 constexpr int SCHEMA_VERSION = 2;
 constexpr const char *VERSION_TABLE = "tq_schema";
 
-// The first id of each table; what follows up to that of the next one is its own. So an id is of
-// one item only, and the highest of a table tells which one comes next.
+// Each table has a range of ids of its own, from its first id up to the next table's. So an id is
+// of one item only, and the highest id of a table says which one is next.
 struct FirstId
 {
     const char *table;

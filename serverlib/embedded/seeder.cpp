@@ -1,3 +1,7 @@
+// Fills stores: with the sample content, or with as many generated jobs as are wanted. Every value
+// of a generated row follows from its serial number, so the same number of jobs gives the same
+// store.
+
 #include "seeder_p.h"
 
 #include "sample_p.h"
@@ -16,11 +20,11 @@ namespace {
 
 static_assert(std::size(Sample::BOOKS) == 60, "the sample's books");
 
-// Where rows go; the columns behind the id.
+// A table that rows go to.
 struct Target
 {
     const char *table;
-    const char *columns;
+    const char *columns;  // after the id
 };
 constexpr Target OUTPUT { "tq_output",
     "name, technology, resolution, width, height, colours, rulings, location, installed" };
@@ -31,10 +35,8 @@ constexpr Target PROFILE { "tq_icc_profile",
     "name, file, device_class, colour_space, version, size, data" };
 constexpr Target PUBLICATION { "tq_publication", "name, issued" };
 constexpr Target JOB { "tq_job",
-    "output_id, name, publication_id, book_id, profile_id, proof_profile, page, state, "
-    "priority, "
-    "copies, "
-    "trim_box, bleed, colours, coverage, options, created, remark" };
+    "output_id, name, publication_id, book_id, profile_id, proof_profile, page, state, priority, "
+    "copies, trim_box, bleed, colours, coverage, options, created, remark" };
 
 constexpr const char *BOOK_PAGE_SIZES[] = { "129 198", "111 178", "135 216" };  // mm
 constexpr const char *BOOK_TRIM_BOXES[] = { "0 0 365.669 561.26", "0 0 314.646 504.567",
@@ -75,7 +77,8 @@ QString createdText(size_t serial)
         .arg(serial * 7 % 60, 2, 10, QLatin1Char('0'));
 }
 
-// Fills an empty store; the ids of each table count up. Does nothing more after a failure.
+// Adds rows to an empty store; the ids of each table count up from its first one. After a failure
+// nothing more is done.
 class Seeder
 {
 public:
@@ -173,14 +176,15 @@ private:
     {
         constexpr const char *REMARKS[] = { "Réimpression", "Proof approved",
             "Hold for the editor" };
-        const int state = serial % 5 == 0 ? 0 : serial % 5 == 1 ? 1 : 2;
-        values << state << int(serial % 10) << (serial % 4 == 0 ? 1 : int(500 * (serial % 9 + 1)));
+        constexpr int STATES[] = { 0, 1, 2, 2, 2 };  // most jobs are done
+        values << cycled(STATES, serial) << int(serial % 10)
+               << (serial % 4 == 0 ? 1 : int(500 * (serial % 9 + 1)));
         values << print << int(serial % 8) << createdText(serial);
         values << (serial % 13 == 6 ? QVariant(utf8(cycled(REMARKS, serial))) : QVariant());
         insert(JOB, values);
     }
 
-    // What is known of a table that rows are put into.
+    // A table's INSERT statement, and the id of its next row.
     struct Table
     {
         explicit Table(const Target &target)
@@ -198,10 +202,17 @@ private:
         values.prepend(id);
         m_ok = m_ok && m_database.run(table.statement, values);
         ++m_done;
-        if (m_ok && m_progress && (m_done % PROGRESS_STEP == 0 || m_done == m_total)) {
-            m_ok = m_progress(m_done, m_total) || m_database.fail(QLatin1String(INTERRUPTED));
+        if (m_done % PROGRESS_STEP == 0 || m_done == m_total) {
+            report();
         }
         return id;
+    }
+
+    void report()
+    {
+        if (m_ok && m_progress && !m_progress(m_done, m_total)) {
+            m_ok = m_database.fail(QLatin1String(INTERRUPTED));
+        }
     }
 
     Database &m_database;
@@ -279,7 +290,7 @@ struct GeneratedSizes
 // A row's name and id.
 using Named = std::pair<QString, int>;
 
-// Every other job is a page of an issue, the rest are pages of books.
+// Jobs are pages of books and pages of issues by turns.
 void fillGeneratedJobs(Seeder &seeder, size_t jobs, const std::vector<int> &outputs,
     const std::vector<Named> &books, const std::vector<Named> &issues)
 {
@@ -330,7 +341,7 @@ void fillGenerated(Seeder &seeder, const GeneratedSizes &sizes)
     fillGeneratedJobs(seeder, sizes.jobs, outputs, books, issues);
 }
 
-// The tables and what fill puts into them, in one transaction.
+// Makes the tables and calls fill, in one transaction.
 template<typename Fill>
 bool seed(Database &database, Fill fill)
 {

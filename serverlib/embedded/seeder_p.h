@@ -7,15 +7,15 @@
 
 namespace TQServerInternal {
 
-// The error of work that its progress function stopped.
+// The error when a progress function stopped the work.
 constexpr const char *INTERRUPTED = "interrupted";
 
-// Each creates the tables in an empty store and fills them, all in one transaction; false with the
+// Both create the tables in an empty store and fill them, in one transaction; false with the
 // database's error when that fails.
 bool seedSample(Database &database, const TQPROGRESS &progress);
 bool seedGenerated(Database &database, size_t jobs, const TQPROGRESS &progress);
 
-// Replaces the profile of that name, or adds it; its id, 0 on failure.
+// Replaces the profile of that name, or adds it. Returns its id; 0 on failure.
 int storeProfile(Database &database, const IccProfile &profile);
 
 }  // namespace TQServerInternal

@@ -22,7 +22,7 @@ struct Finish
 };
 using Connection = std::unique_ptr<PGconn, Finish>;
 
-// Waits until the answer to a question is there; false when the time is over before.
+// Waits for the answer to a query; false when the time is over before it is there.
 bool hasAnswer(PGconn *connection, const QDeadlineTimer &deadline)
 {
     while (PQconsumeInput(connection) == 1 && PQisBusy(connection) == 1) {

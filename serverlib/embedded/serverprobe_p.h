@@ -8,8 +8,8 @@
 
 namespace TQServerInternal {
 
-// Connects to a PostgreSQL server and asks it one question; empty when it answers within the limit
-// (0 for any time), else why not. QtSql asks several as it connects, and would wait for ever.
+// Connects to a PostgreSQL server and asks it one question. Empty when it answers within the limit
+// (0 for any time), else the reason. QtSql asks questions while it connects, without any limit.
 QString probeServer(const QByteArray &conninfo, std::chrono::milliseconds limit);
 
 }  // namespace TQServerInternal

@@ -1,3 +1,5 @@
+// A second descriptor for the socket of a connection, by which another thread can shut it down.
+
 #include "socketcopy_p.h"
 
 #include <cerrno>

@@ -5,12 +5,12 @@
 
 namespace TQServerInternal {
 
-// A connection's socket, by a descriptor of its own: that number cannot come to mean another
-// connection when the database client closes its own.
+// A connection's socket under a second descriptor. When the database client closes its own one,
+// that number may be given to another connection; the second descriptor still means this socket.
 class SocketCopy
 {
 public:
-    // Throws std::system_error where no descriptor is left.
+    // Throws std::system_error when no descriptor is left.
     explicit SocketCopy(int socket);
 
     void shutDown() const;

@@ -11,7 +11,7 @@
 
 namespace TQServerInternal {
 
-// The fields of one data type, and where a store keeps its items.
+// What is known of a data type: its fields, and where a store keeps its items.
 class StorageClass
 {
 public:
@@ -41,13 +41,13 @@ private:
 
     PACKETDATATYPES m_type;
     const Source *m_source;
-    std::deque<std::string> m_texts;  // what the fields' pointers point at
+    std::deque<std::string> m_texts;  // copies that the fields' pointers point at
     std::vector<TQSTORAGEFIELD> m_fields;
     std::vector<CONVERTSTRUCTELEMENTINFO> m_conversion;  // ends with a record of type 0
     std::vector<std::pair<unsigned, size_t>> m_byTag;  // sorted; index into m_fields
 };
 
-// Null for an unknown type and for the unconverted one, which has no table.
+// Null for an unknown type and for type 6, which is known but has no fields.
 const StorageClass *storageClass(PACKETDATATYPES type);
 
 }  // namespace TQServerInternal

@@ -1,3 +1,8 @@
+// Storage classes: the tables of the data types that come with the library, and the types that
+// applications register. A field's column names the table by an alias, which the type's source
+// defines. A data type that is to be stored needs a table of fields, a row in BUILTINS and a row in
+// SOURCES.
+
 #include "storageclass_p.h"
 
 #include <algorithm>
@@ -135,14 +140,14 @@ Classes builtinClasses()
     return classes;
 }
 
-// What comes with the library never changes, and needs no lock.
+// These never change, so they need no lock.
 const Classes &builtins()
 {
     static const Classes known = builtinClasses();
     return known;
 }
 
-// What applications register, in whichever thread.
+// What applications have registered; any thread may do so at any time.
 struct Registered
 {
     std::shared_mutex mutex;

@@ -1,3 +1,6 @@
+// Makes stores, and puts ICC profiles into them. A new file appears under its name when it is
+// complete; in a database on a server all happens in one transaction.
+
 #include "tqstore.h"
 
 #include "database_p.h"
@@ -52,7 +55,7 @@ QString obstacle(const StoreAddress &address)
     return {};
 }
 
-// A new file is filled in a folder of its own first.
+// A new file is filled in a folder of its own, and then moved to where it belongs.
 bool createFile(const StoreAddress &address, const Seed &seed, QString &error)
 {
     PartFolder::removeOrphans(address.path);
@@ -96,7 +99,7 @@ bool createStore(const char *url, const Seed &seed, std::string &error)
     return created;
 }
 
-// One file after the other, as all of them may be too much for the memory.
+// One file at a time: all of them together may be more than the memory.
 bool storeProfiles(Database &database, const std::vector<std::string> &files,
     std::vector<TQKEY_ELEMENT> &keys, const TQPROGRESS &progress)
 {

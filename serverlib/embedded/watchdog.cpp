@@ -1,3 +1,6 @@
+// The thread of a watchdog sleeps on a descriptor, so that it can be stopped at once, and looks at
+// the time several times within its limit.
+
 #include "watchdog_p.h"
 
 #include <algorithm>
@@ -13,11 +16,11 @@ namespace TQServerInternal {
 
 namespace {
 
-// The thread looks several times within the limit.
-constexpr int LOOKS = 8;
-constexpr int MAX_STEP = 10000;  // ms
+constexpr int LOOKS = 8;  // within the limit
+constexpr int MAX_STEP = 10000;  // ms between two looks
 
-// Leaves the signals of the process to its other threads.
+// While it lives, signals of the process are handled by other threads; threads that are started
+// meanwhile handle none either.
 class SignalsBlocked
 {
 public:
@@ -44,7 +47,7 @@ Watchdog::Watchdog(std::function<void()> bite, std::chrono::milliseconds limit)
         throw std::system_error(errno, std::generic_category());
     }
     if (m_limit.count() > 0) {
-        const SignalsBlocked blocked;  // a new thread has them as its maker
+        const SignalsBlocked blocked;
         m_thread = std::thread(&Watchdog::watch, this);
     }
 }

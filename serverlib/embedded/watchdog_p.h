@@ -12,20 +12,21 @@
 
 namespace TQServerInternal {
 
-// Ends the wait for a server that stays silent: the database client blocks the caller's thread, and
-// has no limit of its own. So this has a thread.
+// Ends the wait for a server that stays silent. The database client blocks the caller's thread and
+// has no limit of its own, so the watchdog has a thread that looks at the time.
 class Watchdog
 {
 public:
-    // While a wait is longer than the limit, bite is called again and again, in the watchdog's
-    // thread; it makes the wait end. A limit of zero watches nothing and starts no thread. Throws
-    // std::system_error where no thread or descriptor is left.
+    // When a wait gets longer than the limit, bite is called again and again until the wait ends,
+    // which it brings about. It is called in the watchdog's thread. With a limit of zero nothing is
+    // watched and no thread is started. Throws std::system_error when no thread or descriptor is
+    // left.
     Watchdog(std::function<void()> bite, std::chrono::milliseconds limit);
     ~Watchdog();
     Watchdog(const Watchdog &) = delete;
     Watchdog &operator=(const Watchdog &) = delete;
 
-    // While one of these lives, the server has to answer within the limit.
+    // While one lives, the thread that made it waits for the server.
     class Wait
     {
     public:
@@ -60,7 +61,7 @@ private:
     const std::function<void()> m_bite;
     std::atomic<std::chrono::milliseconds::rep> m_waitingSince { 0 };  // 0 for not waiting
     std::atomic<bool> m_hasBitten { false };
-    const Descriptor m_stop;  // an event's: readable when the thread is to end
+    const Descriptor m_stop;  // an eventfd: readable when the thread is to end
     std::thread m_thread;
 };
 
