@@ -103,8 +103,7 @@ bool isListed(const TQSTORAGEFIELD &field)
     return field.column && familyOf(field.type) != Family::Binary;
 }
 
-// "A." in a selection becomes the alias of the type's own table. "A." in a selection becomes the
-// alias of the type's own table.
+// Each "A." becomes the alias of the type's own table.
 QString selectStatement(const StorageClass &type, const Selection &selection)
 {
     const StorageClass::Source &source = *type.source();
@@ -135,8 +134,11 @@ ListRecord *readRecord(const QSqlQuery &row, const StorageClass &type, OpenStore
     record->page = row.value(Page).toInt();
     int column = FirstField;
     for (const TQSTORAGEFIELD &field : type.fields()) {
-        const std::string text =
-            isListed(field) ? valueText(field, row.value(column++)) : std::string();
+        if (!isListed(field)) {
+            continue;
+        }
+        const std::string text = valueText(field, row.value(column));
+        ++column;
         // A value that does not have the field's form is left out.
         if (!text.empty() && isValue(field, text)) {
             appendField(record->fields, field.tag, text);
