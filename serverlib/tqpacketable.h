@@ -9,10 +9,10 @@
 /// Packet text
 /// -----------
 ///
-/// The text form of an item's fields, which TQPacketable::toPacket() writes and
-/// TQPacketable::fromPacket() reads. An item's key and name are not in it, unless they are fields,
-/// too. It is UTF-8 without a byte order mark, and it consists of lines. Every line is a word, one
-/// blank and a value, and ends with one line feed, the last line too.
+/// Packet text is the text form of an item's fields. TQPacketable::toPacket() writes it and
+/// TQPacketable::fromPacket() reads it. An item's key and name are not part of it, unless a field
+/// holds them as well. It is UTF-8 without a byte order mark, and it consists of lines. Every line
+/// is a word, one blank and a value, and ends with one line feed; so does the last line.
 ///
 /// | Line | What it says |
 /// |------|--------------|
@@ -23,8 +23,8 @@
 /// | tag value | a field of the open item; the field's type code says which form the value has |
 ///
 /// Types, sizes, tags and the words of keys are 32-bit numbers, hexadecimal without prefix. Write
-/// them in lower case and without leading zeros. Read both cases, and leading zeros: text made from
-/// foreign XML has what stood there.
+/// them in lower case and without leading zeros. When you read, accept upper case and leading
+/// zeros: they can stand in foreign XML that the text was made from.
 ///
 /// An item holds fields, lists and items, in any order. A list holds items only. This is a job with
 /// a name, a book's key, and a list of one item of type 5:
@@ -68,13 +68,12 @@
 ///   as its "SI" line with the "TI" line right after it: libtqxml takes the line after "SI" for the
 ///   end, whatever it is.
 /// - **Depth.** libtqxml follows ::TQMAX_NESTING levels of items and lists, and leaves out what
-/// lies
-///   deeper.
-///   Refuse what is too deep for you.
+///   lies deeper. Refuse text that is too deep for you.
 /// - **Several blocks.** As a rule, the text of an item is one block: from its own "SI" line to the
 ///   "TI" line that belongs to it. But an XMLPacketable may hold more items and lists next to its
-///   own item; then one block follows the other. The item itself is the first item block that is in
-///   no list, and has the item's type. Keep the other blocks, and write them at their place.
+///   own item; then there are several blocks, one after another. The item itself is the first item
+///   block that is in no list, and has the item's type. Keep the other blocks, and write them in
+///   the same order.
 /// - **Empty text** (length 0) and text without the item's own block describe no item: refuse them.
 ///   An item without any field is "SI" type and "TI 0".
 
@@ -110,15 +109,15 @@ public:
     virtual ~TQPacketable();
 
     /// Writes the packet text. The buffer is the caller's, to be released with TQ_free(). It is not
-    /// NUL-terminated, and stays valid whatever becomes of the item. Null on failure, length then
-    /// 0: libtqxml's item then has type, key and name only, and so it has when the text is longer
-    /// than 2^31 - 1 bytes.
+    /// NUL-terminated, and stays valid when the item changes or dies. On failure it returns null
+    /// and sets length to 0. libtqxml's item then has type, key and name only; so it has when the
+    /// text is longer than 2^31 - 1 bytes.
     virtual char *toPacket(unsigned int &length) const;
     /// Fills the item from packet text of that many bytes; false when the text does not parse or is
     /// empty, with the item unchanged. All fields that the item had before are gone after success;
     /// key, name and sub-record stay as they are, as libtqxml sets key and name itself afterwards.
     /// The buffer is the caller's and ends after the call; it need not end with a NUL. A value that
-    /// would be lost in reading again (see the file's description) may be left out. The flags are
+    /// libtqxml would not read back (see the file's description) may be left out. The flags are
     /// reserved: pass false, then true.
     virtual bool fromPacket(char *data, unsigned int length, bool, bool);
     /// Takes over a record of the item's family (see PACKETDATATYPES): fields, key, name and, for
@@ -137,15 +136,15 @@ public:
     /// Keys that are not valid are left out, and so are fields of items inside the item.
     ///
     /// libtqxml asks an item that it filled with fromPacket(), so the answer must follow from the
-    /// packet text alone: neither a record nor a connection is there to look at. The chain is the
-    /// item's and need not be freed: it is valid until the item changes, is asked again or dies. A
+    /// packet text alone: such an item has neither a record nor a connection. The chain belongs to
+    /// the item and is valid until the item changes, is asked again or dies. A
     /// null head is ignored. The numbers are reserved: pass 0 and 0.
     virtual void getReferences(int, TQDB_REFERENCE **head, int);
 
-    /// Copies type, key, name, sub-record and fields, and nothing of what is private to the other
-    /// item: the record stays that item's, and no chain is copied. A record that this item owns
-    /// stays its own. Assigning an item to itself changes nothing. Items of all types can be
-    /// assigned to each other; the C++ class stays what it was.
+    /// Copies type, key, name, sub-record and fields. Neither the other item's record nor its chain
+    /// of references is copied, and this item keeps the record that it owns. Assigning an item to
+    /// itself changes nothing. Items of all types can be assigned to each other; the C++ class of
+    /// this item stays the same.
     TQPacketable &operator=(const TQPacketable &other);
 
     /// Sets the name from UTF-8, which is copied; it may be this item's name itself. Null clears

@@ -11,10 +11,10 @@
 /// Element type codes: what a field holds, and so the form of its value in packet text. The forms
 /// (text, integer, number, key, numbers, texts, bytes) are described in tqpacketable.h.
 ///
-/// libtqxml looks at the form, and at the two codes that refer to other items. The rest of the
-/// meaning is for the server library and for programs that show items. A code that is not listed
-/// has no form: libtqxml leaves its fields out, in both directions. "Of the field's width" means
-/// the member width of the field; a code with a width in its name has that width as a rule.
+/// libtqxml uses the form, and the two codes that refer to other items. The rest of the meaning is
+/// for the server library and for programs that show items. A code that is not listed has no form:
+/// libtqxml leaves out its fields, both when it reads and when it writes. "Of the field's width"
+/// means the member width of the field; a code with a width in its name usually has that width.
 enum TQELEMENTTYPE : unsigned int {
     TQELEMENT_END = 0,  ///< no field: ends the table
     TQELEMENT_TEXT = 1,  ///< text: any
@@ -40,7 +40,7 @@ enum TQELEMENTTYPE : unsigned int {
     TQELEMENT_TEXTS = 22,  ///< texts: any
     TQELEMENT_BYTES = 23,  ///< bytes: any
     TQELEMENT_DATETIME = 24,  ///< text: date and time, ISO 8601, UTC, "2024-03-01T09:30:00Z"
-    TQELEMENT_REMARK = 25,  ///< text: a remark of people for people
+    TQELEMENT_REMARK = 25,  ///< text: a remark for people
     TQELEMENT_LENGTHS = 27,  ///< numbers: lengths in points
     TQELEMENT_PATH = 28,  ///< text: a path or file name
     TQELEMENT_INTEGER4 = 29,  ///< integer of 4 bytes
@@ -66,13 +66,13 @@ static_assert(offsetof(CONVERTSTRUCTELEMENTINFO, width) == 12, "fourth word");
 /// Conversion table of a data type, or null when it has none; items of such a type have no fields.
 /// Data type 6 is never asked for.
 ///
-/// The table belongs to the server library, which never changes it while the type is known, and
-/// keeps it at least as long: until the program ends, for types that it knows from the start.
-/// libtqxml asks before each item and reads the whole table each time, to see whether its own copy
-/// (one in each thread, found by the table's address) still holds. So the answer must come fast,
-/// and be the same pointer as long as the table is the same. After a type was forgotten and made
-/// known anew its table may be another, at another address or at the same. Several threads ask at
-/// once.
+/// The table belongs to the server library, which keeps it and does not change it while the type is
+/// known: until the program ends, for types that are known from the start. libtqxml asks for it
+/// before each item and reads the whole table each time, to see whether its own copy (one in each
+/// thread, found by the table's address) is still right. So the answer must come fast, and be the
+/// same pointer as long as the table is the same. When a type was forgotten and made known again,
+/// its table may be different, at the same address or at another. Several threads ask at the same
+/// time.
 ///
 /// All tables are process-wide: every connection has the same.
 TQSERVER_EXPORT CONVERTSTRUCTELEMENTINFO *TQGetSystemStorageClassConv(PACKETDATATYPES type);

@@ -9,36 +9,38 @@
 /// ------------------
 ///
 /// libtqxml and applications reach the server through the headers tqtypes.h, tqrecords.h,
-/// tqpacketable.h, tqitems.h, tqstorageclass.h, archivenode.h and tqcommserver.h. Whoever defines
-/// all that they declare has written a server library. The headers need C++17 and no Qt.
+/// tqpacketable.h, tqitems.h, tqstorageclass.h, archivenode.h and tqcommserver.h. A server library
+/// is a library that defines everything that they declare. The headers need C++17 and no Qt.
 ///
 /// - **Name.** It is a shared library with the soname `libtqserver.so.1`, or
 ///   `libtqserver-qt5.so.1` for programs on Qt 5, whose libtqxml is linked against that. The
 ///   declarations are the same, so a library without Qt may be built once and linked under both.
-/// - **Complete.** Every function is defined, also those that you have nothing to do for: a program
-///   may be linked so that a missing one keeps it from starting.
-/// - **As declared.** Classes have exactly the declared members and virtual functions. What is
-///   yours goes into the nested structs that are only declared here (`Fields`, `Children`,
+/// - **Complete.** Define every function, also those in which you have nothing to do: without one
+/// of
+///   them a program may not start.
+/// - **As declared.** Classes have exactly the declared members and virtual functions. Your own
+///   members go into the nested structs that are only declared here (`Fields`, `Children`,
 ///   `Connection`). Symbols are visible; compile with RTTI (no `-fno-rtti`): libtqxml uses
 ///   dynamic_cast on items.
-/// - **No exceptions.** No function should throw: libtqxml is called from Qt's event loop, through
-///   which no exception may pass.
-/// - **Null** and 0 are answers: no list, no item, no table, no name. libtqxml copes with each of
-///   them everywhere, and passes null only where a comment allows it.
+/// - **No exceptions.** No function should throw: libtqxml is called from Qt's event loop, and no
+///   exception may pass through that.
+/// - **Null** and 0 are valid answers: no list, no item, no table, no name. libtqxml accepts them
+///   everywhere, and passes null only where a comment allows it.
 /// - **Memory** that the server library hands out is released by its own functions only: buffers by
 ///   TQ_free(), records by TQPacketFreeList() and TQPacketFreeItem(), items and nodes by delete.
 /// - **Text** is UTF-8, NUL-terminated unless a length goes with it.
-/// - **Keys, types and texts come from requests** of any agent, and from XML from anywhere. Every
-///   value must be safe; one that denotes nothing finds nothing.
+/// - **Keys, types and texts come from requests** of any agent, and from untrusted XML. Accept
+/// every
+///   value; one that means nothing to you finds nothing.
 /// - **Threads.** A program may have one connection in each thread. A connection, its answers and
 ///   the items made from them are used by one thread at a time. But several threads use theirs at
 ///   the same time, so guard what they share: conversion tables, the factory, counters, any table
 ///   of open connections. Functions without a connection (all that are not members of
 ///   TQCommServer) are called by several threads at once.
-/// - **Event loop.** A query may run Qt's event loop while it waits. libtqxml is ready for what the
-///   program does then, even for the end of the router whose bridge asked. Be ready yourself for a
-///   second query on the same connection meanwhile. The connection itself outlives its queries:
-///   that is the program's duty.
+/// - **Event loop.** A query may run Qt's event loop while it waits. libtqxml is prepared for
+///   whatever the program does meanwhile, even when it deletes the router whose bridge asked. Your
+///   library must be prepared for a second query on the same connection. The program makes sure
+///   that a connection lives longer than its queries.
 
 // Symbols of the server library are visible whatever the including project's default is.
 #if defined(__GNUC__)
@@ -47,8 +49,8 @@
 #define TQSERVER_EXPORT
 #endif
 
-/// Database key of an item. Both words zero is the null key. What the words say is the server
-/// library's own; to everybody else two keys are equal or not.
+/// Database key of an item. Both words zero is the null key. Only the server library knows what the
+/// words mean; everybody else compares keys for equality.
 struct TQKEY_ELEMENT
 {
     unsigned int key;  ///< first word
@@ -57,11 +59,11 @@ struct TQKEY_ELEMENT
 
 /// Stored data types. Any 32-bit number is a valid value; the enumerators are those in use.
 ///
-/// Records have families of their own: TQPacketFreeList() and TQPacketFreeItem() are told 8 for an
-/// owner's record (also for owners of books), 21 for a job's and 86 for a book's.
+/// When records are freed (TQPacketFreeList(), TQPacketFreeItem()), the type is 8 for owners'
+/// records (also for those of owners of books), 21 for jobs' and 86 for books'.
 enum PACKETDATATYPES : unsigned int {
     PACKETDATATYPE_NONE = 0,  ///< no type
-    PACKETDATATYPE_UNCONVERTED = 6,  ///< items that never have a field in packet text
+    PACKETDATATYPE_UNCONVERTED = 6,  ///< item without fields in packet text
     PACKETDATATYPE_OUTPUT = 8,  ///< item of an output; loads a ::TQOWNER record of list 15
     PACKETDATATYPE_OUTPUTLIST = 15,  ///< list of outputs, asked for with getDBList()
     PACKETDATATYPE_JOB = 21,  ///< item of a job, TQJOB_CC; loads a ::TQJOB record
@@ -83,16 +85,16 @@ enum SORTTYPE : int { SORTTYPE_NAME = 4 };
 /// Direction of a sorted listing.
 enum SORTORDER : int { SORTORDER_ASCENDING = 0, SORTORDER_DESCENDING = 1 };
 
-/// Command record: filled by each query, asked with TQCommServer::iserror(). Callers pass a new
-/// one to each query and read neither member.
+/// Command record: filled by each query, and read with TQCommServer::iserror(). Callers pass a new
+/// one to each query and do not read its members.
 struct TQLPCOMMANDS
 {
     int command = 0;  ///< number of the query that filled the record
     int status = 0;  ///< 0 when the query succeeded
 };
 
-/// Identifier that a query gives its message; never the same twice on one connection. Callers pass
-/// a new one to each query.
+/// Identifier of a query's message; each query on a connection fills in another one. Callers pass a
+/// new one to each query.
 struct ZQ_MESSAGE_ID
 {
     unsigned int id = 0;  ///< 0 before the query

@@ -7,7 +7,7 @@
 
 /// \file
 /// Storage classes: which fields the items of a data type have. A new data type is a table of
-/// fields, not a class. Any thread may call these functions; forget a type only when no thread
+/// fields, not a class. Any thread may call these functions. Unregister a type only when no thread
 /// has items of it or uses its conversion table.
 
 /// The specimen: its table has every element type code from 1 to 31 at each of the widths 1, 2, 4
@@ -22,12 +22,12 @@ struct TQSTORAGEFIELD
     unsigned int width;  ///< width of one element in bytes
     const char *column;  ///< where a store keeps the value; null for a field that is not stored
     const char *heading;  ///< readable name of the field, UTF-8; null for none
-    PACKETDATATYPES refers;  ///< type of the referred item (codes 9 and 14); 0 when unknown
+    PACKETDATATYPES refers;  ///< of ::TQELEMENT_NAME and ::TQELEMENT_KEY: type of the item; or 0
 };
 
-/// Makes a data type known: items of it can be made, filled and written from then on. The table
-/// is copied. False when the type is 0 or known already, or when a field has type 0, a tag out of
-/// range or a tag that another field has.
+/// Makes a data type known: from then on items of it can be made, filled and written. The table is
+/// copied. False when the type is 0 or known already, or when a field has type 0, a tag out of
+/// range or the tag of another field.
 TQSERVER_EXPORT bool TQRegisterStorageClass(
     PACKETDATATYPES type, const TQSTORAGEFIELD *fields, size_t count);
 
