@@ -8,7 +8,6 @@
 #include "rows_p.h"
 
 #include <algorithm>
-#include <utility>
 
 namespace TQServerInternal {
 
@@ -61,7 +60,8 @@ std::unique_ptr<TQPacketable> Archivist::loadItem(
         TQPacketFreeList(&list, type);
         return nullptr;
     }
-    TQLISTRECORD *others = std::exchange(list->next, nullptr);
+    TQLISTRECORD *others = list->next;
+    list->next = nullptr;
     TQPacketFreeList(&others, type);
     std::unique_ptr<TQPacketable> item(PacketableUtil::getPacketable(type));
     item->loadRecord(reinterpret_cast<unsigned char *>(list));
