@@ -1,4 +1,4 @@
-// Items with all that they refer to.
+// Trees of an item and all items that it refers to.
 
 #include "shop.h"
 
@@ -25,6 +25,9 @@ void ArchiveNode::add(ArchiveNode *child)
 
 ArchiveNode *ArchiveNode::findNode(const TQDB_REFERENCE *reference) const
 {
+    if (!reference) {
+        return nullptr;
+    }
     const auto holdsReferred = [reference](const std::unique_ptr<ArchiveNode> &node) {
         const TQPacketable &item = *node->packetable;
         if (reference->datatype != PACKETDATATYPE_NONE && reference->datatype != item.datatype) {
@@ -36,14 +39,13 @@ ArchiveNode *ArchiveNode::findNode(const TQDB_REFERENCE *reference) const
         return reference->name && item.name && std::string(reference->name) == item.name;
     };
     const auto &nodes = m_children->nodes;
-    const auto found =
-        reference ? std::find_if(nodes.begin(), nodes.end(), holdsReferred) : nodes.end();
+    const auto found = std::find_if(nodes.begin(), nodes.end(), holdsReferred);
     return found == nodes.end() ? nullptr : found->get();
 }
 
 namespace {
 
-constexpr int MAX_DEPTH = 16;  // items may refer to each other in a circle
+constexpr int MAX_DEPTH = 16;  // because items may refer to each other in a circle
 
 // The item that the reference is about and, below it, what it refers to.
 std::unique_ptr<ArchiveNode> load(Shop &shop, const TQDB_REFERENCE &reference, int depth)
@@ -62,7 +64,7 @@ std::unique_ptr<ArchiveNode> load(Shop &shop, const TQDB_REFERENCE &reference, i
         item->loadRecord(reinterpret_cast<unsigned char *>(Record::make(row, nullptr)));
         item->setName(row.name.c_str());
         if (!isByKey) {
-            item->dbkey = TQKEY_CC::getNullKey();  // it is known by its name alone
+            item->dbkey = TQKEY_CC::getNullKey();  // what is found by name has no key in a tree
         }
         auto node = std::make_unique<ArchiveNode>(item.release());
         TQDB_REFERENCE *next = nullptr;

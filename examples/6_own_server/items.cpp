@@ -1,4 +1,5 @@
-// Items: they keep the packet text that they were filled with.
+// Items. They keep the packet text that they were filled with, and read it only when they are asked
+// for references.
 
 #include "shop.h"
 
@@ -17,7 +18,7 @@ struct TQPacketable::Fields
     std::string outputName;
     TQSUBRECORD subrecord = {};
     std::vector<TQDB_REFERENCE> chain;
-    std::set<std::pair<unsigned int, std::string>> referred;  // type code and value
+    std::set<std::pair<unsigned int, std::string>> referred;  // in the chain: type code and value
 };
 
 TQPacketable::TQPacketable(PACKETDATATYPES type)
@@ -50,9 +51,9 @@ TQPacketable &TQPacketable::operator=(const TQPacketable &other)
 
 void TQPacketable::setName(const char *text)
 {
-    std::string copy = text ? text : "";  // first: the text may be our own name
-    m_fields->name.swap(copy);
-    name = text ? m_fields->name.data() : nullptr;
+    const bool isNamed = text != nullptr;
+    m_fields->name = isNamed ? std::string(text) : std::string();  // a copy: it may be our own name
+    name = isNamed ? m_fields->name.data() : nullptr;
 }
 
 void TQPacketable::setData(unsigned char *shown)
@@ -74,7 +75,7 @@ void TQPacketable::setData(unsigned char *shown)
 void TQPacketable::loadRecord(unsigned char *shown)
 {
     setData(shown);
-    // The name of an output is in its sub-record.
+    // The name of an output is in its sub-record instead.
     const bool isNamed = TQKEY_CC::isValid(dbkey) && !subrecord;
     setName(isNamed ? m_fields->record->row.name.c_str() : nullptr);
 }
@@ -82,9 +83,13 @@ void TQPacketable::loadRecord(unsigned char *shown)
 char *TQPacketable::toPacket(unsigned int &length) const
 {
     const std::string text = m_fields->text.empty() ? writeItem(datatype, {}) : m_fields->text;
+    length = 0;
     const auto buffer = static_cast<char *>(std::malloc(text.size()));
-    length = buffer ? static_cast<unsigned int>(text.size()) : 0;
-    return buffer ? static_cast<char *>(std::memcpy(buffer, text.data(), length)) : nullptr;
+    if (buffer) {
+        std::memcpy(buffer, text.data(), text.size());
+        length = static_cast<unsigned int>(text.size());
+    }
+    return buffer;
 }
 
 bool TQPacketable::fromPacket(char *data, unsigned int length, bool, bool)

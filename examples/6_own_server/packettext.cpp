@@ -1,4 +1,5 @@
-// Packet text: written from the values of a row, and checked and taken apart line by line.
+// Packet text: writes that of a row, checks that of others, and takes it apart. tqpacketable.h
+// describes it.
 
 #include "shop.h"
 
@@ -33,28 +34,36 @@ std::optional<unsigned int> readHex(std::string_view text)
     return result.ec == std::errc() && result.ptr == end ? std::optional(number) : std::nullopt;
 }
 
-// What is open in packet text: 0 for a list, else the type of an item.
+// The items and lists that have begun in packet text and not ended. It is a stack and no recursion,
+// because text from elsewhere may be as deep as it likes.
 class Brackets
 {
 public:
-    // Follows a line; false when it does not fit.
+    // Goes to the next line; false when it must not stand there.
     bool step(const Line &line)
     {
         const auto number = readHex(line.value);
-        if (line.word == "SI" || line.word == "SL") {
-            open.push_back(line.word == "SI" ? number.value_or(0) : 0);
-            return number && (line.word == "SL" || *number != 0);
+        if (line.word == "SI") {
+            open.push_back(number.value_or(0));
+            return number.value_or(0) != 0;
+        }
+        if (line.word == "SL") {
+            open.push_back(0);
+            return number.has_value();
         }
         if (line.word == "TI" || line.word == "TL") {
-            const bool fits = !open.empty() && (open.back() == 0) == (line.word == "TL");
-            open.resize(open.size() - (fits ? 1 : 0));
-            return fits && line.value == "0";
+            const bool isList = line.word == "TL";
+            if (open.empty() || isList != (open.back() == 0)) {
+                return false;
+            }
+            open.pop_back();
+            return line.value == "0";
         }
         const auto tag = readHex(line.word);
         return tag && !open.empty() && findField(PACKETDATATYPES(open.back()), *tag);
     }
 
-    std::vector<unsigned int> open;
+    std::vector<unsigned int> open;  // the type of an item, 0 for a list
 };
 
 }  // namespace
@@ -85,7 +94,7 @@ std::string writeItem(PACKETDATATYPES type, const std::vector<std::string> &valu
 bool isItem(std::string_view text, PACKETDATATYPES type)
 {
     Brackets brackets;
-    bool isFound = false;
+    bool isFound = false;  // the item's own block
     while (!text.empty()) {
         const bool isOutside = brackets.open.empty();
         const auto line = takeLine(text);
@@ -108,10 +117,12 @@ std::vector<Field> fieldsOf(std::string_view text)
     Brackets brackets;
     bool isFound = false;  // the item's own block
     while (const auto line = takeLine(text)) {
-        isFound = isFound || (brackets.open.empty() && line->word == "SI");
+        if (brackets.open.empty() && line->word == "SI") {
+            isFound = true;
+        }
         brackets.step(*line);
         if (isFound && brackets.open.empty()) {
-            break;
+            break;  // the end of that block
         }
         const auto tag = readHex(line->word);
         if (isFound && brackets.open.size() == 1 && tag) {

@@ -7,17 +7,21 @@
 
 namespace {
 
+// Four digits for each three bytes; "=" in place of digits that the last bytes do not need.
 std::string base64(const std::string &bytes)
 {
     constexpr char DIGITS[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
     std::string text;
     for (size_t i = 0; i < bytes.size(); i += 3) {
+        std::string three = bytes.substr(i, 3);
+        const size_t digits = three.size() + 1;
+        three.resize(3);
         unsigned int group = 0;
-        for (size_t k = i; k < i + 3; ++k) {
-            group = group << 8 | (k < bytes.size() ? static_cast<unsigned char>(bytes[k]) : 0);
+        for (const char byte : three) {
+            group = group << 8 | static_cast<unsigned char>(byte);
         }
         for (size_t k = 0; k < 4; ++k) {
-            text += i + k > bytes.size() ? '=' : DIGITS[group >> (18 - 6 * k) & 63];
+            text += k < digits ? DIGITS[group >> (18 - 6 * k) & 63] : '=';
         }
     }
     return text;
@@ -34,9 +38,15 @@ void ICCPROFILEDATA_CC::load(std::string &, unsigned short port)
     }
     const bool isByKey = TQKEY_CC::isValid(dbkey);
     const auto row = std::find_if(rows->begin(), rows->end(), [&](const Row &candidate) {
-        return isByKey ? candidate.key.key == dbkey.key : name && candidate.name == name;
+        if (isByKey) {
+            return candidate.key.key == dbkey.key;
+        }
+        return name && candidate.name == name;
     });
-    const auto bytes = row != rows->end() ? shop->bytes(row->values.at(0)) : std::nullopt;
+    if (row == rows->end()) {
+        return;
+    }
+    const auto bytes = shop->bytes(row->values.at(0));
     if (bytes) {
         const std::string value = hex(unsigned(bytes->size())) + ' ' + base64(*bytes);
         std::string text = writeItem(datatype, { row->values.at(0), value });

@@ -1,4 +1,4 @@
-// Lists of records, keys and buffers.
+// Records and lists of them, keys, and buffers.
 
 #include "shop.h"
 
@@ -8,7 +8,7 @@
 Record *Record::make(const Row &row, TQLISTRECORD *next)
 {
     auto *record = new Record { {}, row };
-    record->shown.job = {};  // the longest: all zero
+    record->shown.job = {};  // the longest, so that all is zero
     record->shown.list.next = next;
     std::vector<std::string> &values = record->row.values;
     values.resize(5);  // absent columns are empty
@@ -62,7 +62,8 @@ void RemoveItemFromList(TQLISTRECORD **head, TQLISTRECORD *record)
 
 void TQPacketFreeList(TQLISTRECORD **head, PACKETDATATYPES type)
 {
-    while (TQLISTRECORD *const first = *head) {
+    while (*head) {
+        TQLISTRECORD *const first = *head;
         *head = first->next;
         TQPacketFreeItem(first, type);
     }

@@ -9,7 +9,7 @@
 
 namespace {
 
-// The open shops. Several threads open and close connections of their own at the same time.
+// The open shops by number. Several threads may open and close their connections at the same time.
 std::mutex mutex;
 std::map<unsigned int, Shop *> openShops;
 
@@ -44,7 +44,9 @@ struct TQCommServer::Connection
         }
         TQLISTRECORD *head = nullptr;
         for (const Row &row : rows) {
-            head = row.owner == owner ? &Record::make(row, head)->shown.list : head;
+            if (row.owner == owner) {
+                head = &Record::make(row, head)->shown.list;
+            }
         }
         return head;
     }
@@ -112,7 +114,7 @@ ArchiveNode *TQCommServer::getArchiveNode(
     ArchiveNode *const node = m_connection->run(
         command, message, [&] { return loadArchive(m_connection->shop, type, key); });
     if (iserror(command)) {
-        delete node;  // a part of the tree
+        delete node;  // items are missing below it
         return nullptr;
     }
     return node;

@@ -17,7 +17,7 @@ struct Row
     TQKEY_ELEMENT key;  // number within the table, and data type
     unsigned int owner;  // number of its output or owner of books; 0 for none
     std::string name;
-    std::vector<std::string> values;  // of the type's fields, as in packet text; "" for none
+    std::vector<std::string> values;  // of the type's fields, in packet text's form; may be empty
 };
 
 // The store: a folder with one table for each data type.
@@ -34,12 +34,12 @@ struct Shop
     void fail(const std::string &reason);
 
     std::string folder;
-    unsigned int number = 0;  // of the connection: no two open ones have the same; 0 for not open
+    unsigned int number = 0;  // each open shop has another one; 0 for a shop that is not open
     unsigned int failures = 0;
     std::string error;  // of the last failure
 };
 
-// A record, and what libtqxml does not see of it.
+// A record: the declared part, which libtqxml sees, and our own part.
 struct Record
 {
     union {
@@ -47,7 +47,7 @@ struct Record
         TQOWNER owner;
         TQBOOK book;
         TQJOB job;
-    } shown;  // first: its address is the record's
+    } shown;  // the first member, so that it has the record's address
     Row row;
 
     // A new record in front of next.
@@ -66,7 +66,7 @@ std::string writeItem(PACKETDATATYPES type, const std::vector<std::string> &valu
 // True when the text describes an item of that type.
 bool isItem(std::string_view text, PACKETDATATYPES type);
 
-// The item with that key and all that it refers to; the caller's. Null when there is none.
+// The item with that key and all that it refers to, owned by the caller. Null when there is none.
 ArchiveNode *loadArchive(Shop &shop, PACKETDATATYPES type, const TQKEY_ELEMENT &key);
 
 // A field's line: its tag and its value.
@@ -75,7 +75,7 @@ struct Field
     unsigned int tag;
     std::string_view value;
 };
-// The fields of the item itself, without those of items inside it. They refer to the text.
+// The fields of the item itself, without those of items inside it. Values point into the text.
 std::vector<Field> fieldsOf(std::string_view text);
 
 #endif
