@@ -58,6 +58,24 @@ private:
     const QByteArray m_text;
 };
 
+/// What a server item is made from.
+struct ItemValues
+{
+    PACKETDATATYPES type = PACKETDATATYPE_JOB;
+    TQKEY_ELEMENT key {};
+    const char *name = nullptr;
+    bool isCurrent = false;
+    QByteArray text;
+
+    void appendTo(XMLPacket &packet) const
+    {
+        ServerItem item(type, text);
+        item.setName(name);
+        item.dbkey = key;
+        packet.appendV(item, isCurrent);
+    }
+};
+
 /// One thing in both forms.
 template<typename T>
 struct Twice
@@ -121,11 +139,14 @@ private:
     void copyPacket();
     void clearPacket();
     void compare();
+    void compareAlmostSame();
     void look();
     void changeNode();
 
     Twice<XMLPacket> &packet() { return m_packets[m_bytes.below(PACKETS)]; }
     QByteArray packetText();
+    ItemValues itemValues();
+    void changeOne(ItemValues &values);
     void check(const Twice<XMLPacket> &packet) const;
     template<typename T>
     void append(T &lazy, T &eager, bool isMoved);
@@ -155,8 +176,8 @@ void World::step()
     using Step = void (World::*)();
     static constexpr Step STEPS[] = { &World::setID, &World::appendServerItem,
         &World::appendServerItem, &World::appendServerItem, &World::appendItem, &World::changeItem,
-        &World::deleteItem, &World::copyPacket, &World::clearPacket, &World::compare, &World::look,
-        &World::changeNode };
+        &World::deleteItem, &World::copyPacket, &World::clearPacket, &World::compare,
+        &World::compareAlmostSame, &World::look, &World::changeNode };
     (this->*STEPS[m_bytes.below(std::size(STEPS))])();
 }
 
@@ -203,21 +224,71 @@ QByteArray World::packetText()
     return m_bytes.below(16) == 0 ? QByteArray() : text;
 }
 
+ItemValues World::itemValues()
+{
+    ItemValues values;
+    values.type = TYPES[m_bytes.below(std::size(TYPES))];
+    values.key = { m_bytes.below(3), m_bytes.below(3) };
+    values.name = NAMES[m_bytes.below(std::size(NAMES))];
+    values.isCurrent = m_bytes.flag();
+    values.text = packetText();
+    return values;
+}
+
 void World::appendServerItem()
 {
-    ServerItem item(TYPES[m_bytes.below(std::size(TYPES))], packetText());
-    item.setName(NAMES[m_bytes.below(std::size(NAMES))]);
-    item.dbkey = { m_bytes.below(3), m_bytes.below(3) };
-    const bool isCurrent = m_bytes.flag();
+    const ItemValues values = itemValues();
     const bool isAskedFor = m_bytes.below(4) == 0;
     packet().call([&](XMLPacket &each) {
         if (isAskedFor) {
-            require(!each.append(item, isCurrent).isNull() || !each.hasNodesOfType(KINDS[0]),
-                "append() returns the element");
+            ServerItem item(values.type, values.text);
+            require(!each.append(item, false).isNull(), "append() returns the element");
         } else {
-            each.appendV(item, isCurrent);
+            values.appendTo(each);
         }
     });
+}
+
+void World::changeOne(ItemValues &values)
+{
+    const QByteArray line = LINES[m_bytes.below(std::size(LINES))];
+    const int place = int(m_bytes.below(unsigned(values.text.size()) + 1));
+    switch (m_bytes.below(6)) {
+    case 0:
+        values.key.hkey ^= 1;
+        break;
+    case 1:
+        values.name = NAMES[m_bytes.below(std::size(NAMES))];
+        break;
+    case 2:
+        values.isCurrent = !values.isCurrent;
+        break;
+    case 3:
+        values.text.insert(values.text.indexOf('\n', place) + 1, line + '\n');
+        break;
+    case 4:
+        values.text.insert(place, m_bytes.raw(3));
+        break;
+    default:
+        values.text.remove(place, 1 + int(m_bytes.below(8)));
+        break;
+    }
+}
+
+// Two items that differ in one thing, which may or may not show.
+void World::compareAlmostSame()
+{
+    ItemValues values = itemValues();
+    Twice<XMLPacket> first;
+    first.call([&values](XMLPacket &each) { values.appendTo(each); });
+    changeOne(values);
+    Twice<XMLPacket> second;
+    second.call([&values](XMLPacket &each) { values.appendTo(each); });
+    build(*first.eager);
+    build(*second.eager);
+    const bool same = *first.lazy == *second.lazy;
+    require(same == (*first.eager == *second.eager), "items are equal or not, built or not");
+    require(same == (written(*first.lazy) == written(*second.lazy)), "equal items, equal bytes");
 }
 
 template<typename T>

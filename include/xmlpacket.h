@@ -4,6 +4,7 @@
 #include "xmlobject.h"
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 QT_FORWARD_DECLARE_CLASS(QIODevice)
@@ -115,13 +116,6 @@ private:
 
     // The document and its elements, once somebody has asked for a node.
     struct Tree;
-    // An agent id as it stands before that.
-    struct AgentID
-    {
-        int id = 0;
-        bool isSet = false;
-        bool operator==(const AgentID &other) const;
-    };
 
     Tree &tree() const;
     bool showsSource() const;
@@ -130,8 +124,8 @@ private:
     void appendMoved(XMLObject &item);
     void writeUnbuilt(TQXmlInternal::XmlWriter &writer) const;
 
-    AgentID m_source;
-    AgentID m_destination;
+    std::optional<int> m_source;  // the ids, until there is a tree; nothing until set
+    std::optional<int> m_destination;
     mutable std::vector<TQXmlInternal::PacketItem> m_items;  // of the body
     mutable std::unique_ptr<Tree> m_tree;  // holds everything, once it is there
     bool m_isTaken = false;  // by a router; false while the packet is an agent's

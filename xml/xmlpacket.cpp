@@ -40,11 +40,6 @@ struct XMLPacket::Tree
     }
 };
 
-bool XMLPacket::AgentID::operator==(const AgentID &other) const
-{
-    return id == other.id && isSet == other.isSet;
-}
-
 XMLPacket::XMLPacket() : XMLObject(XMLOBJECT_PACKET) {}
 
 XMLPacket::~XMLPacket() = default;
@@ -63,8 +58,8 @@ void XMLPacket::init(const XMLPacket *other)
         m_tree = std::move(copy);
         return;
     }
-    m_source = other ? other->m_source : AgentID();
-    m_destination = other ? other->m_destination : AgentID();
+    m_source = other ? other->m_source : std::nullopt;
+    m_destination = other ? other->m_destination : std::nullopt;
     m_items = other ? std::vector<PacketItem>(other->m_items) : std::vector<PacketItem>();
     m_tree.reset();
 }
@@ -81,11 +76,11 @@ XMLPacket::Tree &XMLPacket::tree() const
     tree->source = createElement(tree->header, SOURCE);
     tree->destination = createElement(tree->header, DESTINATION);
     tree->body = createElement(tree->root, BODY);
-    if (m_source.isSet) {
-        setAttribute(tree->source, AGENT_ID, m_source.id);
+    if (m_source) {
+        setAttribute(tree->source, AGENT_ID, *m_source);
     }
-    if (m_destination.isSet) {
-        setAttribute(tree->destination, AGENT_ID, m_destination.id);
+    if (m_destination) {
+        setAttribute(tree->destination, AGENT_ID, *m_destination);
     }
     for (const PacketItem &item : m_items) {
         item.appendTo(tree->body);
@@ -125,12 +120,12 @@ bool XMLPacket::showsDestination() const { return !m_tree || m_tree->shows(m_tre
 
 int XMLPacket::getSourceAgentID() const
 {
-    return m_tree ? getAttributeInt(m_tree->source, AGENT_ID) : m_source.id;
+    return m_tree ? getAttributeInt(m_tree->source, AGENT_ID) : m_source.value_or(0);
 }
 
 int XMLPacket::getDestinationAgentID() const
 {
-    return m_tree ? getAttributeInt(m_tree->destination, AGENT_ID) : m_destination.id;
+    return m_tree ? getAttributeInt(m_tree->destination, AGENT_ID) : m_destination.value_or(0);
 }
 
 void XMLPacket::setSourceAgentID(int agentID)
@@ -138,7 +133,7 @@ void XMLPacket::setSourceAgentID(int agentID)
     if (m_tree) {
         setAttribute(m_tree->source, AGENT_ID, agentID);
     } else {
-        m_source = { agentID, true };
+        m_source = agentID;
     }
 }
 
@@ -147,7 +142,7 @@ void XMLPacket::setDestinationAgentID(int agentID)
     if (m_tree) {
         setAttribute(m_tree->destination, AGENT_ID, agentID);
     } else {
-        m_destination = { agentID, true };
+        m_destination = agentID;
     }
 }
 
@@ -227,10 +222,10 @@ bool XMLPacket::write(QIODevice *device) const
 
 void XMLPacket::writeUnbuilt(XmlWriter &writer) const
 {
-    const auto writeID = [&writer](const QString &name, const AgentID &agent) {
+    const auto writeID = [&writer](const QString &name, std::optional<int> agentID) {
         writer.openElement(name);
-        if (agent.isSet) {
-            writer.attribute(AGENT_ID, numberText(agent.id, 10));
+        if (agentID) {
+            writer.attribute(AGENT_ID, numberText(*agentID, 10));
         }
         writer.closeElement(name);
     };

@@ -17,10 +17,9 @@ namespace TQServerInternal {
 class Watchdog
 {
 public:
-    // When a wait gets longer than the limit, bite is called again and again until the wait ends,
-    // which it brings about. It is called in the watchdog's thread. With a limit of zero nothing is
-    // watched and no thread is started. Throws std::system_error when no thread or descriptor is
-    // left.
+    // When a wait gets longer than the limit, bite is called to make it end, in the watchdog's
+    // thread, and again until it has ended. With a limit of zero nothing is watched and no thread
+    // is started. Throws std::system_error when no thread or descriptor is left.
     Watchdog(std::function<void()> bite, std::chrono::milliseconds limit);
     ~Watchdog();
     Watchdog(const Watchdog &) = delete;
@@ -65,7 +64,7 @@ private:
     std::thread m_thread;
 };
 
-// What a server's silence is called.
+// The error when a server has been silent for that long.
 QString noAnswer(std::chrono::milliseconds limit);
 
 }  // namespace TQServerInternal
