@@ -9,16 +9,16 @@
 #include <QDomDocument>
 #include <QMetaMethod>
 #include <QStringList>
-#include <QTemporaryFile>
+#include <QTextStream>
 #include <QThread>
 #include <QtTest>
 
-#include <cstdio>
+#include <ctime>
 #include <functional>
+#include <iterator>
 #include <memory>
+#include <random>
 #include <utility>
-
-#include <unistd.h>
 
 // What several tests need.
 
@@ -40,25 +40,71 @@ struct Xml
     QDomElement root;
 };
 
-/// A tree as text that shows everything but the order of attributes.
-inline QString canonical(const QDomNode &node)
+/// A node as XML, the attributes of each element in the order of their names.
+inline QString xmlOf(const QDomNode &node)
 {
+    if (node.isText() && !node.isCDATASection()) {
+        return node.nodeValue().toHtmlEscaped();
+    }
     if (!node.isElement()) {
-        return QStringLiteral("[%1 %2:%3]")
-            .arg(QString::number(node.nodeType()), node.nodeName(), node.nodeValue());
+        QString text;
+        QTextStream stream(&text);
+        stream << node;
+        return text.trimmed();
     }
     QStringList attributes;
     for (int i = 0; i < node.attributes().count(); ++i) {
         const QDomNode attribute = node.attributes().item(i);
-        attributes += attribute.nodeName() + QLatin1Char('=') + attribute.nodeValue();
+        const QString value = attribute.nodeValue().toHtmlEscaped();
+        attributes += QStringLiteral(" %1='%2'").arg(attribute.nodeName(), value);
     }
     attributes.sort();
-    QString below;
-    for (QDomNode n = node.firstChild(); !n.isNull(); n = n.nextSibling()) {
-        below += canonical(n);
+    const QString tag = node.nodeName() + attributes.join(QString());
+    if (!node.hasChildNodes()) {
+        return QStringLiteral("<%1/>").arg(tag);
     }
-    const QString shown = attributes.join(QLatin1Char(';'));
-    return QStringLiteral("<%1 %2>%3</>").arg(node.nodeName(), shown, below);
+    QString below;
+    for (QDomNode child = node.firstChild(); !child.isNull(); child = child.nextSibling()) {
+        below += xmlOf(child);
+    }
+    return QStringLiteral("<%1>%2</%3>").arg(tag, below, node.nodeName());
+}
+
+/// Random input. The seed is printed; the environment variable TQXML_SEED sets another one.
+class Random
+{
+public:
+    Random() : m_engine(seed()) {}
+
+    int below(int end) { return int(m_engine() % static_cast<unsigned int>(end)); }
+    bool onceIn(int times) { return below(times) == 0; }
+    template<typename List>
+    auto oneOf(const List &list)
+    {
+        return *(std::begin(list) + below(int(std::size(list))));
+    }
+
+private:
+    static unsigned int seed()
+    {
+        const auto value = unsigned(qEnvironmentVariableIntValue("TQXML_SEED"));
+        qInfo("TQXML_SEED=%u", value);
+        return value;
+    }
+    std::mt19937 m_engine;
+};
+
+/// Whether ten times the input takes some ten times as long, and not the hundred times of a way
+/// whose steps grow with the input. The work is done for count / 10 and for count.
+inline bool isLinear(int count, const std::function<void(int)> &work)
+{
+    const auto timeOf = [&work](int size) {
+        const std::clock_t start = std::clock();
+        work(size);
+        return std::clock() - start;
+    };
+    const std::clock_t few = timeOf(count / 10);
+    return timeOf(count) < 40 * qMax<std::clock_t>(few, CLOCKS_PER_SEC / 50);
 }
 
 /// A chain of that many elements, the innermost made first: asking an element for its document
@@ -94,23 +140,6 @@ inline QStringList methodsOf(const QMetaObject &meta)
         methods += str(words.join(' ').trimmed().constData());
     }
     return methods;
-}
-
-/// What an operation writes to the standard output.
-inline QByteArray printed(const std::function<void()> &print)
-{
-    std::fflush(stdout);
-    QTemporaryFile file;
-    const int saved = dup(STDOUT_FILENO);
-    if (!file.open() || dup2(file.handle(), STDOUT_FILENO) < 0) {
-        qFatal("cannot redirect the standard output");
-    }
-    print();
-    std::fflush(stdout);
-    dup2(saved, STDOUT_FILENO);
-    close(saved);
-    file.seek(0);
-    return file.readAll();
 }
 
 /// What most tables of cases hold.
