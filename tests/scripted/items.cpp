@@ -53,6 +53,7 @@ struct TQPacketable::Fields
             record.reset(Record::of(shown));
         }
         script().record(call, record->data.name);
+        script().untrimmedJobs += record->family == PACKETDATATYPE_JOB && !record->isTrimmed;
         lines = record->data.name.empty() ? "" : "1 " + record->data.name + '\n';
         return record->data;
     }
@@ -162,7 +163,11 @@ TQJOB_CC::~TQJOB_CC() = default;
 
 int TQJOB_CC::pageNumber(const TQJOB *job) { return Record::of(job)->data.page; }
 
-void TQJOB_CC::trimLists(TQJOB *job) { script().record("trimLists", Record::of(job)->data.name); }
+void TQJOB_CC::trimLists(TQJOB *job)
+{
+    script().record("trimLists", Record::of(job)->data.name);
+    Record::of(job)->isTrimmed = true;
+}
 
 ICCPROFILEDATA_CC::ICCPROFILEDATA_CC() : TQPacketable(PACKETDATATYPE_ICCPROFILE) {}
 ICCPROFILEDATA_CC::~ICCPROFILEDATA_CC() = default;

@@ -32,6 +32,7 @@ struct Record
     };
     ScriptRecord data;
     PACKETDATATYPES family;
+    bool isTrimmed = false;
 
     static Record *of(const void *shown)
     {
@@ -73,6 +74,7 @@ struct Script
     std::set<const void *> buffers;
     std::set<const void *> items;
     int wrongFrees = 0;
+    int untrimmedJobs = 0;  ///< that an item took over before TQJOB_CC::trimLists()
     unsigned int failures = 0;  ///< queries that failed
 
     bool isFaulty(const char *call, const std::string &how = "null") const
