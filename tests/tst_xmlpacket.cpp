@@ -110,6 +110,7 @@ void tst_XMLPacket::checkItem(XMLObject::XMLOBJECT_TYPE type)
     QCOMPARE(packet->getNodesOfType(type, nodes), 2);
     QCOMPARE(nodes.back(), own);
     packet.reset();
+    QVERIFY(!own.ownerDocument().isNull());
     XMLObject::createElementV(own, str("child"));
     QVERIFY(item->getNode().hasChildNodes());
     XMLPacket first;
@@ -193,13 +194,14 @@ void tst_XMLPacket::whatTheTextDoesNotShowDoesNotCount()
 {
     Message plain;
     Message withEmpty;
-    for (Message *message : { &plain, &withEmpty }) {
-        QDomDocument document = message->element.ownerDocument();
-        if (message == &withEmpty) {
-            message->element.appendChild(document.createTextNode(QString()));
-        }
-        message->element.appendChild(document.createCDATASection(str("x")));
-    }
+    const auto append = [](Message &message, const QDomNode &node) {
+        message.element.appendChild(node);
+    };
+    append(plain, plain.element.ownerDocument().createCDATASection(str("x")));
+    QDomDocument own = withEmpty.element.ownerDocument();
+    append(withEmpty, own.createTextNode(QString()));
+    append(withEmpty, own.createCDATASection(str("x")));
+    append(withEmpty, own.createTextNode(QString()));
     QVERIFY(plain.packet == withEmpty.packet);
     QVERIFY(withEmpty.packet == plain.packet);
     QDomDocument document = plain.element.ownerDocument();

@@ -210,9 +210,9 @@ QString naiveText(const QDomElement &parent, unsigned int type)
 
 // Input for both: what is right, what nearly is, and what a conversion has to leave out.
 
-constexpr const char *VALUES[] = { "x", "a  b %2 %1", "2 7 8", "2 7", "0", "1f ff", "2 a b\rc",
-    "3 a\r\rb\rc", "4 AAEC", "x 1", "a 1 2 3 4 5 6 7 8 9 a", "100000001 7", "ffffffff x", "1 ",
-    "10 <\"&'>\xc3\xa4\xef\xbb\xbf" };
+constexpr const char *VALUES[] = { "x", "a  b %2 %1", "2 7 8", "2 7", "1 7 8", "0", "1f ff",
+    "2 a b\rc", "3 a\r\rb\rc", "4 AAEC", "x 1", "a 1 2 3 4 5 6 7 8 9 a", "100000001 7",
+    "ffffffff x", "1 ", "10 <\"&'>\xc3\xa4\xef\xbb\xbf" };
 constexpr const char *LINES[] = { "SI 63", "SI 063", "SL 2", "TI 0", "TL 0", "SI 6", "SI 7fff",
     "SI x y", "SI 100000063", "101", "TI", "1_xyz", "xyz 1", "0x101 a", "-101 a",
     "\xef\xbb\xbf\x31\x30\x31 a", "\xc2\xa0\x31\x30\x31 a\xe3\x80\x80" };
@@ -270,6 +270,7 @@ private Q_SLOTS:
 
     void aServerItemIsTakenOverWithKeyAndName();
     void theServerItemIsBuiltOnceUnlessRefused();
+    void aSubrecordNamesOutputsAlone();
     void withoutAnElementNothingHappens();
     void anItemOutlivesWhatItWasReadFrom();
 
@@ -305,7 +306,8 @@ void tst_XMLPacketable::everyFormOfAField()
 // As lines and as bytes, and what was read is written again.
 void tst_XMLPacketable::checkText(const QByteArray &text)
 {
-    QStringList lines = QString::fromUtf8(text).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    const QString decoded = QString::fromUtf8(text.constData(), int(text.size()));
+    QStringList lines = decoded.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
     NaiveReader model { lines };
     const QString expected = element(str("packetable"), QString(), model.content(0));
     Xml xml("<packetable/>");
@@ -343,15 +345,16 @@ void tst_XMLPacketable::anyPacketTextIsConvertedAsDocumented()
 
 void tst_XMLPacketable::anyTreeIsWrittenAsDocumented()
 {
-    const Xml odd("<packetable><?item 1?><!--item--><x><item datatype='8'/></x>text<item/>"
-                  "<item datatype='63'><_101 value='a&#10;TI 0'/><?_101 x?><_zz value='x'/>"
-                  "<_101 value='x'>t<_101 value='y'/></_101><_101/><_-101 value='x'/><x901/>"
-                  "<_e01 hkey='2' key='1'><item datatype='8'/></_e01><_E01/>"
-                  "<_f01 size='9'><x>5</x><![CDATA[6]]><?value 7?>"
-                  "<value>2<q>3</q><!--4--><![CDATA[5]]></value></_f01><_1701 size='3'>a<b>b</b>"
-                  "<?x y?><![CDATA[<c]]></_1701><_1601>z<value>%1</value><value/></_1601></item>"
-                  "<list><item datatype='8'/><list size='2'/><_101 value='x'/></list>"
-                  "<item datatype='6'><_1 value='x'/><list/></item></packetable>");
+    const Xml odd(
+        "<packetable><?item 1?><!--item--><x><item datatype='8'/></x>text<item/>"
+        "<item datatype='63'><_101 value='a&#10;TI 0'/><?_101 x?><_zz value='x'/>"
+        "<_101 value='x'>t<_101 value='y'/></_101><_101/><_102 value=''/><_-101 value='x'/><x901/>"
+        "<_e01 hkey='2' key='1'><item datatype='8'/></_e01><_E01/>"
+        "<_f01 size='9'><x>5</x><![CDATA[6]]><?value 7?>"
+        "<value>2<q>3</q><!--4--><![CDATA[5]]></value></_f01><_1701 size='3'>a<b>b</b>"
+        "<?x y?><![CDATA[<c]]></_1701><_1601>z<value>%1</value><value/></_1601></item>"
+        "<list><item datatype='8'/><list size='2'/><_101 value='x'/></list>"
+        "<item datatype='6'><_1 value='x'/><list/></item></packetable>");
     QDomElement value = odd.root.ownerDocument().createElementNS(str("urn:n"), str("n:value"));
     odd.root.elementsByTagName(str("_f01")).at(0).appendChild(value);
     checkElement(odd.root);
@@ -540,6 +543,20 @@ void tst_XMLPacketable::theServerItemIsBuiltOnceUnlessRefused()
     QCOMPARE(str(built->name), QString());
     item.setData(Xml("<packetable datatype='63'/>").root);
     QVERIFY(!item.getData());
+}
+
+void tst_XMLPacketable::aSubrecordNamesOutputsAlone()
+{
+    char name[] = "Press 1";
+    TQSUBRECORD record { name };
+    for (const Type type : { OUTPUT, SPECIMEN }) {
+        TextItem source(type, "");
+        source.subrecord = &record;
+        XMLPacketable item;
+        item.setData(source);
+        source.subrecord = nullptr;  // which it would free
+        QCOMPARE(item.getName(), type == OUTPUT ? str(name) : QString());
+    }
 }
 
 void tst_XMLPacketable::withoutAnElementNothingHappens()
