@@ -5,9 +5,6 @@
 
 #include <QDir>
 #include <QProcess>
-#include <QSqlDatabase>
-#include <QSqlError>
-#include <QSqlQuery>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 
@@ -37,20 +34,21 @@ public:
     }
     ~PostgresServer()
     {
-        stop();
+        if (m_process.processId() > 0) {
+            ::kill(pid_t(m_process.processId()), SIGQUIT);  // at once
+        }
         m_process.waitForFinished();
     }
-    /// Starts it, with the databases that it had before; false when that fails.
+    /// False when that fails.
     bool start()
     {
         // It refuses to run as root.
         const char *script = R"(cd "$0" && exec >log 2>&1; own="setpriv --pdeathsig=QUIT"
             [ $(id -u) != 0 ] || { chown postgres . && own="$own --clear-groups \
                 --reuid=postgres --regid=postgres"; }
-            [ -d data ] || { echo $PGPASSWORD >password && $own initdb -D data -U $PGUSER -N \
-                -E UTF8 --no-locale -A scram-sha-256 --pwfile=password || exit 1; }
+            echo $PGPASSWORD >password && $own initdb -D data -U $PGUSER -N -E UTF8 --no-locale \
+                -A scram-sha-256 --pwfile=password || exit 1
             exec $own postgres -D data -F -h $PGHOST -c unix_socket_directories=)";
-        m_process.waitForFinished();
         m_process.start(str("sh"), { str("-c"), str(script), m_folder.path() });
         while (m_process.waitForStarted() && !m_process.waitForFinished(100) &&
             QProcess::execute(str("pg_isready"), { str("-q") }) != 0) {}
@@ -60,11 +58,6 @@ public:
     {
         return !QStandardPaths::findExecutable(str("initdb")).isEmpty() ||
             qgetenv("CI") == "true";  // where nothing is skipped
-    }
-    /// Tells it to end at once, as in a crash; any thread may.
-    bool stop() const
-    {
-        return m_process.processId() > 0 && ::kill(pid_t(m_process.processId()), SIGQUIT) == 0;
     }
     /// The URL of a database, which is made when there is none of that name.
     static QByteArray url(const char *name)
@@ -77,28 +70,5 @@ private:
     QTemporaryDir m_folder;
     QProcess m_process;
 };
-
-/// The first column of the rows, asked of the database of a store itself, and what that says
-/// against the statement.
-inline QByteArrayList sql(
-    const QByteArray &url, const QByteArray &statement, QString *error = nullptr)
-{
-    QByteArrayList values;
-    {
-        const bool isFile = url.startsWith("sqlite:");
-        auto db = QSqlDatabase::addDatabase(str(isFile ? "QSQLITE" : "QPSQL"), str("sql"));
-        db.setDatabaseName(str(isFile ? url.mid(7) : url.mid(url.lastIndexOf('/') + 1)));
-        db.open();
-        QSqlQuery query(QString::fromUtf8(statement), db);
-        if (error) {
-            *error = query.lastError().text().trimmed();
-        }
-        while (query.next()) {
-            values += query.isNull(0) ? QByteArray() : query.value(0).toString().toUtf8();
-        }
-    }
-    QSqlDatabase::removeDatabase(str("sql"));
-    return values;
-}
 
 #endif

@@ -6,6 +6,10 @@
 #include "tqitems.h"
 #include "tqstore.h"
 
+#include <QSqlDatabase>
+#include <QSqlError>
+#include <QSqlQuery>
+
 // What the tests of the embedded server library need.
 
 /// A connection, and its queries by the names of what they list.
@@ -14,21 +18,16 @@ class Client
 public:
     explicit Client(const QByteArray &url) : server(url.constData()) {}
 
-    QByteArrayList jobsOf(const QByteArray &output)
+    /// Of each job its name and page, and number and name of its publication.
+    QByteArrayList jobsOf(int output, TQQUEUE queue = TQQUEUE_ALL, SORTTYPE type = SORTTYPE_NAME,
+        SORTORDER order = SORTORDER_ASCENDING)
     {
-        TQJOB *jobs = server.getJobqueue(
-            m_command, m_message, TQQUEUE_ALL, SORTTYPE_NAME, SORTORDER_ASCENDING, output.toInt());
-        return each(jobs, PACKETDATATYPE_JOB, [](TQJOB *job) { return QByteArray(job->name); });
-    }
-    /// Page, and number and name of the publication, of jobs.
-    QByteArrayList pagesOf(const QByteArray &output, int queue, int sort, SORTORDER order)
-    {
-        TQJOB *jobs = server.getJobqueue(m_command, m_message, static_cast<TQQUEUE>(queue),
-            static_cast<SORTTYPE>(sort), order, output.toInt());
+        TQJOB *jobs = server.getJobqueue(m_command, m_message, queue, type, order, output);
         return each(jobs, PACKETDATATYPE_JOB, [](TQJOB *job) {
-            const char *publication = job->publicationName ? job->publicationName : "none";
-            return QByteArray::number(TQJOB_CC::pageNumber(job)) + ' ' +
-                QByteArray::number(job->publicationId) + ' ' + publication;
+            return QByteArrayList({ job->name, QByteArray::number(TQJOB_CC::pageNumber(job)),
+                                      QByteArray::number(job->publicationId),
+                                      job->publicationName })
+                .join(' ');
         });
     }
     QByteArrayList booksOf(const TQKEY_ELEMENT &owner)
@@ -48,23 +47,18 @@ public:
         return std::unique_ptr<ArchiveNode>(
             server.getArchiveNode(m_command, m_message, type, { id, type }));
     }
-    /// The packet text of an item; empty when there is none.
-    QByteArray item(PACKETDATATYPES type, unsigned id)
-    {
-        const auto node = archive(type, id);
-        return node ? packetOf(*node->packetable) : QByteArray();
-    }
     /// The packet text of an ICC profile when its bytes have been loaded.
     QByteArray loaded(ICCPROFILEDATA_CC &profile) const
     {
-        std::string host = server.getConnectedHostname();
+        const char *connected = server.getConnectedHostname();
+        std::string host = connected ? connected : "";
         profile.load(host, static_cast<unsigned short>(server.getConnectedPortnum()));
         return packetOf(profile);
     }
     QByteArray profile(unsigned id)
     {
         const auto node = archive(PACKETDATATYPE_ICCPROFILE, id);
-        return loaded(*dynamic_cast<ICCPROFILEDATA_CC *>(node->packetable));
+        return node ? loaded(*dynamic_cast<ICCPROFILEDATA_CC *>(node->packetable)) : QByteArray();
     }
     bool failed() { return server.iserror(m_command); }
     QByteArray error() const { return server.errorText(); }
@@ -101,12 +95,27 @@ inline void write(const QString &path, const QByteArray &content)
     QCOMPARE(file.write(content), qint64(content.size()));
 }
 
-/// What goes wrong as the sample is put into a new store; empty when nothing does.
-inline QString createError(const QByteArray &url, const TQPROGRESS &progress = {})
+/// The first column of the rows, asked of the database of a store itself, and what that says
+/// against the statement.
+inline QByteArrayList sql(
+    const QByteArray &url, const QByteArray &statement, QString *error = nullptr)
 {
-    std::string error;
-    TQCreateSampleStore(url.constData(), progress, error);
-    return QString::fromStdString(error);
+    QByteArrayList values;
+    {
+        const bool isFile = url.startsWith("sqlite:");
+        auto db = QSqlDatabase::addDatabase(str(isFile ? "QSQLITE" : "QPSQL"), str("sql"));
+        db.setDatabaseName(str(isFile ? url.mid(7) : url.mid(url.lastIndexOf('/') + 1)));
+        db.open();
+        QSqlQuery query(QString::fromUtf8(statement), db);
+        if (error) {
+            *error = query.lastError().text().trimmed();
+        }
+        while (query.next()) {
+            values += query.value(0).toString().toUtf8();
+        }
+    }
+    QSqlDatabase::removeDatabase(str("sql"));
+    return values;
 }
 
 /// Stores of both kinds: files in a folder, and the databases of a PostgreSQL server.
@@ -119,6 +128,15 @@ struct Stores
         QTest::newRow("SQLite") << false;
         QTest::newRow("PostgreSQL") << true;
     }
+    /// Leaves out the rows that this machine has no server for.
+    static bool isSkipped(bool isPostgres)
+    {
+        const bool isMissing = isPostgres && !PostgresServer::isInstalled();
+        if (isMissing) {
+            QTest::qSkip("PostgreSQL is not installed", __FILE__, __LINE__);
+        }
+        return isMissing;
+    }
     /// Starts the server where one is installed. Nothing may be printed from then on.
     bool start()
     {
@@ -128,30 +146,16 @@ struct Stores
         });
         return isStarted;
     }
-    /// Leaves out the rows that this machine has no server for.
-    static bool isSkipped(bool isPostgres)
-    {
-        if (isPostgres && !PostgresServer::isInstalled()) {
-            QTest::qSkip("PostgreSQL is not installed", __FILE__, __LINE__);
-            return true;
-        }
-        return false;
-    }
-    QString path(const QString &name) const { return folder.filePath(name); }
-    /// The URL of a file, or of a database that is made when there is none of that name.
-    QByteArray url(const char *name, bool isPostgres = false) const
-    {
-        return isPostgres ? postgres.url(name) : "sqlite:" + path(str(name)).toUtf8();
-    }
-    /// A store with the sample, made when there is none; its URL.
+    QString path(const char *name) const { return folder.filePath(str(name)); }
+    /// The URL of a new store with the sample.
     QByteArray sample(const char *name, bool isPostgres = false) const
     {
-        const QByteArray store = url(name, isPostgres);
-        const QString error = createError(store);
-        if (!error.isEmpty() && !error.endsWith(str(" already"))) {
-            qFatal("no sample: %s", qPrintable(error));
+        const QByteArray url = isPostgres ? postgres.url(name) : "sqlite:" + path(name).toUtf8();
+        std::string error;
+        if (!TQCreateSampleStore(url.constData(), {}, error)) {
+            qFatal("no sample: %s", error.c_str());
         }
-        return store;
+        return url;
     }
 
     QTemporaryDir folder;

@@ -2,10 +2,7 @@
 // one alone gets, and the application's message handler is left in place. ./dev test --tsan looks
 // for data races in it.
 
-#include "postgres.h"
-#include "tqcommserver.h"
-#include "tqitems.h"
-#include "tqstore.h"
+#include "stores.h"
 #include "xmlaction.h"
 #include "xmlcommserver.h"
 #include "xmlpacketable.h"
@@ -15,7 +12,6 @@
 #include <QTimer>
 
 #include <atomic>
-#include <memory>
 #include <thread>
 #include <vector>
 
@@ -35,130 +31,51 @@ void check(bool holds, const QByteArray &promise)
     }
 }
 
-// Asks the bridge for all jobs, from an event loop of this thread.
-void askForJobs(XMLRouter &router, RecordingAgent &agent)
+// Packet text of all jobs that the bridge sends to an agent in an event loop of this thread.
+QByteArrayList jobsByBridge(TQCommServer &server)
 {
+    QStringList log;
     QEventLoop loop;
     QTimer::singleShot(60000, &loop, &QEventLoop::quit);
+    RecordingAgent agent(1, &log);
     agent.onReceive = [&loop](XMLPacket *) { loop.quit(); };
+    XMLRouter router(&server, nullptr, "thread");
+    router.add(&agent);
     XMLAction request(str("list"), XMLCommServer::REQUEST_JOBS, agent.getAgentID());
     XMLPacket *packet = agent.getXMLPacket(router.getXMLCommServerID());
     packet->appendV(request);
     router.send(packet);
     loop.exec();
-}
-
-// Packet text of all jobs, after a way through XML.
-QByteArrayList jobs(TQCommServer &server)
-{
-    QStringList log;
-    RecordingAgent agent(1, &log);
-    XMLRouter router(&server, nullptr, "thread");
-    router.add(&agent);
-    askForJobs(router, agent);
     QByteArrayList texts;
-    for (const XMLPacket *packet : std::as_const(agent.packets)) {
-        std::list<QDomNode> nodes;
-        packet->getNodesOfType(XMLObject::XMLOBJECT_PACKETABLE, nodes);
-        for (const QDomNode &node : nodes) {
-            XMLPacketable item;
-            item.setNode(node.toElement());
-            texts += packetOf(*std::unique_ptr<TQPacketable>(item.getData()));
-        }
+    std::list<QDomNode> nodes;
+    if (!agent.packets.isEmpty()) {
+        agent.packets.at(0)->getNodesOfType(XMLObject::XMLOBJECT_PACKETABLE, nodes);
+    }
+    for (const QDomNode &node : nodes) {
+        XMLPacketable item;
+        item.setNode(node.toElement());
+        texts += packetOf(*std::unique_ptr<TQPacketable>(item.getData()));
     }
     return texts;
 }
 
-// Names of all books of the first owner.
-QByteArrayList books(TQCommServer &server)
+// Everything that a connection of the thread's own answers.
+QByteArrayList answersOf(const QByteArray &url)
 {
-    TQLPCOMMANDS command;
-    ZQ_MESSAGE_ID message;
-    TQLISTRECORD *owners = server.getDBList(command, message, PACKETDATATYPE_BOOKOWNER);
-    const auto record = reinterpret_cast<TQOWNER *>(owners);
-    const TQKEY_ELEMENT owner { record ? record->key : 0, PACKETDATATYPE_BOOKOWNER };
-    TQPacketFreeList(&owners, PACKETDATATYPE_OUTPUT);
-    TQBOOK *first = server.getBooks(command, message, SORTTYPE_NAME, SORTORDER_ASCENDING, owner);
-    auto list = reinterpret_cast<TQLISTRECORD *>(first);
-    QByteArrayList names;
-    for (TQLISTRECORD *book = list; book; book = book->next) {
-        names += reinterpret_cast<TQBOOK *>(book)->name;
-    }
-    TQPacketFreeList(&list, PACKETDATATYPE_BOOK);
-    return names;
+    Client client(url);
+    const QByteArrayList answers = jobsByBridge(client.server) +
+        client.booksOf({ 0x48000000, PACKETDATATYPE_BOOKOWNER }) + client.jobsOf(0x40000000);
+    return answers + QByteArrayList { client.profile(0x58000000), client.error() };
 }
 
-// Packet text of a profile with its bytes.
-QByteArray profile(TQCommServer &server)
-{
-    const char *connected = server.getConnectedHostname();
-    std::string host = connected ? connected : "";
-    ICCPROFILEDATA_CC item;
-    item.setName("sRGB");
-    item.load(host, static_cast<unsigned short>(server.getConnectedPortnum()));
-    return packetOf(item);
-}
+using Answers = std::vector<std::pair<QByteArray, QByteArrayList>>;  // by URL
 
-// What a connection of the thread's own answers.
-struct Answers
-{
-    explicit Answers(const QByteArray &url)
-    {
-        TQCommServer server(url.constData());
-        allJobs = jobs(server);
-        someBooks = books(server);
-        oneProfile = profile(server);
-        error = server.errorText();
-    }
-    QByteArrayList allJobs;
-    QByteArrayList someBooks;
-    QByteArray oneProfile;
-    QByteArray error;
-};
-
-struct Store
-{
-    QByteArray url;
-    Answers alone;  // what it answers while nothing else runs
-};
-
-void askAll(const std::vector<Store> &stores, int thread)
+void askAll(const Answers &stores, int thread)
 {
     for (int round = 0; round < ROUNDS; ++round) {
-        const Store &store = stores[size_t(thread + round) % stores.size()];
-        const Answers answers(store.url);
-        const QByteArray where =
-            " of " + store.url + " are the same in thread " + QByteArray::number(thread);
-        check(answers.allJobs == store.alone.allJobs, "jobs" + where);
-        check(answers.someBooks == store.alone.someBooks, "books" + where);
-        check(answers.oneProfile == store.alone.oneProfile, "bytes of a profile" + where);
-        check(answers.error.isEmpty(), "no error " + answers.error);
+        const auto &[url, alone] = stores[size_t(thread + round) % stores.size()];
+        check(answersOf(url) == alone, "a thread gets of " + url + " what one alone gets");
     }
-}
-
-// Stores of all kinds that this machine has a database for.
-std::vector<Store> sampleStores(const QTemporaryDir &folder, PostgresServer &postgres)
-{
-    QByteArrayList urls { "sqlite:" + folder.filePath(str("store.db")).toUtf8() };
-    if (postgres.isInstalled()) {
-        check(postgres.start(), "PostgreSQL starts");
-        urls += postgres.url("threads");
-    }
-    std::string error;
-    for (const QByteArray &url : urls) {
-        check(TQCreateSampleStore(url.constData(), {}, error), "a sample store " + url);
-    }
-    urls += "sqlite::memory:";
-    std::vector<Store> stores;
-    for (const QByteArray &url : urls) {
-        stores.push_back({ url, Answers(url) });
-        const Answers &alone = stores.back().alone;
-        check(alone.allJobs.size() > 200,
-            QByteArray::number(alone.allJobs.size()) + " jobs of " + url);
-        check(alone.someBooks.size() > 2, "books of " + url);
-        check(alone.oneProfile.size() > 1000, "bytes of a profile of " + url);
-    }
-    return stores;
 }
 
 }  // namespace
@@ -166,14 +83,22 @@ std::vector<Store> sampleStores(const QTemporaryDir &folder, PostgresServer &pos
 int main(int argc, char *argv[])
 {
     const QCoreApplication application(argc, argv);
+    Stores samples;
+    check(samples.start(), "PostgreSQL starts");
     qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &text) {
         ++warnings;
         std::fprintf(stderr, "message: %s\n", qPrintable(text));
     });
-    const QTemporaryDir folder;
-    PostgresServer postgres;
-    const std::vector<Store> stores = sampleStores(folder, postgres);
-
+    QByteArrayList urls { samples.sample("threads"), "sqlite::memory:" };
+    if (PostgresServer::isInstalled()) {
+        urls += samples.sample("threads", true);
+    }
+    Answers stores;
+    for (const QByteArray &url : urls) {
+        stores.emplace_back(url, answersOf(url));
+        check(stores.back().second.size() > 300, "all jobs and books of " + url);
+        check(stores.back().second.constLast().isEmpty(), "no error of " + url);
+    }
     std::vector<std::thread> threads;
     for (int i = 0; i < THREADS; ++i) {
         threads.emplace_back(askAll, std::cref(stores), i);
