@@ -143,7 +143,9 @@ void Database::rollback()
     for (auto &statement : m_statements) {
         statement.second.query.finish();
     }
-    execute(QStringLiteral("ROLLBACK"));
+    if (m_sql.isOpen()) {  // a lost connection has ended its transaction, too
+        execute(QStringLiteral("ROLLBACK"));
+    }
 }
 
 bool Database::fail(const QString &error)
