@@ -24,10 +24,9 @@ public:
     {
         TQJOB *jobs = server.getJobqueue(m_command, m_message, queue, type, order, output);
         return each(jobs, PACKETDATATYPE_JOB, [](TQJOB *job) {
-            return QByteArrayList({ job->name, QByteArray::number(TQJOB_CC::pageNumber(job)),
-                                      QByteArray::number(job->publicationId),
-                                      job->publicationName })
-                .join(' ');
+            const QByteArrayList words { job->name, QByteArray::number(TQJOB_CC::pageNumber(job)),
+                QByteArray::number(job->publicationId), job->publicationName };
+            return words.join(' ');
         });
     }
     QByteArrayList booksOf(const TQKEY_ELEMENT &owner)

@@ -75,6 +75,12 @@ QByteArray read(const QString &path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
+bool isInstalled(const char *program)
+{
+    return !QStandardPaths::findExecutable(str(program)).isEmpty() ||
+        qgetenv("CI") == "true";  // where nothing is skipped
+}
+
 // A transcript with what its commands print now: lines that are indented are the terminal's.
 QString replay(const QString &recorded)
 {
@@ -141,6 +147,7 @@ void tst_Command::initTestCase()
     qputenv("LC_ALL", "C");
     qputenv("ICC", "/usr/share/color/icc");
     qputenv("TRANSCRIPTS", TQXML_TRANSCRIPTS);
+    qputenv("SCHEMA", TQXML_SCHEMA);
     qputenv("AS_STRANGER", geteuid() == 0 ? "setpriv --bounding-set=-all" : "");
     qputenv("JOB", "b4:15");
     qputenv("OWNER", "48000001:55");
@@ -182,13 +189,20 @@ void tst_Command::transcripts_data()
 void tst_Command::transcripts()
 {
     QFETCH(QString, file);
+    const QByteArray recorded = read(file);
 #ifdef TQXML_SANITIZED
     if (file.endsWith(str("memory.txt"))) {
         QTest::qSkip("sanitizers need more memory", __FILE__, __LINE__);
         return;
     }
 #endif
-    const QByteArray replayed = replay(str(read(file))).toUtf8();
+    for (const char *program : { "sqlite3", "xmllint" }) {
+        if (recorded.contains(program) && !isInstalled(program)) {
+            QTest::qSkip("a program is not installed", __FILE__, __LINE__);
+            return;
+        }
+    }
+    const QByteArray replayed = replay(str(recorded)).toUtf8();
     QFile output(str("scratch.txt"));
     QVERIFY(output.open(QIODevice::WriteOnly));
     output.write(replayed);

@@ -25,7 +25,7 @@ constexpr int PAGE_SIZE = 4096;  // of SQLite
 struct Model
 {
     std::map<int, QByteArray> jobs;  // of one output: names by id
-    std::optional<std::map<int, QByteArray>> moment;  // what a transaction sees from its first answer
+    std::optional<std::map<int, QByteArray>> moment;  // which a transaction sees
     bool isReading = false;  // a transaction has begun
     bool isBroken = false;  // and something failed in it
     bool isGone = false;  // the tables are
