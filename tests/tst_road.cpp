@@ -1,3 +1,5 @@
+#include "archivenode.h"
+#include "tqcommserver.h"
 #include "tqregistry.h"
 #include "tqstorageclass.h"
 #include "util.h"
@@ -92,6 +94,18 @@ void tst_Road::everyFieldComesBack()
     xml.setData(read.root.firstChildElement(XMLPacket::BODY).firstChild());
     QVERIFY(xml.isCurrent());
     QCOMPARE(describe(xml), describe(item));
+}
+
+void tst_Road::everyStoredTypeHasItsTableAndColumns()
+{
+    TQCommServer server("sqlite::memory:");
+    for (unsigned number = 0; number < 0x100; ++number) {
+        const auto type = PACKETDATATYPES(number);
+        TQLPCOMMANDS command;
+        ZQ_MESSAGE_ID message;
+        delete server.getArchiveNode(command, message, type, { 1, type });
+        QCOMPARE(str(server.errorText()), QString());
+    }
 }
 
 QTEST_GUILESS_MAIN(tst_Road)
