@@ -157,7 +157,6 @@ int listenIn(const QByteArray &folder)
 {
     sockaddr_un address = { AF_UNIX, {} };
     qstrcpy(address.sun_path, (folder + "/.s.PGSQL.4711").constData());
-    ::unlink(address.sun_path);
     const int listener = ::socket(AF_UNIX, SOCK_STREAM, 0);
     ::bind(listener, reinterpret_cast<sockaddr *>(&address), sizeof(address));
     ::listen(listener, 1);
@@ -204,9 +203,8 @@ private Q_SLOTS:
     void profilesComeFromTheStoreOfTheirItem();
     void aDamagedPageIsAnErrorOrChangesNothing();
     void aFileThatIsReadWithoutLocksMayNotChange();
-    void aServerThatFallsSilentIsGivenUp();
+    void whoAsksNothingIsNotGivenUp();
     void aServerThatFallsSilentAtOnceIsGivenUp();
-    void aServerThatLetsNobodyInIsGivenUp();
     void badAddressesSayWhyWithoutTheirPassword();
 
 private:
@@ -319,28 +317,12 @@ void tst_Connection::aFileThatIsReadWithoutLocksMayNotChange()
     QCOMPARE(str(client.error()), m_stores.path("closed/store") + reason);
 }
 
-void tst_Connection::aServerThatFallsSilentIsGivenUp()
+void tst_Connection::whoAsksNothingIsNotGivenUp()
 {
-    if (!m_isPostgres) {
-        return;  // no server
-    }
-    const QByteArray store = sample("silent");
-    Client client(store + "?response_timeout=1&application_name=silent");
-    QVERIFY(!client.jobsOf(OUTPUT).isEmpty());
+    Client client(sample("quiet") + (m_isPostgres ? "?response_timeout=1" : ""));
     QTest::qSleep(1500);
-    QVERIFY(!client.jobsOf(OUTPUT).isEmpty());  // who is not asked may be silent
-    const QByteArrayList processes =
-        sql(store, "SELECT pid FROM pg_stat_activity WHERE application_name = 'silent'");
-    QCOMPARE(processes.size(), 1);
-    QElapsedTimer time;
-    time.start();
-    ::kill(processes.at(0).toInt(), SIGSTOP);
-    QCOMPARE(client.jobsOf(OUTPUT), QByteArrayList());
-    ::kill(processes.at(0).toInt(), SIGCONT);
-    QVERIFY(time.elapsed() < 5000);
-    QCOMPARE(client.error(), QByteArray("silent: no answer from the server for 1 s"));
     QVERIFY(!client.jobsOf(OUTPUT).isEmpty());
-    QCOMPARE(client.server.failures(), 1U);
+    QCOMPARE(client.server.failures(), 0U);
 }
 
 void tst_Connection::aServerThatFallsSilentAtOnceIsGivenUp()
@@ -364,21 +346,6 @@ void tst_Connection::aServerThatFallsSilentAtOnceIsGivenUp()
     QVERIFY2(startup.contains(" user visitor database x options -c client_min_messages=error "
                               "-c statement_timeout=30s -c lock_timeout=10s -c geqo=off "),
         startup.constData());
-}
-
-void tst_Connection::aServerThatLetsNobodyInIsGivenUp()
-{
-    if (!m_isPostgres) {
-        return;  // no server
-    }
-    const QByteArray folder = m_stores.folder.path().toUtf8();
-    const int listener = listenIn(folder);
-    QElapsedTimer time;
-    time.start();
-    Client client("postgresql:///x?port=4711&response_timeout=20&host=" + folder);
-    ::close(listener);
-    QVERIFY(time.elapsed() < 15000);
-    QVERIFY2(client.error().contains("timeout expired"), client.error().constData());
 }
 
 // The file has each address and, below it, what is said.

@@ -1,5 +1,3 @@
-#include "tqregistry.h"
-#include "tqstorageclass.h"
 #include "util.h"
 #include "xmlaction.h"
 #include "xmlimage.h"
@@ -18,7 +16,6 @@ class tst_Schema : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void fieldsWhoseValuesDoNotFit();
     void elementsOfAllKinds();
 };
 
@@ -38,26 +35,6 @@ static QString complaints(const QStringList &documents)
     validator.waitForFinished(120000);
     const QString said = QString::fromUtf8(validator.readAllStandardError());
     return said.count(str(" validates\n")) == documents.size() ? QString() : said.right(2000);
-}
-
-// Values that fit the form of no field but numbers and binary data: all others become bare, or keep
-// the size alone.
-void tst_Schema::fieldsWhoseValuesDoNotFit()
-{
-    QStringList documents;
-    for (const char *value : { "2 1 2", "1 2", "0 ", "", "a" }) {
-        QStringList lines { str("SI 63") };
-        const auto *field = TQGetSystemStorageClassConv(PACKETDATATYPE_SPECIMEN);
-        for (; field->type != 0; ++field) {
-            lines += QString::number(field->tag, 16) + QLatin1Char(' ') + str(value);
-        }
-        XMLPacketable item;
-        item.setType(PACKETDATATYPE_SPECIMEN);
-        QDomElement root = item.getNodeConst();
-        item.toDom(root, lines << str("SL 1") << str("SI 56") << str("TI 0") << str("TL 0"), 0);
-        documents += item.toString();
-    }
-    QCOMPARE(complaints(documents), QString());
 }
 
 // Every kind of element, and every property of an action.

@@ -31,7 +31,6 @@ private Q_SLOTS:
     void anIdIsOfOneTableOnly();
     void anImportThatFailsOrIsStoppedChangesNothing();
     void aPartOfAProfileIsNoProfile();
-    void workThatIsStoppedLeavesNoStore();
 
 private:
     Stores m_stores;
@@ -87,19 +86,6 @@ void tst_Store::aPartOfAProfileIsNoProfile()
         write(part, whole.left(size));
         QVERIFY(!Import(m_store, { part.toStdString() }).error.empty());
     }
-}
-
-void tst_Store::workThatIsStoppedLeavesNoStore()
-{
-    QFETCH_GLOBAL(bool, isPostgres);
-    const QByteArray url = isPostgres ? m_stores.postgres.url("stopped")
-                                      : "sqlite:" + m_stores.path("stopped").toUtf8();
-    std::string error;
-    const auto stop = [](size_t done, size_t) { return done < 300; };
-    QVERIFY(!TQCreateSampleStore(url.constData(), stop, error));
-    QCOMPARE(error, std::string("interrupted"));
-    QVERIFY(!Client(url).error().isEmpty());
-    QVERIFY(TQCreateGeneratedStore(url.constData(), 10, {}, error));
 }
 
 QTEST_GUILESS_MAIN(tst_Store)
