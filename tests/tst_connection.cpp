@@ -200,6 +200,7 @@ private Q_SLOTS:
     void initTestCase() { QVERIFY(m_stores.start()); }
     void init();
     void whateverHappensAnswersAreOfOneMomentOrFailures();
+    void anItemThatLacksWhatItRefersToIsAnError();
     void profilesComeFromTheStoreOfTheirItem();
     void aDamagedPageIsAnErrorOrChangesNothing();
     void aFileThatIsReadWithoutLocksMayNotChange();
@@ -234,6 +235,16 @@ void tst_Connection::whateverHappensAnswersAreOfOneMomentOrFailures()
         trial.ask();
     }
     QVERIFY2(!QTest::currentTestFailed(), ("seed " + QByteArray::number(seed)).constData());
+}
+
+void tst_Connection::anItemThatLacksWhatItRefersToIsAnError()
+{
+    const QByteArray store = sample("lacking");
+    Client client(store);
+    sql(store, "ALTER TABLE tq_icc_profile RENAME TO gone");
+    QVERIFY(!client.archive(PACKETDATATYPE_JOB, 1));
+    QVERIFY(client.failed());
+    QCOMPARE(client.server.failures(), 1U);
 }
 
 // Two databases of one server have the same host and port; files have numbers for ports.
