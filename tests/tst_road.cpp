@@ -14,7 +14,7 @@ QByteArray describe(const TQPacketable &item)
 {
     const QByteArray key =
         QByteArray::number(item.dbkey.key) + ':' + QByteArray::number(item.dbkey.hkey);
-    return key + ' ' + item.name + '\n' + packetOf(item);
+    return key + ' ' + QByteArray(item.name) + '\n' + packetOf(item);
 }
 QByteArray describe(XMLPacketable &item)
 {
