@@ -66,9 +66,9 @@ void tst_Road::everyFieldComesBack_data()
         << QByteArray("101 %1 %2 %99 %%1 %L1\n1601 2 %1 %2\r %3\n");
     QTest::newRow("blanks and tabs") << QByteArray("102   two  and   three\n104 \ta\tb\n");
     QTest::newRow("markup") << QByteArray("201 \"a\" 'b'\n202 a & &amp; <c> ]]> &#10; -->\n");
-    QTest::newRow("all planes of Unicode")
-        << QByteArray("204 Čeština, Ελληνικά, ÿ, e\u0301\n208 🖨️ 👩‍👩‍👧 𝄞\n1601 2 "
-                      "🖨️\rß\n");
+    QTest::newRow("all planes of Unicode") << QByteArray(
+        "204 Čeština, Ελληνικά, ÿ, e\u0301\n208 🖨️ 👩‍👩‍👧 𝄞\n1601 2 "
+        "🖨️\rß\n");
     QTest::newRow("text like packet text") << QByteArray("108 0x1F\n301 SI 63\n");
     QTest::newRow("items and lists inside, and a second item behind")
         << QByteArray("101 a\nSL 2\nSI 63\n101 b\nSL 0\nTL 0\nTI 0\nSI 6\nTI 0\nTL 0\n102 c\n"
