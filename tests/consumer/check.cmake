@@ -1,18 +1,11 @@
-# cmake -DSOURCE=.. (-DBUILD=.. | -DDEBS=FOLDER) -DWORK=.. -DPACKAGE=.. -DPC=.. -DCXX=.. -P check.cmake
-# Installs the build, or unpacks the Debian packages of that folder, into an empty one, and builds
-# and runs the README's program against that, once through CMake and once through pkg-config.
-# Without either against what is installed on this machine.
+# cmake -DSOURCE=.. [-DBUILD=.. -DLIBDIR=.. | "-DDEBS=A.deb;B.deb;.." -DLIBDIR=..] -DWORK=..
+#     -DPACKAGE=.. -DPC=.. -DCXX=.. -P check.cmake
+# Installs the build, or unpacks the Debian packages, into an empty folder, and builds and runs the
+# README's program against that, once through CMake and once through pkg-config. LIBDIR is the
+# folder of libraries below the prefix. Without either against what is installed on this machine.
+include(${CMAKE_CURRENT_LIST_DIR}/run.cmake)
 file(REMOVE_RECURSE ${WORK})
 file(MAKE_DIRECTORY ${WORK}/consumer)
-
-function(run)
-    execute_process(COMMAND ${ARGN} OUTPUT_VARIABLE text ERROR_VARIABLE error RESULT_VARIABLE result)
-    if(NOT result EQUAL 0)
-        list(JOIN ARGN " " command)
-        message(FATAL_ERROR "${command}: ${result}\n${text}${error}")
-    endif()
-    set(text "${text}" PARENT_SCOPE)
-endfunction()
 
 # The text between the first "```LANGUAGE" line of the README and the line that ends it.
 function(readme_block language variable)
@@ -48,8 +41,7 @@ file(WRITE ${WORK}/consumer/CMakeLists.txt "${lists}")
 set(prefix ${WORK}/installed)
 if(DEFINED DEBS)
     string(APPEND prefix /usr)
-    file(GLOB debs ${DEBS}/*.deb)
-    foreach(deb IN LISTS debs)
+    foreach(deb IN LISTS DEBS)
         run(dpkg-deb --extract ${deb} ${WORK}/installed)
     endforeach()
 elseif(DEFINED BUILD)
@@ -62,11 +54,9 @@ run(${CMAKE_COMMAND} --build ${WORK}/cmake)
 run(${WORK}/cmake/your_program)
 set(with_cmake "${text}")
 
-file(GLOB_RECURSE pc ${prefix}/*/${PC}.pc)
-if(pc)
-    get_filename_component(pc "${pc}" DIRECTORY)
-    get_filename_component(libraries ${pc} DIRECTORY)
-    set(ENV{PKG_CONFIG_PATH} ${pc})
+if(DEFINED LIBDIR)
+    set(libraries ${prefix}/${LIBDIR})
+    set(ENV{PKG_CONFIG_PATH} ${libraries}/pkgconfig)
 endif()
 run(sh -c "cd ${WORK}/consumer && ${compile}")
 run(${CMAKE_COMMAND} -E env "LD_LIBRARY_PATH=${libraries}" ${WORK}/consumer/your_program)

@@ -1,0 +1,10 @@
+# Run by CPack over what goes into each package: manual page and changelog are compressed there.
+foreach(component IN LISTS CPACK_COMPONENTS_ALL)
+    string(TOUPPER ${component} key)
+    set(share ${CPACK_TEMPORARY_INSTALL_DIRECTORY}/${component}/usr/share)
+    set(files ${share}/doc/${CPACK_DEBIAN_${key}_PACKAGE_NAME}/changelog)
+    if(component STREQUAL tqxml)
+        list(APPEND files ${share}/man/man1/tqxml.1)
+    endif()
+    execute_process(COMMAND gzip -9n ${files} COMMAND_ERROR_IS_FATAL ANY)
+endforeach()
