@@ -55,6 +55,25 @@ QByteArray Bytes::raw(size_t most)
     return bytes;
 }
 
+void Program::run()
+{
+    while (!bytes.isEmpty()) {
+        ++m_steps;
+        step();
+    }
+}
+
+void Program::callBack()
+{
+    constexpr unsigned DEPTH = 12;
+    for (unsigned steps = m_depth < DEPTH ? bytes.below(4) : 0; steps > 0; --steps) {
+        ++m_depth;
+        ++m_steps;
+        step();
+        --m_depth;
+    }
+}
+
 QStringList linesOf(const QString &text)
 {
     return text.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
@@ -83,13 +102,13 @@ bool haveSameAttributes(const QDomNode &a, const QDomNode &b)
     return areEqual;
 }
 
+}  // namespace
+
 bool areSame(const QDomNode &a, const QDomNode &b)
 {
     return a.nodeType() == b.nodeType() && a.nodeName() == b.nodeName() &&
         a.nodeValue() == b.nodeValue() && haveSameAttributes(a, b) && haveSameContent(a, b);
 }
-
-}  // namespace
 
 bool haveSameContent(const QDomNode &a, const QDomNode &b)
 {

@@ -43,13 +43,45 @@ private:
     size_t m_left;
 };
 
+/// An input as a program: each step is a call, and what calls back makes the next steps inside of
+/// it.
+class Program
+{
+public:
+    Program(const uint8_t *data, size_t size) : bytes(data, size) {}
+    virtual ~Program() = default;
+    void run();
+
+protected:
+    virtual void step() = 0;
+    /// Makes up to three steps; none where calls are too deep inside one another.
+    void callBack();
+    bool isAtTop() const { return m_depth == 0; }
+    /// Makes a call, and returns whether it made no steps.
+    template<typename Call>
+    bool runsAlone(Call call)
+    {
+        const unsigned steps = m_steps;
+        call();
+        return m_steps == steps;
+    }
+
+    Bytes bytes;
+
+private:
+    unsigned m_depth = 0;
+    unsigned m_steps = 0;
+};
+
 /// The lines of a packet text, without the empty ones.
 QStringList linesOf(const QString &text);
 /// Data type of the first item in a packet text; none without an item.
 PACKETDATATYPES typeOf(const QStringList &lines);
 
-/// Whether two elements have the same children, with all below; names and attributes of the
-/// elements themselves do not count.
+/// @{
+/// Whether two nodes, or the children of both, say the same with all below.
+bool areSame(const QDomNode &a, const QDomNode &b);
 bool haveSameContent(const QDomNode &a, const QDomNode &b);
+/// @}
 
 #endif

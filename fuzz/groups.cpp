@@ -15,10 +15,7 @@
 
 namespace {
 
-constexpr unsigned ACTIONS = 5;
-constexpr unsigned GROUPS = 2;
-constexpr unsigned NESTING = 12;  // signals, one inside another, that make further calls
-constexpr unsigned NESTED_STEPS = 3;
+constexpr unsigned ACTIONS = 4;
 
 using Actions = std::vector<XMLAction *>;
 
@@ -32,294 +29,181 @@ struct Group
 {
     QPointer<XMLActionGroup> group;
     Actions members;
-    std::set<XMLAction *> heard;  // members whose toggles reach the group
+    std::set<XMLAction *> heard;  // members whose signals reach the group
 };
 
-class World
+class World : public Program
 {
 public:
-    World(const uint8_t *data, size_t size) : m_bytes(data, size) {}
-    ~World();
-    void run()
+    using Program::Program;
+    ~World() override
     {
-        while (!m_bytes.isEmpty()) {
-            step();
+        delete m_groups[0].group;
+        delete m_groups[1].group;
+        for (const QPointer<XMLAction> &action : m_actions) {
+            delete action;
         }
     }
 
 private:
-    void step();
-    void callBack();
-    void check() const;
-
-    void makeAction();
-    void deleteAction();
-    void setChecked();
-    void select();
-    void deleteGroup();
-    void add();
-    void remove();
-    void toggleMember();
-    void askGroup();
-    void signalToGroup();
-
-    XMLAction *action() { return m_actions[m_bytes.below(ACTIONS)]; }
-    Group &group();
-    void forget(XMLAction *action);
-    void removeFrom(Group &group, XMLAction *action);
-    template<typename Call>
-    void expectState(XMLAction *toggled, bool checked, Call call);
-
-    Bytes m_bytes;
-    unsigned m_nesting = 0;
-    unsigned m_steps = 0;
-    QPointer<XMLAction> m_actions[ACTIONS];
-    Group m_groups[GROUPS];
-    std::map<XMLAction *, XMLActionGroup *> m_groupOf;  // as the action says
-};
-
-World::~World()
-{
-    for (const Group &each : m_groups) {
-        delete each.group;
-    }
-    for (const QPointer<XMLAction> &each : m_actions) {
-        delete each;
-    }
-}
-
-void World::step()
-{
-    using Step = void (World::*)();
-    static constexpr Step STEPS[] = { &World::makeAction, &World::makeAction, &World::deleteAction,
-        &World::setChecked, &World::setChecked, &World::select, &World::deleteGroup, &World::add,
-        &World::add, &World::remove, &World::toggleMember, &World::askGroup,
-        &World::signalToGroup };
-    ++m_steps;
-    (this->*STEPS[m_bytes.below(std::size(STEPS))])();
-    check();
-}
-
-void World::callBack()
-{
-    if (m_nesting < NESTING) {
-        ++m_nesting;
-        for (unsigned steps = m_bytes.below(NESTED_STEPS + 1); steps > 0; --steps) {
-            step();
+    void step() override
+    {
+        using Step = void (World::*)(Group &, QPointer<XMLAction> &);
+        static constexpr Step STEPS[] = { &World::dropGroup, &World::dropAction, &World::add,
+            &World::add, &World::remove, &World::signalToRemove, &World::toggle, &World::toggle,
+            &World::toggleMember, &World::select, &World::ask };
+        const Step next = STEPS[bytes.below(std::size(STEPS))];
+        Group &group = m_groups[bytes.below(2)];
+        QPointer<XMLAction> &action = m_actions[bytes.below(ACTIONS)];
+        if (!group.group) {
+            group = { new XMLActionGroup(nullptr, nullptr), {}, {} };
         }
-        --m_nesting;
-    }
-}
-
-void World::check() const
-{
-    for (const Group &each : m_groups) {
-        if (each.group) {
-            const Actions &members = each.members;
-            const QList<XMLAction *> listed = each.group->actions();
-            require(Actions(listed.begin(), listed.end()) == members,
-                "a group lists its living members");
-            const auto selected = std::find_if(members.begin(), members.end(),
-                [](const XMLAction *member) { return member->isSelected(); });
-            require(
-                each.group->checkedAction() == (selected == members.end() ? nullptr : *selected),
-                "the first selected member is the checked one");
+        if (!action) {
+            action = new XMLAction(QStringLiteral("show"), 0, 0);
+            QObject::connect(action, &XMLAction::toggled, action, [this] { callBack(); });
+            QObject::connect(action, &QObject::destroyed, action, [this] { callBack(); });
         }
+        (this->*next)(group, action);
+        check();
     }
-    for (const auto &[action, group] : m_groupOf) {
-        require(action->actionGroup() == group, "an action knows its group");
-    }
-}
 
-Group &World::group()
-{
-    Group &chosen = m_groups[m_bytes.below(GROUPS)];
-    if (!chosen.group) {
-        chosen = { new XMLActionGroup(nullptr, nullptr), {}, {} };
-    }
-    return chosen;
-}
-
-void World::makeAction()
-{
-    QPointer<XMLAction> &slot = m_actions[m_bytes.below(ACTIONS)];
-    if (!slot) {
-        slot = new XMLAction(QStringLiteral("show"), 0, 0);
-        m_groupOf[slot] = nullptr;
-        QObject::connect(slot, &XMLAction::toggled, slot, [this] { callBack(); });
-        if (m_bytes.flag()) {
-            QObject::connect(slot, &QObject::destroyed, slot, [this] { callBack(); });
-        }
-    }
-}
-
-void World::forget(XMLAction *action)
-{
-    for (Group &each : m_groups) {
-        each.members.erase(
-            std::remove(each.members.begin(), each.members.end(), action), each.members.end());
-        each.heard.erase(action);
-    }
-    m_groupOf.erase(action);
-}
-
-void World::deleteAction()
-{
-    if (XMLAction *const chosen = action()) {
-        forget(chosen);
-        delete chosen;
-    }
-}
-
-// Makes a call that toggles an action, or none. What is checked afterwards is certain at the top
-// and where no slot makes further calls: a group that is unchecking its members hears of no
-// toggles. An action that is in both groups lets a toggle come back to where it began.
-template<typename Call>
-void World::expectState(XMLAction *toggled, bool checked, Call call)
-{
-    const Actions &first = m_groups[0].members;
-    const bool isShared = std::any_of(first.begin(), first.end(),
-        [this](const XMLAction *member) { return contains(m_groups[1].members, member); });
-    std::map<XMLAction *, bool> expected;
-    for (auto entry = m_groupOf.begin(); entry != m_groupOf.end() && !isShared; ++entry) {
-        expected[entry->first] = entry->first->isChecked();
-    }
-    for (const Group &each : m_groups) {
-        for (XMLAction *member : each.members) {
-            if (each.group && each.heard.count(toggled) > 0) {
-                expected[member] = false;
+    void check() const
+    {
+        for (const Group &each : m_groups) {
+            if (each.group) {
+                const QList<XMLAction *> listed = each.group->actions();
+                require(Actions(listed.begin(), listed.end()) == each.members,
+                    "a group lists its living members");
+                const auto selected = std::find_if(each.members.begin(), each.members.end(),
+                    [](const XMLAction *member) { return member->isSelected(); });
+                require(each.group->checkedAction() ==
+                        (selected == each.members.end() ? nullptr : *selected),
+                    "the first selected member is the checked one");
             }
         }
     }
-    expected.erase(toggled);
-    if (toggled && !isShared) {
+
+    void dropGroup(Group &group, QPointer<XMLAction> &)
+    {
+        delete group.group;
+        group = {};
+    }
+
+    void dropAction(Group &, QPointer<XMLAction> &action)
+    {
+        for (Group &each : m_groups) {
+            each.members.erase(std::remove(each.members.begin(), each.members.end(), action.data()),
+                each.members.end());
+            each.heard.erase(action);
+        }
+        delete action;
+    }
+
+    void add(Group &group, QPointer<XMLAction> &action)
+    {
+        require(group.group->addAction(action) == action, "an action that is added is returned");
+        require(action->actionGroup() == group.group, "and knows its group");
+        group.members.push_back(action);
+        group.heard.insert(action);
+    }
+
+    void remove(Group &group, QPointer<XMLAction> &action)
+    {
+        group.group->removeAction(action);
+        expectRemoved(group, action);
+    }
+
+    void expectRemoved(Group &group, XMLAction *action)
+    {
+        require(!action->actionGroup(), "what was removed has no group");
+        const auto member = std::find(group.members.begin(), group.members.end(), action);
+        if (member != group.members.end()) {
+            group.members.erase(member);
+        }
+        group.heard.erase(action);
+    }
+
+    // The slot without an action looks at its sender: a member, or a stranger that stays as it is.
+    void signalToRemove(Group &group, QPointer<XMLAction> &action)
+    {
+        bool approved = false;
+        const XMLActionGroup *const before = action->actionGroup();
+        const auto connection = QObject::connect(
+            action, &XMLAction::toggling, group.group, qOverload<>(&XMLActionGroup::removeAction));
+        Q_EMIT action->toggling(approved);
+        QObject::disconnect(connection);
+        if (contains(group.members, action)) {
+            expectRemoved(group, action);
+        } else {
+            require(action->actionGroup() == before, "a stranger keeps its group");
+        }
+    }
+
+    // Makes a call that toggles an action, or none. What is checked afterwards is certain at the
+    // top and where no slot makes further calls: a group that is unchecking its members hears of
+    // no toggles. An action that is in both groups lets a toggle come back to where it began.
+    template<typename Call>
+    void expectState(XMLAction *toggled, bool checked, Call call)
+    {
+        std::map<XMLAction *, bool> expected;
+        for (XMLAction *action : m_actions) {
+            if (action) {
+                expected[action] = action->isChecked();
+            }
+        }
+        bool isShared = false;
+        for (const Group &each : m_groups) {
+            for (XMLAction *member : each.members) {
+                expected[member] = expected[member] && each.heard.count(toggled) == 0;
+                isShared = isShared || (&each != m_groups && contains(m_groups->members, member));
+            }
+        }
         expected[toggled] = checked;
+        if (runsAlone(call) && isAtTop() && !isShared) {
+            for (const auto &[action, state] : expected) {
+                require(!action || action->isChecked() == state, "one of a group is checked");
+            }
+        }
     }
-    const unsigned steps = m_steps;
-    call();
-    const bool isCertain = m_nesting == 0 && m_steps == steps;
-    for (const auto &[action, state] : expected) {
-        require(!isCertain || action->isChecked() == state,
-            "the others in the group are unchecked, and nobody else");
+
+    void toggle(Group &, QPointer<XMLAction> &action)
+    {
+        const bool checked = bytes.flag();
+        if (checked == action->isChecked()) {
+            expectState(action, checked, [&action, checked] { action->setChecked(checked); });
+        } else {
+            expectState(action, checked, [&action] { action->toggle(); });
+        }
     }
-}
 
-void World::setChecked()
-{
-    XMLAction *const chosen = action();
-    if (!chosen) {
-        return;
+    void toggleMember(Group &group, QPointer<XMLAction> &action)
+    {
+        const bool isToggled = contains(group.members, action) && !action->isChecked();
+        expectState(isToggled ? action.data() : nullptr, true,
+            [&group, &action] { group.group->toggleAction(action); });
     }
-    if (m_bytes.flag()) {
-        expectState(chosen, !chosen->isChecked(), [chosen] { chosen->toggle(); });
-    } else {
-        const bool checked = m_bytes.flag();
-        expectState(chosen, checked, [chosen, checked] { chosen->setChecked(checked); });
-    }
-}
 
-void World::select()
-{
-    if (XMLAction *const chosen = action()) {
-        chosen->setSelected(m_bytes.flag());
-    }
-}
+    void select(Group &, QPointer<XMLAction> &action) { action->setSelected(bytes.flag()); }
 
-void World::deleteGroup() { delete group().group; }
-
-void World::add()
-{
-    Group &chosen = group();
-    XMLAction *const added = action();
-    require(chosen.group->addAction(added) == added, "an action that is added is returned");
-    if (added) {
-        chosen.members.push_back(added);
-        chosen.heard.insert(added);
-        m_groupOf[added] = chosen.group;
-    }
-}
-
-void World::removeFrom(Group &from, XMLAction *removed)
-{
-    const auto member = std::find(from.members.begin(), from.members.end(), removed);
-    if (member != from.members.end()) {
-        from.members.erase(member);
-    }
-    from.heard.erase(removed);
-    m_groupOf[removed] = nullptr;
-}
-
-void World::remove()
-{
-    Group &chosen = group();
-    if (XMLAction *const removed = action()) {
-        chosen.group->removeAction(removed);
-        removeFrom(chosen, removed);
-    }
-}
-
-void World::toggleMember()
-{
-    const Group &chosen = group();
-    XMLAction *const toggled = action();
-    const bool isToggled = toggled && contains(chosen.members, toggled) && !toggled->isChecked();
-    expectState(isToggled ? toggled : nullptr, true,
-        [&chosen, toggled] { chosen.group->toggleAction(toggled); });
-}
-
-void World::askGroup()
-{
-    const Group &chosen = group();
-    if (XMLAction *const asking = action()) {
-        const bool isMarked = contains(chosen.members, asking) && asking->isChecked();
+    void ask(Group &group, QPointer<XMLAction> &action)
+    {
+        const bool isMarked = contains(group.members, action) && action->isChecked();
         bool isApproved = isMarked;
         const auto connection = QObject::connect(
-            asking, &XMLAction::toggling, chosen.group, &XMLActionGroup::approveToggle);
-        Q_EMIT asking->toggling(isApproved);
+            action, &XMLAction::toggling, group.group, &XMLActionGroup::approveToggle);
+        Q_EMIT action->toggling(isApproved);
         QObject::disconnect(connection);
         require(isApproved == !isMarked, "only a checked member may not be toggled");
     }
-}
 
-// Slots that look at their sender: a member, a stranger, or nobody, which is certain at the top.
-void World::signalToGroup()
-{
-    Group &chosen = group();
-    XMLAction *const sender = action();
-    const auto removeSender = qOverload<>(&XMLActionGroup::removeAction);
-    QObject stranger;
-    switch (m_bytes.below(4)) {
-    case 0:
-        if (m_nesting == 0) {
-            expectState(nullptr, false, [&chosen] { chosen.group->updateActions(); });
-            chosen.group->removeAction();
-            chosen.group->removeAction(nullptr);
-        }
-        break;
-    case 1:
-        QObject::connect(&stranger, &QObject::objectNameChanged, chosen.group, removeSender);
-        stranger.setObjectName(QStringLiteral("stranger"));
-        break;
-    default:
-        if (sender) {
-            bool isApproved = false;
-            const auto connection =
-                QObject::connect(sender, &XMLAction::toggling, chosen.group, removeSender);
-            Q_EMIT sender->toggling(isApproved);
-            QObject::disconnect(connection);
-            if (contains(chosen.members, sender)) {
-                removeFrom(chosen, sender);
-            }
-        }
-        break;
-    }
-}
+    QPointer<XMLAction> m_actions[ACTIONS];
+    Group m_groups[2];
+};
 
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
-    makeApplication();
     World(data, size).run();
     return 0;
 }
