@@ -13,9 +13,9 @@ class XMLPacketable;
 
 /// One user-interface action, or one request to the server bridge: an "action" element.
 ///
-/// Values are set/has/get triples over one child element (property) or attribute each; a getter
-/// returns the default named in its group when the value is absent. Rectangles and the group live
-/// in memory only and are never written to XML.
+/// Each value has a setter, a has() and a getter, and is stored in one property (child element) or
+/// attribute. When the value is absent, the getter returns the default named in its group.
+/// Rectangles and the group exist in memory only; they are not part of the XML.
 class TQXML_EXPORT XMLAction : public XMLObject
 {
     Q_OBJECT
@@ -24,14 +24,14 @@ public:
     XMLAction();
     /// Writes the attributes name, type and originator, in that order.
     XMLAction(const QString &name, int type, int originator);
-    /// An action group hears of it through the signal destroyed().
+    /// Its action group is told by the signal destroyed().
     ~XMLAction() override;
 
     /// @{
     /// Switches: the properties "visible", "show_newest_page", "enabled", "checkable", "checked",
     /// "selected", "need_update", "exclude_publications", "paint_pixmap" and "sort_ascending".
-    /// Visible and enabled are true when absent, all others false. A text that is neither 0 nor 1
-    /// counts as present, and reads false.
+    /// Visible and enabled are true when absent, all others false. Any text other than "1"
+    /// reads false, but the value counts as present.
     static void setVisible(QDomElement &e, bool visible);
     void setVisible(bool visible);
     bool hasVisible() const;
@@ -64,8 +64,8 @@ public:
     /// @}
 
     /// @{
-    /// Attributes "name", "type" and "originator": null string or 0 when absent; an empty name
-    /// leaves the earlier one. For a request, the type is the request type.
+    /// Attributes "name", "type" and "originator": a null string or 0 when absent. An
+    /// empty name is ignored. In a request the type is the request type.
     static void setName(QDomElement &e, const QString &name);
     void setName(const QString &name);
     QString getName() const;
@@ -83,8 +83,8 @@ public:
     /// @}
 
     /// @{
-    /// One database key: properties "tqkey_hkey" and "tqkey_key", base 16. Present when both words
-    /// are; each word reads as 0 when absent.
+    /// One database key: properties "tqkey_hkey" and "tqkey_key", base 16. Present only when both
+    /// words are; an absent word reads as 0.
     void setTQKEY(const TQKEY_ELEMENT &key);
     bool hasTQKEY() const;
     TQKEY_ELEMENT getTQKEY() const;
@@ -92,8 +92,8 @@ public:
 
     /// @{
     /// A list of database keys: properties "tqkey_hkey_list" and "tqkey_key_list", base 16. Null
-    /// pointers are skipped; the caller keeps what it passes. getTQKEYList() returns new keys,
-    /// owned by the caller; as many as the shorter of the two properties holds.
+    /// pointers are skipped; the caller keeps the keys that it passes. getTQKEYList() returns new
+    /// keys, which the caller owns: as many as the shorter of the two properties holds.
     void setTQKEYList(const QList<TQKEY_ELEMENT *> &keys);
     bool hasTQKEYList() const;
     [[nodiscard]] QList<TQKEY_ELEMENT *> getTQKEYList() const;
@@ -118,9 +118,9 @@ public:
 
     /// @{
     /// Numbers: the properties "pagenum", "channel_id", "index", "x", "y", "x_double", "y_double",
-    /// "colour" and "sort_type". They read 0 when absent, the colour 0xffffff: 0xrrggbb, where
-    /// higher bits are kept as they are. Channel and colour are stored in base 16, the others in
-    /// base 10. The doubles keep 6 significant digits.
+    /// "colour" and "sort_type". An absent number reads 0, an absent colour 0xffffff. A
+    /// colour is 0xrrggbb; higher bits are kept. Channel and colour are stored in base 16, the
+    /// others in base 10. The doubles keep 6 significant digits.
     void setPageNumber(int page);
     bool hasPageNumber() const;
     int getPageNumber() const;
@@ -151,7 +151,7 @@ public:
     /// @}
 
     /// @{
-    /// On-screen areas, in the application's units; null rectangles until set.
+    /// Areas on the screen, in the application's units; null rectangles until they are set.
     void setRect(int x, int y, int w, int h);
     QRect rect() const;
     void setTextRect(int x, int y, int w, int h);
@@ -159,13 +159,13 @@ public:
     /// @}
 
     /// @{
-    /// The group the action is in, or null; not owned. Kept by the group.
+    /// The group of the action, or null; not owned. XMLActionGroup sets it.
     void setActionGroup(XMLActionGroup *group);
     XMLActionGroup *actionGroup() const;
     /// @}
 
     /// @{
-    /// Appends a data item as the last child, converted or deep-copied, and returns the child.
+    /// Converts or deep-copies a data item, appends it as the last child, and returns that child.
     QDomElement append(TQPacketable &item);
     QDomElement append(XMLPacketable &item);
     /// @}
@@ -181,9 +181,9 @@ public:
     void print(const QString &title) const;
 
 Q_SIGNALS:
-    /// The checked state was written; emitted on every setChecked(), changed or not.
+    /// Emitted by every setChecked(), also when the state is the same as before.
     void toggled(bool checked);
-    /// A question before a toggle, for applications to emit; the library never does.
+    /// For applications, to ask before a toggle. The library never emits it.
     void toggling(bool &cancel);
 
 public Q_SLOTS:
@@ -191,7 +191,7 @@ public Q_SLOTS:
     void toggle();
     /// Writes the checked state, then emits toggled() with the state as it reads back.
     void setChecked(bool /*checked*/);
-    /// Writes what isEnabled() reads; emits nothing.
+    /// Sets what isEnabled() returns; emits nothing.
     void setEnabled(bool /*enabled*/);
 
 private:

@@ -11,9 +11,9 @@ class XMLAction;
 
 /// Actions of which at most one stays checked: when one reports a toggle, all others are unchecked.
 ///
-/// The group owns no action. A member that is deleted leaves the list by itself; group and members
-/// may be deleted in any order, also from inside the slots of their signals. A member's group
-/// pointer is not cleared when the group dies.
+/// The group does not own its actions. A deleted member is removed from the list. Group and members
+/// may be deleted in any order, also in a slot that one of their signals calls. When the group is
+/// deleted, XMLAction::actionGroup() of its members is left as it is.
 class TQXML_EXPORT XMLActionGroup : public QObject
 {
     Q_OBJECT
@@ -23,34 +23,35 @@ public:
     XMLActionGroup(QObject *parent, const char *name);
     ~XMLActionGroup() override;
 
-    /// Adds the action and returns it. Added twice it is listed twice; null is only returned.
+    /// Adds the action and returns it. An action added twice is listed twice. Null is
+    /// ignored.
     XMLAction *addAction(XMLAction *action);
     /// The members in the order of adding.
     QList<XMLAction *> actions() const;
     /// The first member that is selected (not: checked), or null.
     XMLAction *checkedAction() const;
-    /// Toggles a member that is not checked; leaves all others alone.
+    /// Toggles the action if it is a member and not checked.
     void toggleAction(XMLAction *action);
 
 Q_SIGNALS:
-    /// For applications to emit; the library never does.
+    /// For applications. The library never emits it.
     void triggered(XMLAction *action);
 
 public Q_SLOTS:
-    /// Unchecks every member but the sender, whatever the sender's new state is.
+    /// Unchecks every member except the sender, whether the sender is now checked or not.
     void updateActions();
     /// @{
-    /// Takes one occurrence of the action off the list and disconnects it from the group; null, or
-    /// none, stands for the sender of the signal.
+    /// Removes one occurrence of the action from the list and disconnects the action from the
+    /// group. Without an action, or with null, it is the sender of the signal that is removed.
     void removeAction(XMLAction * /*action*/);
     void removeAction();
     /// @}
-    /// Answers a member's toggling(): true means that the toggle is allowed. Only a checked member
-    /// is refused, so that the mark moves by checking another.
+    /// For a member's signal toggling(): sets \a approved to whether the toggle is allowed. A
+    /// checked member may not be toggled; to uncheck it, check another.
     void approveToggle(bool &approved);
 
 private:
-    QList<QPointer<XMLAction>> m_actions;  // not owned; null where an action is dying or gone
+    QList<QPointer<XMLAction>> m_actions;  // not owned; null for a destroyed action
     bool m_updating = false;  // inside updateActions()
 };
 

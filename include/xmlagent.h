@@ -6,51 +6,53 @@
 class XMLPacket;
 class XMLRouter;
 
-/// An endpoint of the routing: whatever can receive packets.
+/// Anything that can receive packets.
 ///
-/// Register it with XMLRouter::add(), and take it off with XMLRouter::remove() before it is
-/// deleted; the router does not own it.
+/// Register it with XMLRouter::add(). The router does not own it: call XMLRouter::remove() before
+/// you delete it.
 class TQXML_EXPORT XMLAgent
 {
 public:
-    /// The type is the application's classification; 0 is the server bridge's.
+    /// The application chooses the types of its agents; 0 is the type of the server bridge.
     explicit XMLAgent(int agentType);
     virtual ~XMLAgent();
     XMLAgent(const XMLAgent &) = delete;
     XMLAgent &operator=(const XMLAgent &) = delete;
 
-    /// Takes a packet addressed to this agent. The packet is the agent's, which must delete it, at
-    /// once or with deleteLater(). Inside, the agent may send, add and remove agents, run an event
-    /// loop or delete the router.
+    /// Called with each packet that is addressed to this agent. The agent owns the packet and must
+    /// delete it, at once or with deleteLater(). It may send packets, add and remove agents, run an
+    /// event loop and delete the router.
     virtual void receive(XMLPacket *packet) = 0;
-    /// Called when another agent is gone or was found unreachable, if this agent wants to know.
-    /// Inside, it may do all that it may in receive(), and also remove and delete itself.
+    /// Called when another agent was removed or a packet could not be delivered to it, if this
+    /// agent wants to know. The agent may do everything that it may do in receive(), and also
+    /// remove and delete itself.
     ///
-    /// The removal of -1, the server bridge, means that the router is ending: do not delete the
-    /// router then, nor send through it. What is queued by then is left to the application.
+    /// The removal of -1, the server bridge, means that the router is being deleted: do not delete
+    /// it again, and do not send through it. Packets that are still queued then belong to the
+    /// application.
     virtual void agentRemoved(int agentID);
 
-    /// The application's number for agents of this kind.
+    /// The type that the constructor was given.
     int getAgentType() const;
-    /// The id given on registration, also after removal; 0 before.
+    /// The id that XMLRouter::add() gave; it stays after removal. 0 before registration.
     int getAgentID() const;
-    /// Whether the router calls agentRemoved(); false unless a subclass set it.
+    /// Whether the router calls agentRemoved(). False unless a subclass changed it.
     bool wantAgentRemovalNotifications() const;
 
     /// @{
-    /// Called by the router on registration; they only store.
+    /// The router calls them on registration. They only store the value.
     void setAgentID(int agentID);
     void setRouter(XMLRouter *router);
     /// @}
 
-    /// A new empty packet from this agent to that one. The caller's, until it is sent.
+    /// A new empty packet from this agent to that one. The caller owns it until it is sent.
     [[nodiscard]] XMLPacket *getXMLPacket(int destinationAgentID) const;
 
 protected:
-    /// Not owned; null until registered. It stays when the agent is removed, and dangles when the
-    /// router is gone, which the agent hears as the removal of -1 if it wants removals.
+    /// Not owned; null until the agent is registered. It is not cleared when the agent is removed
+    /// or the router is deleted. An agent that wants removals is told of that as the removal of -1.
     XMLRouter *router = nullptr;
-    bool wantRemovalNotifications = false;  ///< set it to hear agentRemoved()
+    bool wantRemovalNotifications = false;  ///< set it if agentRemoved() is to be called
 
 private:
     const int m_agentType;

@@ -5,8 +5,8 @@
 
 class XMLRouter;
 
-/// Makes agents on demand for a router, which owns it once installed with
-/// XMLRouter::setAgentBroker().
+/// Makes agents on demand for a router. XMLRouter::setAgentBroker() installs it and makes the
+/// router its owner.
 class TQXML_EXPORT XMLAgentBroker
 {
 public:
@@ -15,11 +15,11 @@ public:
     XMLAgentBroker(const XMLAgentBroker &) = delete;
     XMLAgentBroker &operator=(const XMLAgentBroker &) = delete;
 
-    /// The id of a registered agent of that type, registered now if need be; 0 when none can be
-    /// supplied.
+    /// Returns the id of a registered agent of that type, and registers a new one if there is none.
+    /// 0 when it cannot supply one.
     virtual int supplyAgent(int agentType) = 0;
 
-    /// Called by the router when the broker is installed; it only stores.
+    /// The router calls it when the broker is installed. It only stores the value.
     void setRouter(XMLRouter *router);
 
 protected:

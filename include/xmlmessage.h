@@ -8,13 +8,13 @@ class TQXML_EXPORT XMLMessage : public XMLObject
 {
 public:
     /// @{
-    /// A message without a text, or with that one.
+    /// A message with that text, or without one.
     XMLMessage();
     explicit XMLMessage(const QString &text);
     /// @}
     ~XMLMessage() override;
 
-    /// An empty text leaves the earlier one in place.
+    /// Setting an empty text changes nothing.
     void setMessage(const QString &text);
     /// The text; a null string when none was set.
     QString getMessage() const;

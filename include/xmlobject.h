@@ -10,25 +10,27 @@
 
 #include <list>
 
-/// Base of everything that is held as XML: owns one element of a known kind in a document of its
-/// own, and offers the static helpers by which all kinds read and write their elements.
+/// Base of everything that is held as XML. An object owns one element of a known kind, in a
+/// document of its own. The class also has the static functions with which all kinds read and write
+/// their elements.
 ///
-/// Nothing here reports errors: what is absent or unreadable reads as 0, false, a null string or
-/// an empty list, and what cannot be done changes nothing. Null elements are allowed everywhere.
+/// No function reports an error. What is absent or unreadable reads as 0, false, a null string or
+/// an empty list. What cannot be done changes nothing. Null elements are allowed everywhere.
 ///
-/// A deep copy, here and in all that derives from it, reaches 384 levels down and leaves out what
-/// lies deeper: QtXml would copy and write that at the risk of the stack.
+/// A deep copy, in this class and in all that derive from it, has at most 384 levels; what is
+/// deeper is left out, because QtXml copies and writes recursively and would run out of stack.
 ///
-/// Names of properties and attributes, and characters of texts, are not checked: what XML does not
-/// allow makes a text that no parser takes. Bases of numbers are 2 to 36.
+/// Names of properties and attributes, and the characters of texts, are not checked: with
+/// characters that XML does not allow, the written document cannot be parsed. Bases of numbers are
+/// 2 to 36.
 ///
-/// Objects have no QObject parent and belong to whoever makes them. They and their elements are
-/// for one thread at a time. A handle of an element taken from an object does not keep the
-/// object's document alive; keep the object, or a QDomDocument of the element, as long as it.
+/// Objects have no QObject parent; who makes an object owns it. An object and its elements may be
+/// used in one thread at a time. A QDomElement does not keep its document alive: keep the object,
+/// or the element's ownerDocument(), as long as you use the element.
 class TQXML_EXPORT XMLObject : public QObject
 {
 public:
-    /// The kind of an element. Any number is a valid value; those not named here are "nobody".
+    /// The kind of an element. Any number is valid; the name of an unknown kind is "nobody".
     enum XMLOBJECT_TYPE : int {
         XMLOBJECT_PACKET = 0,
         XMLOBJECT_PACKETABLE = 1,
@@ -38,31 +40,32 @@ public:
         XMLOBJECT_MSG = 5
     };
 
-    /// An empty element of that kind, the only child of a document element "dummydoc".
+    /// Makes an empty element of that kind, in a document whose root is named "dummydoc".
     explicit XMLObject(XMLOBJECT_TYPE type);
     ~XMLObject() override;
     XMLObject(const XMLObject &) = delete;
     XMLObject &operator=(const XMLObject &) = delete;
 
-    /// Replaces the content by a deep copy of the element, made in the object's own document. The
-    /// kind stays, whatever the element's name; a null element leaves the object without one.
+    /// Replaces the object's element by a deep copy of \a e, made in the object's own document. The
+    /// kind of the object stays the same, whatever the name of \a e. After a null element the
+    /// object has no element.
     virtual void setNode(const QDomElement &e);
     /// A deep copy of the object's element, in the same document, without a parent.
     QDomElement getNode() const;
-    /// The object's element itself: changes through it change the object.
+    /// The object's element itself: a change of it is a change of the object.
     const QDomElement &getNodeConst() const;
 
     /// @{
-    /// Element name of a kind, or of the object's: "tqxml", "packetable", "action", "ui", "img" or
-    /// "msg"; else "nobody".
+    /// The element name of a kind, or of the object's kind: "tqxml", "packetable", "action", "ui",
+    /// "img" or "msg", and "nobody" for all others.
     static QString rootNodeName(XMLOBJECT_TYPE type);
     QString rootNodeName() const;
     /// @}
 
     /// @{
-    /// Text of a node, or of the object's element, with all below, indented by one blank per
-    /// level. Attributes stand in no fixed order. What lies more than 384 levels below the node is
-    /// left out.
+    /// XML text of a node, or of the object's element, with everything below it, indented by one
+    /// blank per level. The order of attributes is not defined. What is more than 384 levels below
+    /// the node is left out.
     static QString toString(const QDomNode &n);
     QString toString() const;
     /// @}
@@ -78,30 +81,30 @@ public:
     bool isXMLMessage() const;
     /// @}
 
-    /// A document whose document element has that name, in the namespace unless that is empty.
+    /// A document whose root element has that name, and that namespace unless it is empty.
     [[nodiscard]] static QDomDocument createDocument(
         const QString &namespaceURI, const QString &qualifiedName);
-    /// Makes the same document and drops it.
+    /// Makes the same document and deletes it.
     static void createDocumentV(const QString &namespaceURI, const QString &qualifiedName);
-    /// The document element; null when the document has none.
+    /// The root element of a document; null when it has none.
     static QDomElement getDocumentRoot(const QDomDocument &d);
 
     /// @{
-    /// Appends a new element, or a text node, as the last child of parent. Returns a null node
-    /// when parent is null or the name is empty.
+    /// Append a new element or text node as the last child of parent. They return a null node when
+    /// parent is null or the name is empty.
     [[nodiscard]] static QDomElement createElement(QDomElement &parent, const QString &name);
     static void createElementV(QDomElement &parent, const QString &name);
     [[nodiscard]] static QDomText createTextNode(QDomElement &parent, const QString &text);
     static void createTextNodeV(QDomElement &parent, const QString &text);
     /// @}
 
-    /// The first direct child whose node name is name, as an element: null when there is none or
-    /// when that node is no element.
+    /// The first direct child whose node name is \a name. Null when there is none, or when that
+    /// child is not an element.
     static QDomElement getElement(const QDomElement &parent, const QString &name);
 
     /// @{
-    /// Direct children of one kind, by node name. getNodesOfType() appends handles of the nodes
-    /// themselves at the end of out, in document order, and returns how many.
+    /// The direct children of one kind, found by node name. getNodesOfType() appends them to \a out
+    /// in document order, not copies, and returns how many there are.
     static bool hasNodesOfType(const QDomElement &parent, XMLOBJECT_TYPE t);
     static void removeNodesOfType(QDomElement &parent, XMLOBJECT_TYPE t);
     static int getNodesOfType(
@@ -109,9 +112,9 @@ public:
     /// @}
 
     /// @{
-    /// A property is the first direct child element of that name; its value is the text below it.
-    /// The typed forms read 0, 0.0, false or an empty list where the text does not parse or does
-    /// not fit 32 bits; a list is empty as soon as one member is unreadable. True is the number 1.
+    /// A property is the first direct child element with that name; its value is the text in it.
+    /// The typed getters return 0, 0.0, false or an empty list when the text is not such a value or
+    /// does not fit into 32 bits. A list with one unreadable member is empty. True is written as 1.
     static bool hasProperty(const QDomElement &e, const QString &name);
     static QString getProperty(const QDomElement &e, const QString &name);
     static int getPropertyInt(const QDomElement &e, const QString &name);
@@ -126,10 +129,10 @@ public:
     /// @}
 
     /// @{
-    /// Writes a property: appends the child element with one text node, or replaces the first text
-    /// node of the one that is there. An existing element without any text node stays as it is.
-    /// Where another kind of node has the name, it is found first, and another element is appended.
-    /// A double keeps 6 significant digits; a negative number has a leading "-" in every base.
+    /// Set a property. If there is no such child element, one with a text node is appended; else
+    /// the text of its first text node is replaced. If it has no text node, nothing changes. If the
+    /// first child with that name is not an element, a new element is appended in every call.
+    /// A double keeps 6 significant digits. A negative number starts with "-" in every base.
     static void setProperty(QDomElement &e, const QString &name, const QString &text);
     static void setProperty(QDomElement &e, const QString &name, double value);
     static void setProperty(QDomElement &e, const QString &name, unsigned int value, int base);
@@ -148,8 +151,8 @@ public:
     /// @}
 
     /// @{
-    /// An attribute of the element; null, 0, 0.0 or false when absent or unreadable, like
-    /// properties. With an empty name nothing is asked.
+    /// An attribute of the element: a null string, 0, 0.0 or false when it is absent or unreadable.
+    /// An empty name counts as absent.
     static QString getAttribute(const QDomElement &e, const QString &name);
     static int getAttributeInt(const QDomElement &e, const QString &name);
     static long getAttributeLong(const QDomElement &e, const QString &name);
@@ -160,8 +163,8 @@ public:
     /// @}
 
     /// @{
-    /// Writes or removes an attribute; an empty name or an empty text changes nothing. A double
-    /// keeps 12 significant digits.
+    /// Set or remove an attribute. An empty name or an empty text changes nothing. A double keeps
+    /// 12 significant digits.
     static void setAttribute(QDomElement &e, const QString &name, const QString &value);
     static void setAttribute(QDomElement &e, const QString &name, int value);
     static void setAttribute(QDomElement &e, const QString &name, unsigned int value, int base);
@@ -178,9 +181,9 @@ public:
     /// @}
 
     /// @{
-    /// Number lists: members in the given base, joined by one blank. Reading skips what does not
-    /// parse or does not fit 32 bits and then sets *ok to false, else to true; an empty text leaves
-    /// *ok alone, and ok may be null.
+    /// Number lists: the members in the given base, separated by one blank. Reading skips members
+    /// that are not numbers or do not fit into 32 bits; *ok then becomes false, else true. An empty
+    /// text does not change *ok. ok may be null.
     static QString toString(const QList<int> &list, int base);
     static QString toString(const QList<unsigned int> &list, int base);
     static QList<int> toLongList(const QString &text, bool *ok, int base);
@@ -195,16 +198,16 @@ public:
 protected:
     /// The object's element, made on first use.
     QDomElement &element() const;
-    /// Makes e the object's element and keeps the document that owns it.
+    /// Makes \a e the object's element, and keeps a handle of its document.
     void setElement(const QDomElement &e);
 
 private:
     friend class XMLPacket;  // moves elements of other objects into its body
 
     const XMLOBJECT_TYPE m_type;
-    mutable QDomDocument m_document;  // private to the object; null until first used
+    mutable QDomDocument m_document;  // the object's own; null until first used
     mutable QDomElement m_element;
-    QDomDocument m_owner;  // owns m_element when it left m_document; nodes keep no document alive
+    QDomDocument m_owner;  // of m_element, if not m_document: a node does not own its document
 };
 
 #endif

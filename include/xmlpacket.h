@@ -25,9 +25,9 @@ class XmlWriter;
 /// What agents exchange: a document "tqxml" with a header that names source and destination, and
 /// a body that holds any number of items.
 ///
-/// The document is built when somebody asks for one of its nodes, with getNodesOfType() or an
-/// append() or appendV() of anything but a server item. Until then a packet costs little more than
-/// what it carries: ids and the packet text of items. All other operations work without it.
+/// The document is built when somebody asks for one of its nodes: by getNodesOfType(), by append(),
+/// or by appendV() of anything but a server item. Until then a packet holds only ids and the packet
+/// text of its items. All other functions work without a document.
 ///
 /// A packet belongs to its creator until XMLRouter::send() takes it over, and to the receiving
 /// agent from receive() on. What XMLObject offers on the object's own element (getNode(),
@@ -38,17 +38,17 @@ public:
     XMLPacket();
     ~XMLPacket() override;
 
-    /// Becomes an independent copy of other.
+    /// Makes this packet an independent copy of \a other.
     virtual XMLPacket &operator=(const XMLPacket &other);
     /// @{
-    /// Whether the two documents say the same: ids, items, their order, attributes and all texts
-    /// count; the order of an element's attributes does not.
+    /// Whether the two documents are equal. Ids, items and their order, attributes and all texts
+    /// count; the order of the attributes in an element does not.
     virtual bool operator==(const XMLPacket &other) const;
     virtual bool operator!=(const XMLPacket &other) const;
     /// @}
     XMLPacket(const XMLPacket &) = delete;
 
-    /// Starts again: empty with null, else as an independent copy of other.
+    /// Resets the packet: empty if \a other is null, else an independent copy of \a other.
     void init(const XMLPacket *other);
 
     /// @{
@@ -68,7 +68,7 @@ public:
     /// @}
 
     /// @{
-    /// Appends a deep copy of the item's element to the body and returns the copy.
+    /// Append a deep copy of the item's element to the body and return the copy.
     QDomElement append(XMLPacketable &item);
     QDomElement append(XMLAction &item);
     QDomElement append(XMLUI &item);
@@ -77,8 +77,8 @@ public:
     /// @}
 
     /// @{
-    /// Moves the item's own element to the end of the body. Item and packet share it from then on,
-    /// and either may be deleted first. An element that the body lies in stays where it is.
+    /// Move the item's own element to the end of the body. Item and packet then share the element;
+    /// either may be deleted first. An element that contains the body is not moved.
     void appendV(XMLPacketable &item);
     void appendV(XMLAction &item);
     void appendV(XMLUI &item);
@@ -87,17 +87,16 @@ public:
     /// @}
 
     /// @{
-    /// Converts a server item and appends it, marked as current or not. The item is only read, and
-    /// not needed afterwards. appendV() keeps the item's text and leaves the rest for the time when
-    /// somebody asks for a node.
+    /// Convert a server item and append it, marked as current or not. The item is read during the
+    /// call and not needed afterwards. appendV() only stores its packet text; the element is made
+    /// when somebody asks for a node.
     QDomElement append(TQPacketable &p, bool current);
     void appendV(TQPacketable &p, bool current);
     /// @}
 
-    /// Writes the document as UTF-8 to a device, which is not owned and must be open for writing:
-    /// the namespace first, then the attributes of each element by name. Equal packets give equal
-    /// bytes. Nothing is built for it. False when the device did not take all, is null or cannot be
-    /// written to.
+    /// Writes the document as UTF-8 to a device, which is not owned. Attributes are sorted by name,
+    /// after the namespace, so equal packets give equal bytes. The document is not built for it.
+    /// Returns false when the device is null, not open for writing or did not take all bytes.
     bool write(QIODevice *device) const;
     /// Writes the same to standard output, through stdio.
     void print() const;
@@ -124,10 +123,10 @@ private:
     void appendMoved(XMLObject &item);
     void writeUnbuilt(TQXmlInternal::XmlWriter &writer) const;
 
-    std::optional<int> m_source;  // the ids, until there is a tree; nothing until set
+    std::optional<int> m_source;  // the ids, while there is no tree
     std::optional<int> m_destination;
     mutable std::vector<TQXmlInternal::PacketItem> m_items;  // of the body
-    mutable std::unique_ptr<Tree> m_tree;  // holds everything, once it is there
+    mutable std::unique_ptr<Tree> m_tree;  // null until built; then it holds everything
     bool m_isTaken = false;  // by a router; false while the packet is an agent's
 };
 

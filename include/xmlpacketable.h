@@ -17,11 +17,11 @@ class TQPacketable;
 /// and two flags as attributes, and an "item" child that holds its fields.
 ///
 /// Fields are elements named "_" and the data tag in hexadecimal; lists are "list" elements that
-/// hold further items. All numbers that are written here are lower-case hexadecimal. Conversions
-/// follow items and lists to ::TQMAX_NESTING levels and leave out what lies deeper, like everything
-/// that has no counterpart on the other side.
+/// hold further items. All numbers are written in lower-case hexadecimal. Conversions follow
+/// ::TQMAX_NESTING levels of items and lists. They leave out what is deeper, and everything that
+/// has no counterpart on the other side.
 ///
-/// The object caches the server item built from its element; see getDataConst().
+/// The object caches the server item that it builds from its element; see getDataConst().
 class TQXML_EXPORT XMLPacketable : public XMLObject
 {
 public:
@@ -30,7 +30,7 @@ public:
     ~XMLPacketable() override;
 
     /// @{
-    /// The item's flags, boolean attributes that read false when absent.
+    /// The item's flags: boolean attributes "is_current" and "is_replacement", false when absent.
     virtual void setCurrent(bool current);
     virtual bool isCurrent() const;
     static void setReplacement(QDomElement &e, bool replacement);
@@ -42,7 +42,7 @@ public:
     /// @}
 
     /// @{
-    /// Attribute "name": an empty text leaves the earlier one; a null string when absent.
+    /// Attribute "name". Setting an empty text changes nothing; a null string when absent.
     static void setName(QDomElement &e, const QString &name);
     virtual void setName(const QString &name);
     static QString getName(const QDomElement &e);
@@ -66,44 +66,44 @@ public:
     /// @}
 
     /// @{
-    /// Element name of a data tag, "_" and the tag in hexadecimal (with "-" when negative), and
-    /// the name without its first character, whatever that is.
+    /// The element name of a data tag: "_" and the tag in hexadecimal (with "-" when negative). The
+    /// reverse removes the first character of the name, whatever it is.
     static QString getXMLTagNameFromDATATAG(int tag);
     static QString getDATATAGFromXMLTagName(const QString &name);
     /// @}
 
-    /// The item's own "item" element: the first below a packetable element, at any depth, of the
-    /// same data type. A null node when e is no packetable element or has none.
+    /// The item's own "item" element: the first element "item" of the same data type below a
+    /// packetable element, at any depth. Null when \a e is not a packetable element or has none.
     static QDomNode getPacketableItemNode(const QDomElement &e);
     /// The children of that element; an empty list when there is none.
     static QDomNodeList getPacketableItemTagNodes(const QDomElement &e);
     /// @{
-    /// The first element below e, at any depth, that is named by the data tag, or an attribute of
-    /// it; a null node or a null string when there is none.
+    /// The first element below \a e, at any depth, with the name of that data tag, or one of its
+    /// attributes. A null node or a null string when there is none.
     static QDomNode getTagNode(const QDomElement &e, int tag);
     static QString getTagAttribute(const QDomElement &e, int tag, QString attribute);
     /// @}
     /// @{
-    /// Packetable elements of that data type directly below root: the first one, or all. The list
-    /// is not cleared; the number appended is returned.
+    /// The packetable elements of that data type directly below \a root: the first, or all. The
+    /// list is not cleared; the number of appended elements is returned.
     static QDomNode getFirstPacketableNodeOfType(const QDomElement &root, PACKETDATATYPES type);
     static int getPacketableNodesOfType(
         const QDomElement &root, PACKETDATATYPES type, std::list<QDomNode> &out);
     /// @}
     /// The first record of a conversion table with that data tag; null when there is none or the
-    /// table is null. The record stays the server library's.
+    /// table is null. The server library owns the record.
     static CONVERTSTRUCTELEMENTINFO *getConvStructFromDataTag(
         CONVERTSTRUCTELEMENTINFO *table, unsigned int tag);
-    /// Cuts a line at its first blank; without a blank both references stay as they were. They
-    /// refer to the line, which must outlive them unchanged.
+    /// Splits a line at its first blank. Without a blank, both references stay as they were. They
+    /// refer to the line: do not change or delete it while you use them.
     static void getTagValuePair(QString &line, QStringRef &tag, QStringRef &value);
 
     /// @{
-    /// Builders: each appends a new element to parent. Values are stored as they stand; an empty
-    /// one is not stored. The texts of the compound forms are those of the packet text:
-    /// "SIZE DATA" for binary data, "COUNT A<CR>B" for string arrays, "COUNT A B" for number
-    /// arrays and "KEY HKEY" for keys, counts in hexadecimal. A text that does not fit its form
-    /// leaves the element bare; a string array keeps its size.
+    /// Builders: each appends a new element to \a parent. Values are not checked; an empty value is
+    /// not stored. Compound values have the form of packet text: "SIZE DATA" for binary data,
+    /// "COUNT A<CR>B" for string arrays, "COUNT A B" for number arrays and "KEY HKEY" for keys,
+    /// with counts in hexadecimal. If the text does not have its form, the element stays empty; a
+    /// string array keeps its size.
     [[nodiscard]] static QDomElement createListElement(QDomElement &parent, const QString &size);
     static void createListElementV(QDomElement &parent, const QString &size);
     [[nodiscard]] static QDomElement createItemElement(
@@ -131,45 +131,45 @@ public:
     /// Appends a packetable element of that type with an empty item of it, and returns it.
     static QDomElement getEmptyNodeOfType(QDomElement &parent, PACKETDATATYPES type);
 
-    /// Makes a deep copy of the node the content, and drops the cache. The copy stays in the
-    /// node's document, which the object keeps alive. A node that is no element leaves the object
-    /// without one.
+    /// Replaces the object's element by a deep copy of \a node, and deletes the cached item. The
+    /// copy belongs to the node's document, which the object keeps alive. If the node is not an
+    /// element, the object has none afterwards.
     void setData(const QDomNode &node);
-    /// Takes type, key and name from the server item, and appends its fields. Earlier children
-    /// stay: a second call gives a second item element.
+    /// Takes type, key and name from the server item and appends its fields. Children that are
+    /// there already stay: a second call appends a second "item" element.
     void setData(const TQPacketable &packetable);
-    /// Takes the node's item, and puts a copy of every item that it refers to, and of what those
-    /// refer to, into the field that refers to it. ICC profiles are loaded from the server first.
-    /// A node is inlined once along a path, not again below itself; one call inlines at most 64
-    /// levels and 100,000 items.
+    /// Takes the item of the archive node. Each field that refers to another item gets a copy of
+    /// that item, which is filled in the same way. The data of ICC profiles is loaded from the
+    /// server. A node is not inlined below itself. One call inlines at most 64 levels and 100,000
+    /// items.
     void setData(TQCommServer &server, const ArchiveNode *node);
     /// A new item, owned by the caller, filled by setData(server, node); null for a null node.
     [[nodiscard]] static XMLPacketable *fromArchiveNode(TQCommServer &server, ArchiveNode *node);
-    /// Puts a copy of the child node's item, with all that it refers to, into every field of this
-    /// item that refers to it by key or, when its key is not valid, by name. Names are compared as
-    /// Latin-1 text: only those in ASCII match what the fields hold. Does nothing unless this item
+    /// Puts a copy of the child node's item, filled like by setData(server, node), into every field
+    /// of this item that refers to it: by key or, when the child's key is not valid, by name. The
+    /// child's name is read as Latin-1, so only ASCII names match. Does nothing unless this item
     /// has a cached server item.
     void insertInlineData(TQCommServer &server, const ArchiveNode *child);
-    /// Appends a new reference, owned by the caller, for each field that holds an inlined item;
-    /// true when there was one. Items inside the item's lists are not searched.
+    /// Appends a new reference for each field that holds an inlined item; the caller owns them.
+    /// Returns whether there was one. Items in the item's lists are not searched.
     bool getXPKReferences(QList<XPKReference *> &references) const;
     /// Does nothing.
     void nullifyReference(XPKReference *reference);
 
-    /// Appends the content of lines, from index on, to parent, and returns the index at which it
-    /// stopped: that of the terminator that ends the parent, or one behind the last line for each
-    /// level that was left open. Line feeds inside a line are text.
+    /// Reads packet text: appends what the lines from \a index on contain to \a parent. Returns the
+    /// index of the line that closed \a parent. If no line did, returns the number of lines plus
+    /// one for each level that was still open below \a parent. A line feed inside a line is text.
     unsigned int toDom(QDomElement &parent, QStringList &lines, unsigned int index);
 
     /// The packet text of an element's content; a null string without any child node.
     ///
-    /// The form has no escaping: values are written as they stand, and a line feed in one starts a
-    /// new line. Check XML from strangers for line feeds (and, in string arrays, carriage returns)
-    /// in attributes and texts before it is converted.
+    /// Packet text has no escaping: a line feed in a value starts a new line. Before you convert
+    /// untrusted XML, check its attributes and texts for line feeds, and string arrays also for
+    /// carriage returns.
     QString toPacket(const QDomElement &e) const;
     /// @{
-    /// One line of packet text for a field's element. An empty simple value gives no line (a null
-    /// string); all others always give one. Values are written as they stand, see toPacket().
+    /// The line of packet text for a field's element. A simple field without a value has no line (a
+    /// null string); every other field has one. Values are not escaped, see toPacket().
     void appendSimpleValuePacket(QString &out, const QDomElement &e) const;
     QString toSimpleValuePacket(const QDomElement &e) const;
     QString toTQKEYValuePacket(const QDomElement &e) const;
@@ -178,13 +178,12 @@ public:
     void appendBinaryDataPacket(QString &out, const QDomElement &e) const;
     /// @}
 
-    /// The server item built from the element; null when the server library does not know the type
-    /// or refuses the text. Built on first use and owned by the object: valid until setData() or
-    /// the object's end, and not to be changed. Later changes of the element do not reach it.
-    /// The element's text goes through toPacket(); see there.
+    /// The server item for the element. It is built on first use from the element's packet text,
+    /// see toPacket(). Null when the server library does not know the type or refuses the text. The
+    /// object owns the item until setData() or its own end. Do not change the item. Later changes
+    /// of the element do not change it.
     TQPacketable *getDataConst();
-    /// A new copy of that server item, owned by the caller; null when it cannot be built. The
-    /// element's text goes through toPacket(); see there.
+    /// A new copy of that server item, which the caller owns. Null when it cannot be built.
     [[nodiscard]] TQPacketable *getData();
 
     /// @{

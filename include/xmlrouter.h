@@ -18,35 +18,37 @@ class XMLAgentBroker;
 class XMLCommServer;
 class XMLPacket;
 
-/// The hub: numbers agents, queues packets and delivers them from the event loop.
+/// Gives agents their ids, queues packets, and delivers them from the event loop.
 ///
-/// Agents get the ids 1, 2, 3, ... in the order of adding, never reused; the server bridge, which
-/// the router makes and owns, has -1, and 0 stands for none. Everything happens in the thread of
-/// the router. Delivery is in the order of sending, one packet at a time; an event loop that runs
-/// inside a delivery goes on delivering, with up to 64 of them one inside the other: packets for
-/// deeper ones wait until one of these returns.
+/// Agents get the ids 1, 2, 3 and so on, in the order in which they are added; no id is used twice.
+/// The server bridge, which the router makes and owns, has the id -1. 0 means no agent. Everything
+/// happens in the thread of the router.
 ///
-/// Packets that are still queued when the router dies are left to the application.
+/// Packets are delivered in the order of sending, one at a time. If an agent runs an event loop
+/// while it receives a packet, that loop goes on with the delivery. Up to 64 such loops may run
+/// inside one another; a deeper loop delivers nothing until one of them has returned.
+///
+/// When the router is deleted, the packets that are still queued belong to the application.
 class TQXML_EXPORT XMLRouter : public QObject
 {
     Q_OBJECT
 
 public:
-    /// The connection is not owned, must outlive the router, and may be null. The name, as
-    /// Latin-1, becomes the object name; it may be null.
+    /// The connection is not owned and must outlive the router; it may be null. The name (Latin-1)
+    /// becomes the object name; it may be null.
     XMLRouter(TQCommServer *server, QObject *parent, const char *name);
-    /// Removes the bridge, which agents that want removals hear, and deletes it and the broker.
+    /// Removes the bridge, notifies agents of that, and deletes the bridge and the broker.
     ~XMLRouter() override;
 
-    /// Registers an agent under a new id; null is ignored. An agent added again gets a further id
-    /// and stays reachable under the earlier one, which remove() leaves: it must outlive the
-    /// router.
+    /// Registers an agent under a new id; null is ignored. An agent that is added twice is
+    /// registered under two ids. As remove() takes off only the newer one, that agent must outlive
+    /// the router.
     void add(XMLAgent *agent);
-    /// Takes off whoever is registered under the agent's current id, and tells the others; null is
-    /// ignored. Packets queued for it count as undeliverable.
+    /// Removes the agent that is registered under the id of \a agent, and notifies the others; null
+    /// is ignored. Packets that are queued for it become undeliverable.
     ///
-    /// For an agent that was never added nobody is taken off, but the others hear of the removal
-    /// of 0, its id. Do not pass an agent of another router: its id is somebody else's here.
+    /// If the agent was never added, nothing is removed, but the others are notified of the removal
+    /// of 0, its id. Do not pass an agent of another router: here its id is that of another agent.
     void remove(XMLAgent *agent);
 
     /// True when there is an agent under that id.
@@ -63,24 +65,24 @@ public:
     std::list<int> findAgentsOfType(int agentType) const;
     int findAgentOfType(int agentType) const;
     /// @}
-    /// The lowest id of that type, or what the broker supplies; 0 without either, and 0 to a
-    /// broker that asks for the type it is just supplying.
+    /// The lowest id of that type. If there is none, the id that the broker supplies, or 0. While
+    /// the broker supplies a type, it gets 0 when it asks for the same type.
     int supplyAgentOfType(int agentType);
-    /// Installs a broker, which the router owns from then on, and deletes the one before. The
-    /// current broker passed again is deleted and none is left.
+    /// Installs a broker and deletes the one before. The router owns the broker. If \a broker is
+    /// the current one, it is deleted, and there is none afterwards.
     void setAgentBroker(XMLAgentBroker *broker);
 
-    /// Calls agentRemoved() of every agent that wants removals, but not of one with that id.
+    /// Calls agentRemoved() of every agent that wants it, except the one with that id.
     void notifyAgentRemovals(int agentID);
 
-    /// Takes over the packet and queues it. It is dropped, with deleteLater(), when its source is
-    /// not registered or when it equals the packet that was queued last. Null is ignored, and so
-    /// is a packet that the router has taken over already.
+    /// Takes over the packet and queues it. A packet is dropped, with deleteLater(), if its source
+    /// is not registered or if it equals the packet at the end of the queue. Null is ignored, and
+    /// so is a packet that was sent already and not received yet.
     void send(XMLPacket *packet);
 
 public Q_SLOTS:
-    /// Delivers everything queued, now; packets for unknown agents are deleted, and their
-    /// destination reported as removed.
+    /// Delivers all queued packets now. A packet to an unknown agent is deleted, and agents are
+    /// notified of the removal of that id.
     void send();
 
 private:

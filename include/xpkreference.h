@@ -14,7 +14,7 @@ class TQXML_EXPORT XPKReference
 {
 public:
     /// @{
-    /// A reference by key or by name; takes over the item, which may be null.
+    /// A reference by key or by name. It takes over the item, which may be null.
     XPKReference(XMLPacketable *packetable, TQKEY_ELEMENT key);
     XPKReference(XMLPacketable *packetable, const QString &name);
     /// @}

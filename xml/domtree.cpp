@@ -12,8 +12,8 @@ namespace TQXmlInternal {
 
 namespace {
 
-// Moves node to the next one that is not below it, within depth levels; false when there is
-// none.
+// Moves node to the next node in document order that is not below it. Depth is how many levels node
+// is below the root, which is not left; false at its end.
 bool stepOver(QDomNode &node, int &depth)
 {
     while (depth > 0 && node.nextSibling().isNull()) {
@@ -65,7 +65,7 @@ QDomNode copyWithin(const QDomNode &root, int limit)
 
 bool isPlainText(const QDomNode &node) { return node.nodeType() == QDomNode::TextNode; }
 
-// What a run of adjacent text nodes writes; moves node behind the run.
+// The text that a run of adjacent text nodes writes. Moves node to what follows the run.
 QString takeTextRun(QDomNode &node)
 {
     QString text;
@@ -75,16 +75,16 @@ QString takeTextRun(QDomNode &node)
     return text;
 }
 
-// Moves node behind a run of texts. True when the run writes nothing: it is empty, and a CDATA
-// section stands next to it. False else.
+// Moves node to what follows a run of text nodes. Returns whether the run writes nothing: that is
+// so when it is empty and next to a CDATA section.
 bool skipEmptyTexts(QDomNode &node)
 {
     const bool follows = node.previousSibling().isCDATASection();
     return takeTextRun(node).isEmpty() && (follows || node.isCDATASection());
 }
 
-// Compares the texts that start at both nodes and moves both behind them. Adjacent text nodes
-// are written as one: "a" and "b" like "ab". An empty text is not written like an absent one.
+// Compares the texts that start at both nodes, and moves both to what follows. Adjacent text nodes
+// are written as one: "a" and "b" like "ab". An empty text is written differently from no text.
 bool sameTexts(QDomNode &a, QDomNode &b)
 {
     if (isPlainText(a) != isPlainText(b)) {
@@ -106,8 +106,8 @@ bool sameTexts(QDomNode &a, QDomNode &b)
     return true;
 }
 
-// An attribute's, or an element's, name, value and namespace. Empty and null namespaces are
-// written differently.
+// Name, value and namespace of an attribute or element. Empty and null namespaces serialise
+// differently.
 using NodeText = std::tuple<QString, QString, QString, bool>;
 
 NodeText textOf(const QDomNode &node)
@@ -116,7 +116,7 @@ NodeText textOf(const QDomNode &node)
     return { node.nodeName(), node.nodeValue(), space, space.isNull() };
 }
 
-// What the attributes say, in order.
+// The attributes, sorted by name.
 std::vector<NodeText> sorted(const QDomNamedNodeMap &attributes)
 {
     std::vector<NodeText> list;
@@ -127,8 +127,8 @@ std::vector<NodeText> sorted(const QDomNamedNodeMap &attributes)
     return list;
 }
 
-// Likely is the name of the attribute that was compared last: elements in a row mostly have the
-// same one, and finding it by name is quicker than by index.
+// `likely` is the name of the attribute that was compared last. Neighbouring elements often have
+// the same attribute, and QtXml finds it faster by name than by index.
 bool sameAttributes(const QDomElement &a, const QDomElement &b, QString &likely)
 {
     const QDomNamedNodeMap left = a.attributes();
@@ -147,14 +147,14 @@ bool sameAttributes(const QDomElement &a, const QDomElement &b, QString &likely)
             likely = attribute.nodeName();
         }
         if (textOf(right.namedItem(likely)) != textOf(attribute)) {
-            // QtXml does not find those with a prefix by name.
+            // QtXml does not find attributes with a prefix by name.
             return sorted(left) == sorted(right);
         }
     }
     return true;
 }
 
-// Compares two nodes without what is below them; see sameAttributes() for likely.
+// Compares two nodes, not their children. For `likely` see sameAttributes().
 bool sameNode(const QDomNode &a, const QDomNode &b, QString &likely)
 {
     if (a.nodeType() != b.nodeType()) {
@@ -238,7 +238,7 @@ QStringList attributeTexts(const QDomElement &e)
 
 bool sameDocument(const QDomDocument &a, const QDomDocument &b)
 {
-    // Parents of the nodes that are looked at, in step.
+    // The parents of the two nodes that are compared now.
     QDomNode parentA = a;
     QDomNode parentB = b;
     QDomNode nodeA = a.firstChild();

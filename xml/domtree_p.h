@@ -8,32 +8,32 @@
 
 namespace TQXmlInternal {
 
-// Walks over DOM trees that come from outside and may nest without end: none of them recurses.
+// Functions that walk over untrusted DOM trees. None of them recurses, however deep the tree is.
 
-// The node itself, or, when the tree below it is deeper than MAX_TREE_DEPTH, a copy down to there.
+// The node itself. If its tree is deeper than MAX_TREE_DEPTH, a copy without the deeper levels.
 QDomNode withinDepth(const QDomNode &node);
 
 // The node that follows in document order below root; null at the end.
 QDomNode nextBelow(const QDomNode &node, const QDomNode &root);
 
-// The text that QtXml writes for a node, down to MAX_TREE_DEPTH.
+// The text that QtXml writes for a node, without what is deeper than MAX_TREE_DEPTH.
 QString writtenText(const QDomNode &node);
 
 // The text below an element; never a null string.
 QString textBelow(const QDomNode &parent);
 
-// True when node is the ancestor or lies somewhere below it.
+// Whether node is `ancestor` or is below it.
 bool isWithin(QDomNode node, const QDomNode &ancestor);
 
-// Attributes beyond which an element's are taken from its text: QtXml walks to an attribute at an
-// index, which takes long where there are many.
+// An element with more attributes than this is read from its written text: finding an attribute by
+// index takes QtXml time in proportion to the index.
 constexpr int MANY_ATTRIBUTES = 256;
 
-// The attributes of an element as QtXml writes them, name="value", by name; without the element's
-// namespace.
+// The attributes of an element as QtXml writes them, name="value", sorted by name. The element's
+// own namespace is not among them.
 QStringList attributeTexts(const QDomElement &e);
 
-// True when both documents are written alike, up to the order of attributes.
+// Whether both documents serialise to the same text, apart from the order of attributes.
 bool sameDocument(const QDomDocument &a, const QDomDocument &b);
 
 }  // namespace TQXmlInternal

@@ -27,11 +27,11 @@ namespace {
 // Items of this type are never converted.
 constexpr unsigned int UNCONVERTED = PACKETDATATYPE_UNCONVERTED;
 
-// Tables that are remembered; far more than there are data types.
+// Tables that are kept; far more than there are data types.
 constexpr size_t MAX_TABLES = 1024;
 
-// Shape of a field by element type code. Codes outside every span have none. The width of a
-// field tells codes apart that have the same shape, so it is not looked at.
+// The shape of a field by element type code. Codes outside all spans have no shape. The width of a
+// field does not matter here: it only distinguishes codes that have the same shape.
 struct Span
 {
     TQELEMENTTYPE first;
@@ -146,7 +146,7 @@ void writeKey(LineBuffer &out, QStringView tag, const QDomElement &e)
     out += LINE_FEED;
 }
 
-// Says nothing unless the size agrees with the numbers.
+// Empty unless the size is the number of numbers.
 FieldContent readNumberArray(QStringView text)
 {
     FieldContent content;
@@ -164,7 +164,7 @@ void writeNumberArray(LineBuffer &out, QStringView tag, const QDomElement &e)
     writeArray(out, tag, e, BLANK);
 }
 
-// Says the size as soon as it can be read, the strings only when it agrees with them.
+// Has the size if that is a number, and the strings only if there are that many.
 FieldContent readStringArray(QStringView text)
 {
     FieldContent content;
@@ -175,7 +175,8 @@ FieldContent readStringArray(QStringView text)
         return content;
     }
     content.count = size;
-    // All after the first blank, also where that leads the text: then the size is a string.
+    // The strings start after the first blank. If the text starts with a blank, the size itself
+    // counts as a string.
     const QStringView strings = text.mid(indexOf(text, BLANK) + 1);
     if (countParts(strings, STRING_SEPARATOR) == size) {
         content.values = strings;
@@ -188,7 +189,7 @@ void writeStringArray(LineBuffer &out, QStringView tag, const QDomElement &e)
     writeArray(out, tag, e, STRING_SEPARATOR);
 }
 
-// Without a blank the whole text is both the size and the data.
+// Without a blank, the whole text is both size and data.
 FieldContent readBinary(QStringView text)
 {
     const qsizetype blank = indexOf(text, BLANK);
@@ -213,7 +214,7 @@ struct Forms
     FieldContent (*read)(QStringView value);
     void (*write)(LineBuffer &out, QStringView tag, const QDomElement &e);
 };
-// By shape; a field that has none has neither element nor line.
+// By shape. A field without a shape has neither element nor line.
 constexpr Forms FORMS[] = {
     { nullptr, nullptr },
     { readSimple, writeSimple },
@@ -239,7 +240,7 @@ FieldTable::FieldTable(const CONVERTSTRUCTELEMENTINFO *records)
 
 bool FieldTable::isMadeFrom(const CONVERTSTRUCTELEMENTINFO *records) const
 {
-    // Ends at the first difference, so a table that has become shorter is not read past its end.
+    // Stops at the first difference: a table that is shorter now is not read past its end.
     return std::all_of(m_records.begin(), m_records.end(), [&](const auto &known) {
         const CONVERTSTRUCTELEMENTINFO &record = *records++;
         return record.type == known.type && (record.type == 0 || record.tag == known.tag);

@@ -16,13 +16,13 @@
 
 namespace TQXmlInternal {
 
-// The fields of items: which ones a data type has, and both forms of each.
+// The fields of items: which fields a data type has, and how each is read and written.
 
-// What a field's value looks like; see fields.cpp for the two forms of each shape.
+// The form of a field's value; fields.cpp shows each form in packet text and in XML.
 enum Shape { NoShape, Simple, Key, NumberArray, StringArray, Binary };
 
-// Text that is being written: a field takes many short pieces, for which QString::append() costs
-// more than reading them.
+// Packet text that is being written. It is appended to in many short pieces, for which
+// QString::append() is too slow.
 using LineBuffer = std::u16string;
 
 inline void append(LineBuffer &out, QStringView piece)
@@ -44,7 +44,7 @@ public:
     };
 
     // The fields of a data type; null when items of the type are not converted at all. Made once
-    // for each table, and again when the table has changed.
+    // for each table, and again if the table changes.
     static std::shared_ptr<const FieldTable> of(unsigned int datatype);
 
     // The first field with that tag; null when there is none.
@@ -58,7 +58,7 @@ private:
     std::vector<Field> m_fields;  // by tag
 };
 
-// What the value of a field's line says. The views are parts of the line; an empty one is absent.
+// The parts of a field's value. They are views of its line; an empty view means absent.
 struct FieldContent
 {
     QStringView value;  // attributes
@@ -75,13 +75,13 @@ FieldContent readField(Shape shape, QStringView value);
 
 bool operator==(const FieldContent &a, const FieldContent &b);
 
-// Appends a new element with that content to parent. The document is the parent's: asking each
-// parent for it again would cost its depth.
+// Appends a new element with that content to parent. The caller passes the parent's document, so
+// that it is not searched for again with every field.
 QDomElement buildField(
     QDomDocument &document, QDomElement &parent, const QString &name, const FieldContent &content);
 
 // Appends the line of a field's element, which starts with its tag. A simple field without a value
-// has none, and neither has a field without a shape.
+// and a field without a shape have no line.
 void writeField(LineBuffer &out, Shape shape, QStringView tag, const QDomElement &e);
 
 // The fields of an item whose type has that text; null when such items are not converted.

@@ -3,8 +3,8 @@
 
 namespace TQXmlInternal {
 
-// The last record of a list: that without a next one or, in a list that links back to itself, the
-// last one that is met for the first time. Null for an empty list.
+// The last record of a list: the one without a next record. If the list links back to itself, the
+// last record before the walk meets one for the second time. Null for an empty list.
 template<typename Record>
 Record *lastOf(Record *head)
 {

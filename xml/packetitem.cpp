@@ -14,9 +14,8 @@
 #include <cstring>
 #include <vector>
 
-// Three ways to the same item: its element is built by the reader of packet text, its XML is
-// written straight from the text, and two items are compared text against text. All three walk the
-// same steps.
+// An item can be turned into an element, written as XML, or compared with another item. All three
+// read the same steps of its packet text, so they agree on what it contains.
 
 namespace TQXmlInternal {
 
@@ -24,7 +23,7 @@ namespace {
 
 const QString TRUE_TEXT = QStringLiteral("1");
 
-// An output without a name of its own has that of its sub-record.
+// An output without a name has the name of its sub-record.
 const char *nameOf(const TQPacketable &item)
 {
     if (item.name) {
@@ -35,7 +34,7 @@ const char *nameOf(const TQPacketable &item)
     return name ? name : "";
 }
 
-// For a text that was copied; the server library frees its own.
+// Frees a text that was copied. The server library frees those that it made.
 void deleteText(void *text) { delete[] static_cast<char *>(text); }
 
 QString toText(const std::string &utf8) { return QString::fromUtf8(utf8.c_str()); }
@@ -192,7 +191,7 @@ bool PacketItem::hasSameContent(const PacketItem &other) const
                 return false;
             }
         } else if ((goesOn ? step : otherStep).kind != PacketStep::Close) {
-            return false;  // the end closes what is open, but that is all
+            return false;  // the end of a text only closes what is open
         }
     }
 }

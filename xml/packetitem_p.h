@@ -14,19 +14,19 @@ namespace TQXmlInternal {
 
 class XmlWriter;
 
-// A server item as packets hold it until somebody asks for its element: the packet text, and what
-// becomes the attributes of the "packetable" element.
+// A server item in a packet, until somebody asks for its element. It holds the packet text, and the
+// values of the attributes of the "packetable" element.
 class PacketItem
 {
 public:
-    // Reads the server item, which is not needed afterwards.
+    // Reads the server item; it is not needed afterwards.
     PacketItem(const TQPacketable &item, bool isCurrent);
     PacketItem(const PacketItem &other);
     PacketItem(PacketItem &&) noexcept = default;
     PacketItem &operator=(PacketItem &&) noexcept = default;
     ~PacketItem() = default;
 
-    // False when the server library gave no text: the item has attributes only.
+    // False when the server library gave no text. Such an item has attributes only.
     bool hasText() const { return m_text != nullptr; }
 
     // Sets the attributes of a "packetable" element and appends the content.
@@ -35,14 +35,14 @@ public:
     QDomElement appendTo(QDomElement &parent) const;
     void write(XmlWriter &writer) const;
 
-    // True when both items have the same element.
+    // Whether both items have the same element.
     bool operator==(const PacketItem &other) const;
 
 private:
     bool hasSameContent(const PacketItem &other) const;
 
     using Free = void (*)(void *);
-    unsigned int m_length = 0;  // before the text, which is made with it
+    unsigned int m_length = 0;  // declared before the text, which sets it
     std::unique_ptr<char, Free> m_text;
     PACKETDATATYPES m_type;
     TQKEY_ELEMENT m_key;

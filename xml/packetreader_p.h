@@ -14,12 +14,12 @@
 #include <memory>
 #include <vector>
 
-// Reads packet text step by step; packettext.cpp describes the text. What the steps are for is
-// the caller's affair: they become elements, XML text or one half of a comparison.
+// Reads packet text in steps; packettext.cpp describes the text. Callers turn the steps into
+// elements or XML text, or compare them with those of another text.
 
 namespace TQXmlInternal {
 
-// Hands out the lines of a UTF-8 text; empty ones do not count. A line is valid until the next.
+// The lines of a UTF-8 text, without empty ones. A line is valid until the next one is taken.
 class Utf8Lines
 {
 public:
@@ -42,8 +42,8 @@ public:
     }
 
 private:
-    // One buffer serves all lines: memory for each, or for the text at once, would cost more
-    // than the reading.
+    // One buffer is used for all lines: allocating for each line, or for the whole text, would cost
+    // more than the reading.
     void decode(const char *begin, const char *end)
     {
         m_line.resize(TextSize(end - begin));
@@ -64,7 +64,8 @@ private:
         if (begin == m_begin) {
             text = QString::fromUtf8(begin, TextSize(end - begin));
         } else {
-            // With its line feed, so that a byte order mark at its start is text.
+            // Decoded with the line feed before it: only at the start of the text does a byte
+            // order mark not count as text.
             text = QString::fromUtf8(begin - 1, TextSize(end - begin) + 1).mid(1);
         }
         m_line.resize(text.size());
@@ -77,7 +78,7 @@ private:
     QVarLengthArray<char16_t, 512> m_line;
 };
 
-// Hands out the lines of a list; index is that of the next one.
+// The lines of a list, from an index on.
 class ListLines
 {
 public:
@@ -99,30 +100,31 @@ private:
     unsigned int m_index;
 };
 
-// What one line of packet text does.
+// The meaning of one line of packet text.
 struct PacketStep
 {
     enum Kind { OpenItem, OpenList, Close, AddField };
 
     Kind kind;
     const FieldTable::Field *field;  // of AddField
-    QStringView value;  // the field's, the item's type or the list's size; until the next step
+    QStringView
+        value;  // of the field, type of the item or size of the list; valid until the next step
 };
 
-// Turns lines into steps that can be carried out as they come: each Close belongs to an OpenItem
-// or OpenList, and no step lies deeper than TQMAX_NESTING. Lines that say nothing give none.
+// Turns lines into steps. Each Close belongs to an OpenItem or OpenList before it, and no step is
+// deeper than TQMAX_NESTING. Lines that cannot be converted give no step.
 template<typename Lines>
 class PacketReader
 {
 public:
-    // The fields are those of the element that the text fills; null where it takes none.
+    // `fields` are those of the element that the text belongs to; null if it can have none.
     PacketReader(Lines &lines, std::shared_ptr<const FieldTable> fields) : m_lines(lines)
     {
         m_levels.push_back({ std::move(fields), {}, {} });
     }
 
-    // False at the end: a line closed what was open first, or there are no more lines. What is
-    // open then ends there, without a step.
+    // False at the end: there are no more lines, or a line closed the element that the text belongs
+    // to. Items and lists that are still open then end there; no step closes them.
     bool next(PacketStep &step)
     {
         QStringView line;
@@ -142,12 +144,12 @@ public:
         return false;
     }
 
-    // What the end of the lines left open, without what the text fills.
+    // How many items and lists the end of the lines left open.
     unsigned int openLevels() const { return m_levels.empty() ? 0 : unsigned(m_levels.size()) - 1; }
 
 private:
-    // A part of a line, kept as positions: a line without a blank is cut where the one before it
-    // was.
+    // A part of a line as positions. A line without a blank is cut at the positions of the line
+    // before it.
     struct Part
     {
         int start = 0;
@@ -172,7 +174,7 @@ private:
 
     static Bracket bracketOf(QStringView tag)
     {
-        // A quick no for data tags: none ends in I or L.
+        // Most lines are fields, and no data tag ends in I or L.
         if (tag.size() != 2 || (tag.at(1) != QLatin1Char('I') && tag.at(1) != QLatin1Char('L'))) {
             return NoBracket;
         }
@@ -185,7 +187,7 @@ private:
         return tag == END_ITEM || tag == END_LIST ? Ends : NoBracket;
     }
 
-    // Cuts the line into its tag and its value; false for a line that cannot be cut.
+    // Cuts the line into tag and value; false if that is not possible.
     bool cut(QStringView line)
     {
         Level &level = m_levels.back();
@@ -201,7 +203,7 @@ private:
         return true;
     }
 
-    // False when what was cut gives no step.
+    // False if the line gives no step.
     bool read(PacketStep &step)
     {
         switch (bracketOf(m_tag)) {
@@ -210,7 +212,7 @@ private:
         case ItemBegins: {
             std::shared_ptr<const FieldTable> fields = fieldsOfType(m_value);
             // An item of a type that is not converted has no content: the next line counts as its
-            // end, whatever it says.
+            // end, whatever it is.
             m_closesAtOnce = !fields;
             return open(step, PacketStep::OpenItem, std::move(fields));
         }
@@ -252,10 +254,10 @@ private:
     bool isWithinDepth() const { return m_levels.size() <= size_t(TQMAX_NESTING) + 1; }
 
     Lines &m_lines;
-    std::vector<Level> m_levels;  // from what the text fills to what is open now
+    std::vector<Level> m_levels;  // from the element that the text belongs to, inwards
     QStringView m_tag;
     QStringView m_value;
-    bool m_closesAtOnce = false;  // what was opened last is not converted
+    bool m_closesAtOnce = false;  // the item opened last is not converted
 };
 
 }  // namespace TQXmlInternal

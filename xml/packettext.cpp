@@ -15,15 +15,15 @@
 //   TL 0        closes it
 //   tag value   a field of the open item; its shape says what the value is, see fields.cpp
 //
-// Numbers are hexadecimal. The reader is lenient: it skips what it cannot convert and goes on. A
-// line without a blank is cut where the line before it was. The public headers of the server
-// library say what a writer must keep to.
+// Numbers are hexadecimal. The reader skips what it cannot convert. A line without a blank is cut
+// at the same position as the line before it. The rules for writers are in
+// serverlib/tqpacketable.h.
 
 namespace TQXmlInternal {
 
 namespace {
 
-const QString END_VALUE = QStringLiteral("0");  // what the lines that close a block carry
+const QString END_VALUE = QStringLiteral("0");  // of the lines that close an item or list
 
 // The fields that an element's content may have.
 std::shared_ptr<const FieldTable> fieldsOf(const QDomElement &e)
@@ -31,13 +31,13 @@ std::shared_ptr<const FieldTable> fieldsOf(const QDomElement &e)
     return e.tagName() == ITEM ? fieldsOfType(e.attribute(DATATYPE)) : nullptr;
 }
 
-// True for an item of a type that is not converted: it takes no content.
+// Whether the element is an item of a type that is not converted. Such an item has no content.
 bool isUnconverted(const QDomElement &e, const std::shared_ptr<const FieldTable> &fields)
 {
     return !fields && e.tagName() == ITEM;
 }
 
-// Carries the steps out in the elements that they open, from root on.
+// Builds the elements of all steps below root.
 template<typename Lines>
 void build(const QDomElement &root, PacketReader<Lines> &reader)
 {
@@ -77,7 +77,7 @@ void writeBracket(LineBuffer &out, const QString &word, QStringView value)
     out += LINE_FEED;
 }
 
-// Writes an item or list with all below.
+// Writes an item or list with everything in it.
 void writeBlock(LineBuffer &out, const QDomElement &e, bool isItem, int level)
 {
     if (level > TQMAX_NESTING) {

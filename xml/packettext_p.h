@@ -10,11 +10,11 @@ namespace TQXmlInternal {
 
 // Reading and writing of packet text.
 
-// Appends what the text, in UTF-8, says to parent.
+// Appends the elements of a text in UTF-8 to parent.
 void readPacketText(const QDomElement &parent, const char *text, size_t length);
 
-// Appends what the lines from index on say to parent; returns the index of the terminator that
-// ended it, or, behind the last line, one more for each level that was left open.
+// Appends the elements of the lines from index on to parent. Returns the index of the line that
+// closed the parent or, if none did, the number of lines plus the number of levels left open.
 unsigned int readPacketLines(
     const QDomElement &parent, const QStringList &lines, unsigned int index);
 

@@ -5,7 +5,7 @@
 
 namespace TQXmlInternal {
 
-// All that differs between Qt 5.15 and Qt 6.
+// The differences between Qt 5.15 and Qt 6.
 
 #if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
 using TextSize = int;
@@ -13,7 +13,7 @@ using TextSize = int;
 using TextSize = qsizetype;
 #endif
 
-// For QDomDocument::setContent(): prefixes are told apart from names.
+// For QDomDocument::setContent(): reads prefixes and namespaces.
 #if QT_VERSION < QT_VERSION_CHECK(6, 5, 0)
 constexpr bool WITH_NAMESPACES = true;
 #else

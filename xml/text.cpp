@@ -8,7 +8,7 @@ namespace {
 
 int checkedBase(int base) { return base < 2 || base > 36 ? 10 : base; }
 
-// Value of a digit of base 16; more than any base for all else.
+// The value of a hexadecimal digit; for other characters a number larger than any base.
 int digitOf(char16_t c)
 {
     if (c >= u'0' && c <= u'9') {
@@ -23,7 +23,8 @@ int digitOf(char16_t c)
     return INT_MAX;
 }
 
-// Value of plain digits, or -1 for all else and for more digits than an int surely holds.
+// The number that plain digits stand for. -1 for other texts, and for so many digits that an int
+// might not hold it.
 int plainDigits(QStringView text, int base)
 {
     constexpr int SAFE_DIGITS = 7;
@@ -60,7 +61,7 @@ bool toNumber(const QString &text, int base, unsigned int &value)
 template<typename T>
 bool readChecked(QStringView text, int base, T &value)
 {
-    const int radix = base == 0 ? 0 : checkedBase(base);  // 0 goes by the text's prefix
+    const int radix = base == 0 ? 0 : checkedBase(base);  // 0: by the prefix of the text
     const int plain = plainDigits(text, radix);
     if (plain >= 0) {
         value = T(plain);
@@ -81,7 +82,7 @@ bool readNumber(QStringView text, int base, unsigned int &value)
 QString numberText(qint64 value, int base)
 {
     const int radix = checkedBase(base);
-    // Qt 5 would write negative numbers as their complement unless the base is ten.
+    // Qt 5 writes negative numbers as two's complement in all bases but ten.
     return value < 0 ? QLatin1Char('-') + QString::number(quint64(-value), radix)
                      : QString::number(quint64(value), radix);
 }

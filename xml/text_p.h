@@ -8,7 +8,7 @@
 
 namespace TQXmlInternal {
 
-// Position of the first c, or -1. Parts are short: a call of QStringView::indexOf() costs more.
+// Position of the first c, or -1. For short texts it is faster than QStringView::indexOf().
 inline qsizetype indexOf(QStringView text, char16_t c)
 {
     const char16_t *const begin = text.utf16();
@@ -16,8 +16,8 @@ inline qsizetype indexOf(QStringView text, char16_t c)
     return found ? found - begin : -1;
 }
 
-// Takes the first part of text that is not empty, with the separators around it; empty when there
-// is none.
+// Removes the first part that is not empty from text, with the separators around it, and returns
+// it. Empty when there is none.
 inline QStringView takePart(QStringView &text, char16_t separator)
 {
     QStringView part;
@@ -43,7 +43,8 @@ void forEachPart(QStringView text, char16_t separator, Visit visit)
 }
 
 // @{
-// Read what QString::toInt() and toUInt() read; false, with value as it was, when they cannot.
+// Read what QString::toInt() and toUInt() read. Otherwise they return false and leave value as it
+// is.
 bool readNumber(QStringView text, int base, int &value);
 bool readNumber(QStringView text, int base, unsigned int &value);
 // @}

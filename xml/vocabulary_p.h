@@ -5,8 +5,8 @@
 
 #include <QString>
 
-// The words of packet text and of its XML form, and how deep both are followed. Units that read or
-// write either take them from here; applications find them as constants of the public classes.
+// The words of packet text and of its XML form, and the limits of depth. Applications find the
+// words as constants of the public classes.
 
 namespace TQXmlInternal {
 
@@ -31,13 +31,13 @@ inline const QString END_LIST = QStringLiteral("TL");
 inline const QString START_ITEM = QStringLiteral("SI");
 inline const QString END_ITEM = QStringLiteral("TI");
 
-// What packet text puts between its parts.
+// Separators of packet text.
 constexpr char16_t LINE_FEED = u'\n';
 constexpr char16_t BLANK = u' ';  // between the word and the value of a line, and between numbers
 constexpr char16_t STRING_SEPARATOR = u'\r';  // between texts
 
-// Levels below a node that are copied and written. QtXml itself recurses there, and its writer
-// needs 2 KB of stack for each.
+// How many levels below a node are copied and written. QtXml recurses for each, and its writer
+// needs 2 KB of stack per level.
 constexpr int MAX_TREE_DEPTH = TQMAX_NESTING + 128;
 
 }  // namespace TQXmlInternal

@@ -11,7 +11,7 @@
 
 namespace {
 
-// A stored value: its key, what the getter returns when it is absent, the base of its text.
+// A property: its key, what the getter returns when it is absent, and the base of its text.
 template<typename T>
 struct Property
 {
@@ -44,7 +44,7 @@ constexpr Property<int> SORT_TYPE { "sort_type", 0 };
 constexpr Property<unsigned int> TQKEY_KEY { "tqkey_key", 0, 16 };
 constexpr Property<unsigned int> TQKEY_HKEY { "tqkey_hkey", 0, 16 };
 
-// Values without an absent one of their own: lists read empty, the text as a null string.
+// Properties without a default: an absent list is empty, an absent text a null string.
 constexpr int LIST_BASE = 16;
 const QString TQKEY_KEY_LIST = QStringLiteral("tqkey_key_list");
 const QString TQKEY_HKEY_LIST = QStringLiteral("tqkey_hkey_list");
@@ -52,7 +52,7 @@ const QString JOB_IDS = QStringLiteral("jobids");
 const QString TQJOB_IDS = QStringLiteral("tqjobids");
 const QString ORG_NAME = QStringLiteral("org_name");
 
-// Attributes; all else is a property.
+// Attributes; all other values are properties.
 const QString NAME = QStringLiteral("name");
 const QString TYPE = QStringLiteral("type");
 const QString ORIGINATOR = QStringLiteral("originator");

@@ -52,12 +52,12 @@ void XMLActionGroup::toggleAction(XMLAction *action)
 
 void XMLActionGroup::updateActions()
 {
-    // First the flag: to find the sender takes a walk over all members.
+    // The flag is tested first, because finding the sender takes a walk over all members.
     const QObject *reporter = m_updating ? nullptr : sender();
     if (!reporter) {
         return;
     }
-    // What the slots of the others' signals do may delete members, or this group.
+    // A slot that is called by setChecked() may delete members, or this group.
     const QList<QPointer<XMLAction>> members = m_actions;
     const QPointer<XMLActionGroup> self(this);
     m_updating = true;
@@ -78,10 +78,10 @@ void XMLActionGroup::updateActions()
 
 void XMLActionGroup::removeAction(XMLAction *action)
 {
-    // An action that signals destroyed() is none any more, and null in the list already.
+    // The sender of destroyed() is no longer an XMLAction, and its pointer in the list is null.
     auto *living = qobject_cast<XMLAction *>(action ? action : sender());
     if (!action && living && !m_actions.contains(living)) {
-        return;  // a stranger's signal
+        return;  // the signal of an action that is not a member
     }
     if (living) {
         living->setActionGroup(nullptr);

@@ -19,12 +19,12 @@ using namespace TQXmlInternal;
 
 namespace {
 
-// What the server is asked for; the meaning of the numbers is its own.
+// The arguments of queries. Their meaning is defined by the server library.
 constexpr TQQUEUE QUEUE = TQQUEUE_ALL;
 constexpr SORTTYPE SORT_BY = SORTTYPE_NAME;
 constexpr SORTORDER SORT_ORDER = SORTORDER_ASCENDING;
 
-// The family that lists of owners are freed as, books' owners too.
+// The family for freeing lists of owners, including owners of books.
 constexpr PACKETDATATYPES FREE_OWNERS = PACKETDATATYPE_OUTPUT;
 
 TQLISTRECORD *asList(TQJOB *jobs) { return reinterpret_cast<TQLISTRECORD *>(jobs); }
@@ -39,7 +39,7 @@ Record *as(TQLISTRECORD *record)
 // A record's text; never null.
 const char *textOf(const char *text) { return text ? text : ""; }
 
-// A record on its way from a list to the item that takes it over.
+// A record that was taken off its list and is freed unless an item takes it over.
 struct FreeRecord
 {
     PACKETDATATYPES family;
@@ -47,8 +47,8 @@ struct FreeRecord
 };
 using OwnedRecord = std::unique_ptr<TQLISTRECORD, FreeRecord>;
 
-// Records of one family, joined from several queries. Appending walks only what is new. A list
-// that links back to itself is cut open.
+// A list of records of one family, freed at the end. append() walks only over the new records. If a
+// list links back to itself, that link is removed.
 class RecordList
 {
 public:
@@ -83,7 +83,7 @@ public:
     TQLISTRECORD *release() { return std::exchange(m_head, nullptr); }
     void free() { TQPacketFreeList(&m_head, m_family); }
 
-    // Unlinks every record and hands it to use.
+    // Unlinks each record and calls use with it.
     template<typename Use>
     void takeEach(Use use)
     {
@@ -97,7 +97,7 @@ public:
     }
 
 private:
-    // Returns the last record.
+    // Removes a link back, and returns the last record.
     static TQLISTRECORD *cutOpen(TQLISTRECORD *records)
     {
         TQLISTRECORD *const last = lastOf(records);
@@ -118,9 +118,9 @@ struct DeleteKeys
     ~DeleteKeys() { qDeleteAll(keys); }
 };
 
-// What one operation of the bridge asks and sends. The server library may run an event loop while
-// it is asked, in which the router may be deleted, and the bridge with it. So nothing here refers
-// to the bridge, and once the router of a listing is gone nothing more is asked.
+// The queries and the reply of one call of the bridge. During a query the server library may run an
+// event loop, and in it the router may be deleted, together with the bridge. Therefore a session
+// does not refer to the bridge, and makes no further query when the router is gone.
 class Session
 {
 public:
@@ -189,7 +189,7 @@ void Session::send(std::unique_ptr<XMLPacket> packet) const
     }
 }
 
-// What the records of a listing are, and where they come from.
+// The record family of a listing, the type of its owners, and the query for one owner.
 struct Listing
 {
     PACKETDATATYPES family;
@@ -214,8 +214,8 @@ RecordList gather(
     return records;
 }
 
-// Calls use with the records of each key of the request or, without any, of each owner. The next
-// query waits until it has returned, so that no more than one owner's records are there at a time.
+// Calls use with the records of each key in the request or, if there is none, of each owner. The
+// next query is made after use has returned, so only one owner's records exist at a time.
 template<typename Use>
 void forEachOwner(const Listing &listing, const Session &session, const XMLAction *request, Use use)
 {
@@ -235,14 +235,14 @@ void forEachOwner(const Listing &listing, const Session &session, const XMLActio
         const TQKEY_ELEMENT key { owner->key, owner->hkey };
         use(RecordList(listing.family, listing.query(session, key)));
     }
-    // An empty list of books' owners is freed like any other.
+    // For owners of books, the function that frees is called with an empty list, too.
     if (!owners.isEmpty() || listing.ownerType == PACKETDATATYPE_BOOKOWNER) {
         owners.free();
     }
 }
 
-// One job for each publication, by ascending publication identifier: that with the lowest page
-// number, the first of those that have the same one.
+// Chooses one job for each publication: the one with the lowest page number, and of several with
+// the same number the first. They are sorted by ascending publication identifier.
 class Publications
 {
 public:
@@ -302,7 +302,7 @@ void XMLCommServer::receive(XMLPacket *packet)
 
 void XMLCommServer::serve(int source, XMLAction &request) const
 {
-    switch (REQUEST(request.getType())) {  // a new request makes the compiler ask for its case
+    switch (REQUEST(request.getType())) {  // the compiler warns when a request has no case
     case REQUEST_OUTPUTS:
         return sendOUTPUTs(source);
     case REQUEST_PUBLICATIONS:
@@ -339,7 +339,7 @@ TQBOOK *XMLCommServer::getBooks(const QList<TQKEY_ELEMENT *> &keys) const
     return as<TQBOOK>(gather(BOOKS, Session(m_commServer), keys).release());
 }
 
-// The listings use nothing of the bridge once they have asked the server: it may be gone.
+// After the first query, the functions below do not use the bridge: it may have been deleted.
 
 void XMLCommServer::sendOUTPUTs(int destinationAgentID) const
 {
@@ -379,7 +379,7 @@ void XMLCommServer::sendBooks(int destinationAgentID, XMLAction *request) const
 
 void XMLCommServer::sendTQJOBs(int destinationAgentID, XMLAction *request) const
 {
-    // Unlike the value's own default, a request that does not say leaves publications out.
+    // True when absent, unlike XMLAction::getExcludePublications().
     const bool exclude =
         !request || !request->hasExcludePublications() || request->getExcludePublications();
     const Session session(m_commServer, router);

@@ -85,7 +85,7 @@ QList<T> propertyList(const QDomElement &e, const QString &name, int base)
 
 XMLObject::XMLObject(XMLOBJECT_TYPE type) : m_type(type)
 {
-    if (type != XMLOBJECT_PACKET) {  // a packet has a document of its own and seldom needs this one
+    if (type != XMLOBJECT_PACKET) {  // which has its own document and rarely needs this one
         element();
     }
 }
@@ -110,7 +110,7 @@ void XMLObject::setElement(const QDomElement &e)
 
 void XMLObject::setNode(const QDomElement &e)
 {
-    element();  // makes the document
+    element();  // makes m_document
     setElement(m_document.importNode(withinDepth(e), true).toElement());
 }
 

@@ -24,7 +24,7 @@ const QString XMLPacket::AGENT_ID = QStringLiteral("agent_id");
 
 struct XMLPacket::Tree
 {
-    // All of them follow the document.
+    // All elements are in the document, unless an application took them out.
     QDomDocument document;
     QDomElement root;
     QDomElement header;
@@ -32,7 +32,7 @@ struct XMLPacket::Tree
     QDomElement destination;
     QDomElement body;
 
-    // False for an element of the header that an application took out of the document.
+    // Whether an element of the header is still in the document.
     bool shows(const QDomElement &id) const
     {
         return !id.parentNode().isNull() && !header.parentNode().isNull() &&
@@ -102,7 +102,7 @@ bool XMLPacket::operator==(const XMLPacket &other) const
         return m_source == other.m_source && m_destination == other.m_destination &&
             m_items == other.m_items;
     }
-    // Most packets differ in their ids already, which saves the walk over both documents.
+    // Most packets have different ids; then both documents need not be compared.
     if (getSourceAgentID() != other.getSourceAgentID() && showsSource() && other.showsSource()) {
         return false;
     }
@@ -156,7 +156,7 @@ bool XMLPacket::hasNodesOfType(XMLOBJECT_TYPE t) const
 
 int XMLPacket::getNodesOfType(XMLOBJECT_TYPE t, std::list<QDomNode> &out) const
 {
-    // Without a node there is nothing to build one for.
+    // If there is no such node, the document need not be built.
     return hasNodesOfType(t) ? XMLObject::getNodesOfType(tree().body, t, out) : 0;
 }
 

@@ -33,7 +33,7 @@ const QString XMLPacketable::IS_REPLACEMENT = TQXmlInternal::IS_REPLACEMENT;
 
 namespace {
 
-// Room that is made for an item's text at once, in characters.
+// Memory that is reserved for an item's packet text, in characters.
 constexpr int TEXT_ROOM = 4096;
 
 QDomElement appendElement(
@@ -76,7 +76,7 @@ QString lineOf(Shape shape, const QDomElement &e)
     return line.empty() ? QString() : toQString(line);
 }
 
-// The first element below e, at any depth, that is accepted.
+// The first element below e, at any depth, for which accept returns true.
 template<typename Accept>
 QDomElement findBelow(const QDomElement &e, Accept accept)
 {
@@ -325,7 +325,7 @@ void XMLPacketable::setData(const QDomNode &node)
 
 void XMLPacketable::setData(const TQPacketable &packetable)
 {
-    // The item may be the cached one itself, so that must not go before it has been read.
+    // `packetable` may be the cached item itself, which is therefore deleted at the end.
     const std::unique_ptr<TQPacketable> previous(m_packetable);
     m_packetable = nullptr;
 
@@ -336,7 +336,7 @@ void XMLPacketable::setData(const TQPacketable &packetable)
         hasText = item.hasText();
     }
     if (hasText) {
-        getDataConst();  // builds the cached server item, which is promised from now on
+        getDataConst();  // builds the cached item: callers rely on it after this function
     }
 }
 

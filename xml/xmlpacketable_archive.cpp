@@ -24,7 +24,7 @@ constexpr int MAX_ITEMS = 100000;
 
 quint64 keyNumber(unsigned int key, unsigned int hkey) { return quint64(hkey) << 32 | key; }
 
-// The fields of an item, findable by what they refer to.
+// The fields of an item, found by the key or the name that they refer to.
 class ReferringFields
 {
 public:
@@ -74,7 +74,7 @@ private:
     std::map<QString, QList<QDomElement>> m_byName;
 };
 
-// ICC profiles keep their data on the server until they are loaded.
+// The data of an ICC profile stays on the server until it is loaded.
 void loadProfile(TQCommServer &server, TQPacketable *item)
 {
     if (auto *profile = dynamic_cast<ICCPROFILEDATA_CC *>(item)) {
@@ -86,7 +86,7 @@ void loadProfile(TQCommServer &server, TQPacketable *item)
 
 }  // namespace
 
-// One conversion of an archive node with all that it refers to.
+// One conversion of an archive node with everything that it refers to.
 class TQXML_NO_EXPORT XMLPacketable::Inlining
 {
 public:

@@ -19,10 +19,10 @@ constexpr int COMM_SERVER_ID = -1;
 constexpr int UNKNOWN_AGENT_TYPE = 5;
 constexpr int NO_AGENT = 0;
 
-// Calls of send() inside of receive() that go on delivering; limits recursion.
+// How many calls of the slot send() may run inside one another; limits recursion.
 constexpr int MAX_DELIVERIES = 64;
 
-// Types that a broker may be asked for while it is supplying others.
+// How many types a broker may be asked for while it supplies others; limits recursion.
 constexpr int MAX_SUPPLYING = 64;
 
 }  // namespace
@@ -137,8 +137,8 @@ void XMLRouter::setAgentBroker(XMLAgentBroker *broker)
 
 void XMLRouter::notifyAgentRemovals(int agentID)
 {
-    // The agents may change the registry, so each step looks up its place again. Agents added
-    // meanwhile are not told.
+    // Agents may change the registry, so each step searches for its place again. Agents that are
+    // added during the walk are not notified.
     const QPointer<XMLRouter> self(this);
     const int last = m_agents.empty() ? NO_AGENT : m_agents.rbegin()->first;
     auto entry = m_agents.begin();
@@ -175,8 +175,8 @@ void XMLRouter::schedule()
 {
     QAbstractEventDispatcher *const dispatcher = QAbstractEventDispatcher::instance(thread());
     if (!dispatcher) {
-        // No timer can run yet, but what is posted now arrives once there is an event loop. It is
-        // lost where an application object comes and goes without running one.
+        // Without an event loop no timer can be started, but a posted call is made when the loop
+        // starts. It is lost if the application object is deleted without having run a loop.
         QMetaObject::invokeMethod(
             this, [this] { send(); }, Qt::QueuedConnection);
     } else if (!m_sendTimer->isActive() || m_dispatcher != dispatcher) {
@@ -188,9 +188,9 @@ void XMLRouter::schedule()
 void XMLRouter::send()
 {
     if (m_deliveries >= MAX_DELIVERIES) {
-        return;  // the outer ones deliver the rest
+        return;  // the outer calls deliver the rest
     }
-    m_hasSent = m_hasSent && m_sendTimer->isActive();  // it runs on when this is called by hand
+    m_hasSent = m_hasSent && m_sendTimer->isActive();  // active if this was not called by the timer
     const QPointer<XMLRouter> self(this);
     const auto guard = qScopeGuard([&self] {
         if (self) {
@@ -200,9 +200,8 @@ void XMLRouter::send()
     ++m_deliveries;
     while (self && !m_packetQueue.isEmpty()) {
         if (m_packetQueue.size() > 1) {
-            schedule();  // for an event loop that the receiver may run
+            schedule();  // in case the receiver runs an event loop
         }
-        // Read first: where memory runs out, the packet stays in the queue.
         const int destination = m_packetQueue.first()->getDestinationAgentID();
         XMLPacket *const packet = m_packetQueue.takeFirst();
         packet->m_isTaken = false;
@@ -215,6 +214,6 @@ void XMLRouter::send()
         }
     }
     if (self && !m_hasSent) {
-        m_sendTimer->stop();  // started above, and not used
+        m_sendTimer->stop();  // started above, but not needed
     }
 }

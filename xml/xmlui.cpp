@@ -11,7 +11,7 @@ namespace {
 
 const QString NAME = QStringLiteral("name");
 
-// Applies change to every action of the page with that type and originator.
+// Calls change with every action of the page that has that type and originator.
 template<typename Change>
 void changeActions(const QDomElement &page, int type, int originator, Change change)
 {
@@ -61,7 +61,7 @@ int XMLUI::getActions(QList<XMLAction *> &actions, bool visibleOnly)
             continue;
         }
         actions.append(action.get());
-        action.release();  // the caller's from here
+        action.release();  // the caller owns it now
         ++count;
     }
     return count;

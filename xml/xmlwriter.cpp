@@ -12,10 +12,10 @@ namespace TQXmlInternal {
 
 namespace {
 
-// Bytes that are collected before the device gets them.
+// How many bytes are collected before they are written to the device.
 constexpr size_t BUFFER_SIZE = 1 << 16;
 
-// ASCII characters that are not always written as they stand.
+// ASCII characters that may need an escape.
 constexpr std::array<bool, 128> makeSpecial()
 {
     std::array<bool, 128> special {};
@@ -28,7 +28,7 @@ constexpr std::array<bool, 128> SPECIAL = makeSpecial();
 
 bool isPlain(char16_t c) { return c < SPECIAL.size() && !SPECIAL[c]; }
 
-// What stands for the character at that position; empty when it stands for itself.
+// The escape for the character at that position; empty if it needs none.
 QLatin1String escapeAt(QStringView text, qsizetype at, bool isAttribute)
 {
     switch (text.at(at).unicode()) {
@@ -160,7 +160,7 @@ bool XmlWriter::finish()
     return m_isComplete;
 }
 
-// Whether the element has any content is known only now.
+// The start tag is closed when the first node inside it is written.
 void XmlWriter::closeStartTag()
 {
     if (m_inStartTag) {
@@ -230,7 +230,7 @@ void XmlWriter::flush()
 
 namespace {
 
-// The attributes of an element by name. QtXml knows no order.
+// The attributes of an element, sorted by name; QtXml does not sort them.
 std::vector<QDomNode> sortedAttributes(const QDomElement &e)
 {
     const QDomNamedNodeMap attributes = e.attributes();
@@ -250,7 +250,7 @@ void writeNamespace(XmlWriter &writer, const QString &prefix, const QString &spa
     writer.attribute(prefix.isEmpty() ? name : name + QLatin1Char(':') + prefix, space);
 }
 
-// Each prefix is declared once, where it is used first.
+// Each prefix is declared once, at its first use.
 void writeAttributes(XmlWriter &writer, const QDomElement &e)
 {
     QStringList declared { e.prefix() };
@@ -278,7 +278,7 @@ void openElement(XmlWriter &writer, const QDomElement &e)
     }
 }
 
-// Writes a node, an element without its end.
+// Writes a node; of an element, the start tag.
 void beginNode(XmlWriter &writer, const QDomNode &node)
 {
     switch (node.nodeType()) {

@@ -8,7 +8,7 @@
 
 QT_FORWARD_DECLARE_CLASS(QIODevice)
 
-// Writes XML text as UTF-8, laid out and escaped as QtXml does it: one blank of indentation per
+// Writes XML as UTF-8, with the layout and the escapes of QtXml: one blank of indentation per
 // level, and no white space next to texts.
 
 namespace TQXmlInternal {
@@ -22,12 +22,12 @@ public:
     XmlWriter(const XmlWriter &) = delete;
     XmlWriter &operator=(const XmlWriter &) = delete;
 
-    // Opens an element. Its attributes follow, in the order in which they are to stand.
+    // Opens an element. Write its attributes next, in the order that they shall have.
     void openElement(QStringView name);
     void attribute(QStringView name, QStringView value);
-    // The same, unless the value is empty.
+    // Writes the attribute unless the value is empty.
     void optionalAttribute(QStringView name, QStringView value);
-    // The name is that of the element that was opened last and is still open.
+    // Closes the innermost open element; the name is its name.
     void closeElement(QStringView name);
     void text(QStringView text);
     void cdata(QStringView text);
@@ -37,11 +37,11 @@ public:
     // An attribute as name="value", escaped already.
     void rawAttribute(QStringView text);
 
-    // Ends the text; false when the device did not take all of it.
+    // Writes what is left; false if the device did not take all bytes.
     bool finish();
 
 private:
-    // What comes before the next node, unless that is a text.
+    // What is written before the next node, unless that is a text.
     enum Space { Nothing, Indentation, LineBreak };
 
     void closeStartTag();
@@ -56,11 +56,11 @@ private:
     Space m_space = Indentation;
     int m_depth = 0;
     bool m_inStartTag = false;
-    bool m_isComplete = true;  // the device took all until now
+    bool m_isComplete = true;  // the device took all bytes until now
 };
 
-// Writes a document, or a node with all that is below it, down to MAX_TREE_DEPTH levels. The
-// attributes of an element stand in the order of their names, after its namespace.
+// Writes a document, or a node with everything below it, down to MAX_TREE_DEPTH levels. The
+// attributes of an element are sorted by name, after its namespace.
 void writeTree(XmlWriter &writer, const QDomNode &root);
 
 }  // namespace TQXmlInternal
