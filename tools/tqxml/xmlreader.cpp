@@ -177,5 +177,9 @@ QString XmlReader::value(const QString &text)
 
 void XmlReader::leaveOut(const QString &error)
 {
-    m_options.isRaw ? m_xml.skipCurrentElement() : m_xml.raiseError(error);
+    if (m_options.isRaw) {
+        m_xml.skipCurrentElement();
+    } else {
+        m_xml.raiseError(error);
+    }
 }
