@@ -296,6 +296,9 @@ void tst_Connection::aDamagedPageIsAnErrorOrChangesNothing()
         }
         for (const QByteArray &damage : std::as_const(damages)) {
             write(path, QByteArray(whole).replace(page, damage.size(), damage));
+            Client single(store);
+            const QByteArrayList jobs = single.jobsOf(OUTPUT);
+            QVERIFY(jobs.isEmpty() || !single.failed());  // no part of a list
             Client client(store);
             const QByteArrayList answers = everything(client);
             const bool isError = client.server.failures() > 0;
