@@ -2,22 +2,41 @@
 #define BENCH_H
 
 #include <functional>
+#include <initializer_list>
+#include <utility>
 #include <vector>
 
-// One figure: the cost of an operation of the library, divided by that of its floor. The floor does
-// what any program that uses QtXml must do at least.
+// What is measured, with its data. What is prepared before each run does not count.
+struct Measured
+{
+    std::function<void()> run;
+    std::function<void()> prepare;  // null for nothing
+
+    template<typename Run>
+    Measured(Run measured) : run(std::move(measured))
+    {
+    }
+    Measured(std::function<void()> measured, std::function<void()> before)
+        : run(std::move(measured)), prepare(std::move(before))
+    {
+    }
+};
+
+// One figure: what the library does, over what it costs to do that by hand. Names and limits are
+// explained in figures.py.
 struct Figure
 {
-    // Prepares its data and returns the function to measure.
-    using Make = std::function<std::function<void()>()>;
+    enum Unit { Instructions, Bytes };  // Bytes: what one run leaves allocated
+
+    // Makes the data once.
+    using Make = std::function<Measured()>;
 
     const char *name;
-    double limit;  // of the ratio of instructions
-    double timeLimit;  // of the ratio of times; 0 for the same
     Make value;
-    Make floor;
-    double floorFactor = 1;  // the value is divided by this many floors
-    bool isHeap = false;  // counts bytes that one call leaves allocated, not time
+    Make floor;  // null for 1
+    double floorFactor = 1;  // how many floors the value is compared with
+    Unit unit = Instructions;
+    double apart = 0;  // bytes of the value that do not count
 };
 
 // All registered figures.

@@ -3,7 +3,6 @@
 #include "server.h"
 
 #include <QByteArrayList>
-#include <QHash>
 #include <QStringList>
 
 namespace {
@@ -154,22 +153,22 @@ QDomElement startItem(QDomDocument &document, QDomElement &parent, const Names &
     return item;
 }
 
-QHash<QString, QStringList> attributesByName()
+// An element with children has a size, or is an item or a value; one without has a key or a value.
+qint64 readAttributes(const QDomElement &e, const QString &name, const Names &names)
 {
-    const Names names;
-    QHash<QString, QStringList> attributes;
-    for (const QString &name : names.simple) {
-        attributes[name] = QStringList { names.value };
+    if (name == names.value) {
+        return 0;
     }
-    for (const QString &name : names.keys) {
-        attributes[name] = QStringList { names.key, names.hkey };
+    if (name == names.item) {
+        return e.attribute(names.datatype).size();
     }
-    for (const QString &name :
-        names.numberArrays + QStringList { names.stringArray, names.binary, names.list }) {
-        attributes[name] = QStringList { names.size };
+    if (e.hasChildNodes()) {
+        return e.attribute(names.size).size();
     }
-    attributes[names.item] = QStringList { names.datatype };
-    return attributes;
+    if (names.keys.contains(name)) {
+        return e.attribute(names.key).size() + e.attribute(names.hkey).size();
+    }
+    return e.attribute(names.value).size();
 }
 
 }  // namespace
@@ -204,15 +203,34 @@ void Item::build(QDomDocument &document, QDomElement &parent)
     }
 }
 
+void Item::buildPacketable(QDomDocument &document, QDomElement &parent)
+{
+    QDomElement packetable = document.createElement(QStringLiteral("packetable"));
+    packetable.setAttribute(QStringLiteral("datatype"), QString::number(ITEM_TYPE, 16));
+    packetable.setAttribute(QStringLiteral("key"), QString::number(0, 16));
+    packetable.setAttribute(QStringLiteral("hkey"), QString::number(0, 16));
+    parent.appendChild(packetable);
+    build(document, packetable);
+}
+
+Item::Form Item::formOf(unsigned int tag)
+{
+    if (tag <= std::size(SIMPLE)) {
+        return Simple;
+    }
+    constexpr Form OTHERS[] = { Key, Key, Key, Numbers, Numbers, Strings, Binary };
+    return OTHERS[tag - std::size(SIMPLE) - 1];
+}
+
 std::unique_ptr<TQPacketable> Item::serverItem()
 {
     return std::make_unique<TextItem>(text().toStdString());
 }
 
-// Reads those attributes of each element that elements of its name have.
+// Reads the attributes by the names that an element of that kind has.
 qint64 Item::walk(const QDomNode &parent)
 {
-    static const QHash<QString, QStringList> attributes = attributesByName();
+    static const Names names;
     qint64 read = 0;
     for (QDomNode node = parent.firstChild(); !node.isNull(); node = node.nextSibling()) {
         if (node.isText()) {
@@ -220,13 +238,8 @@ qint64 Item::walk(const QDomNode &parent)
             continue;
         }
         const QDomElement e = node.toElement();
-        const auto names = attributes.constFind(e.tagName());
-        if (names != attributes.constEnd()) {
-            for (const QString &name : *names) {
-                read += e.attribute(name).size();
-            }
-        }
-        read += walk(e);
+        const QString name = e.tagName();
+        read += name.size() + readAttributes(e, name, names) + walk(e);
     }
     return read;
 }

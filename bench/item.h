@@ -18,10 +18,18 @@ QByteArray text(int items = 1);
 // Builds the same tree below parent, with direct QtXml calls, from UTF-8 values.
 void build(QDomDocument &document, QDomElement &parent);
 
+// The same in a "packetable" element, a child of parent.
+void buildPacketable(QDomDocument &document, QDomElement &parent);
+
+// The forms of its fields, and that of a tag.
+enum Form { Simple, Key, Numbers, Strings, Binary };
+Form formOf(unsigned int tag);
+
 // A server item that writes that text.
 std::unique_ptr<TQPacketable> serverItem();
 
-// Reads every name, attribute and text below the node; returns the number of characters.
+// Reads every name, attribute and text of the items below the node and returns how many characters
+// they are.
 qint64 walk(const QDomNode &node);
 
 }  // namespace Item
