@@ -80,10 +80,11 @@ public:
         m_writer.writeAttribute(QStringLiteral("hkey"), QStringLiteral("0"));
         m_writer.writeAttribute(QStringLiteral("key"), QStringLiteral("0"));
         const QString text = QString::fromUtf8(packetText);
-        for (qsizetype at = 0; at < text.size();) {
-            const qsizetype end = text.indexOf(QLatin1Char('\n'), at);
-            writeLine(QStringView(text).mid(at, end - at));
-            at = end + 1;
+        QStringView rest(text);
+        while (!rest.isEmpty()) {
+            const qsizetype end = rest.indexOf(QLatin1Char('\n'));
+            writeLine(rest.left(end));
+            rest = rest.mid(end + 1);
         }
         m_writer.writeEndElement();
         m_writer.writeEndElement();

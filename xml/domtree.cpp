@@ -6,14 +6,18 @@
 
 #include <algorithm>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 namespace TQXmlInternal {
 
 namespace {
 
-// Moves node to the next node in document order that is not below it. Depth is how many levels node
-// is below the root, which is not left; false at its end.
+// Levels of most documents.
+constexpr size_t USUAL_DEPTH = 16;
+
+// Moves node to the next one that is not below it, within depth levels; false when there is
+// none.
 bool stepOver(QDomNode &node, int &depth)
 {
     while (depth > 0 && node.nextSibling().isNull()) {
@@ -87,10 +91,11 @@ bool skipEmptyTexts(QDomNode &node)
 // are written as one: "a" and "b" like "ab". An empty text is written differently from no text.
 bool sameTexts(QDomNode &a, QDomNode &b)
 {
-    if (isPlainText(a) != isPlainText(b)) {
-        return skipEmptyTexts(isPlainText(a) ? a : b);
+    const bool isText = isPlainText(a);
+    if (isText != isPlainText(b)) {
+        return skipEmptyTexts(isText ? a : b);
     }
-    if (!isPlainText(a)) {
+    if (!isText) {
         return true;
     }
     const QDomNode afterA = a.nextSibling();
@@ -106,30 +111,58 @@ bool sameTexts(QDomNode &a, QDomNode &b)
     return true;
 }
 
-// Name, value and namespace of an attribute or element. Empty and null namespaces serialise
-// differently.
-using NodeText = std::tuple<QString, QString, QString, bool>;
-
-NodeText textOf(const QDomNode &node)
+// Empty and null namespaces are written differently.
+bool sameNamespace(const QDomNode &a, const QDomNode &b)
 {
-    const QString space = node.namespaceURI();
-    return { node.nodeName(), node.nodeValue(), space, space.isNull() };
+    const QString space = a.namespaceURI();
+    const QString other = b.namespaceURI();
+    return space.isNull() ? other.isNull() : !other.isNull() && space == other;
 }
 
-// The attributes, sorted by name.
-std::vector<NodeText> sorted(const QDomNamedNodeMap &attributes)
+bool sameAttribute(const QDomNode &a, const QDomNode &b)
 {
-    std::vector<NodeText> list;
+    return a.nodeValue() == b.nodeValue() && a.nodeName() == b.nodeName() && sameNamespace(a, b);
+}
+
+// Compares two attributes that were found under the same name: only prefixes, which come with a
+// namespace, can make a difference between their names.
+bool sameContent(const QDomNode &a, const QDomNode &b)
+{
+    const bool isPlain = a.namespaceURI().isNull() && b.namespaceURI().isNull();
+    return isPlain ? a.nodeValue() == b.nodeValue() : sameAttribute(a, b);
+}
+
+// What an attribute says: its name, value and namespace, and whether it has any.
+using AttributeText = std::tuple<QString, QString, QString, bool>;
+
+std::vector<AttributeText> sorted(const QDomNamedNodeMap &attributes)
+{
+    std::vector<AttributeText> list;
     for (int i = 0; i < attributes.length(); ++i) {
-        list.push_back(textOf(attributes.item(i)));
+        const QDomNode attribute = attributes.item(i);
+        const QString space = attribute.namespaceURI();
+        list.emplace_back(attribute.nodeName(), attribute.nodeValue(), space, space.isNull());
     }
     std::sort(list.begin(), list.end());
     return list;
 }
 
-// `likely` is the name of the attribute that was compared last. Neighbouring elements often have
-// the same attribute, and QtXml finds it faster by name than by index.
-bool sameAttributes(const QDomElement &a, const QDomElement &b, QString &likely)
+// Compares by name. QtXml does not find attributes with a prefix by name.
+bool sameByName(const QDomNamedNodeMap &left, const QDomNamedNodeMap &right)
+{
+    for (int i = 0; i < left.length(); ++i) {
+        const QDomNode attribute = left.item(i);
+        const QDomNode other = right.namedItem(attribute.nodeName());
+        if (other.isNull() || !sameAttribute(attribute, other)) {
+            return sorted(left) == sorted(right);
+        }
+    }
+    return true;
+}
+
+// Likely is the name of the attribute that was compared last: elements in a row mostly have the
+// same one, and finding it by name is quicker than by index.
+bool sameAttributes(const QDomNode &a, const QDomNode &b, QString &likely)
 {
     const QDomNamedNodeMap left = a.attributes();
     const QDomNamedNodeMap right = b.attributes();
@@ -138,32 +171,35 @@ bool sameAttributes(const QDomElement &a, const QDomElement &b, QString &likely)
         return false;
     }
     if (count > MANY_ATTRIBUTES) {
-        return attributeTexts(a) == attributeTexts(b);
+        return attributeTexts(a.toElement()) == attributeTexts(b.toElement());
     }
-    for (int i = 0; i < count; ++i) {
-        QDomNode attribute = count == 1 ? left.namedItem(likely) : QDomNode();
-        if (attribute.isNull()) {
-            attribute = left.item(i);
-            likely = attribute.nodeName();
-        }
-        if (textOf(right.namedItem(likely)) != textOf(attribute)) {
-            // QtXml does not find attributes with a prefix by name.
-            return sorted(left) == sorted(right);
-        }
+    if (count != 1) {
+        return sameByName(left, right);
     }
-    return true;
+    const QDomNode attribute = left.namedItem(likely);
+    const QDomNode other = right.namedItem(likely);
+    if (!attribute.isNull() && !other.isNull()) {
+        return sameContent(attribute, other);
+    }
+    const QDomNode first = left.item(0);
+    likely = first.nodeName();
+    return sameAttribute(first, right.item(0));
 }
 
 // Compares two nodes, not their children. For `likely` see sameAttributes().
 bool sameNode(const QDomNode &a, const QDomNode &b, QString &likely)
 {
-    if (a.nodeType() != b.nodeType()) {
+    const QDomNode::NodeType type = a.nodeType();
+    if (type != b.nodeType()) {
         return false;
     }
-    if (a.isElement()) {
-        return textOf(a) == textOf(b) && sameAttributes(a.toElement(), b.toElement(), likely);
+    if (type != QDomNode::ElementNode) {
+        return writtenText(a) == writtenText(b);
     }
-    return a.isDocument() || writtenText(a) == writtenText(b);
+    if (a.nodeName() != b.nodeName() || !sameNamespace(a, b)) {
+        return false;
+    }
+    return a.hasAttributes() ? sameAttributes(a, b, likely) : !b.hasAttributes();
 }
 
 }  // namespace
@@ -238,33 +274,32 @@ QStringList attributeTexts(const QDomElement &e)
 
 bool sameDocument(const QDomDocument &a, const QDomDocument &b)
 {
-    // The parents of the two nodes that are compared now.
-    QDomNode parentA = a;
-    QDomNode parentB = b;
-    QDomNode nodeA = a.firstChild();
-    QDomNode nodeB = b.firstChild();
+    // The nodes that come next in both documents, on each level down to where the walk is.
+    std::vector<std::pair<QDomNode, QDomNode>> levels;
+    levels.reserve(USUAL_DEPTH);
+    levels.emplace_back(a.firstChild(), b.firstChild());
     QString likely;
-    for (;;) {
+    while (!levels.empty()) {
+        auto &[nodeA, nodeB] = levels.back();
         if (!sameTexts(nodeA, nodeB) || nodeA.isNull() != nodeB.isNull()) {
             return false;
         }
-        if (!nodeA.isNull()) {
-            if (!sameNode(nodeA, nodeB, likely)) {
-                return false;
-            }
-            parentA = nodeA;
-            parentB = nodeB;
-            nodeA = nodeA.firstChild();
-            nodeB = nodeB.firstChild();
-        } else if (parentA == a) {
-            return true;
-        } else {
-            nodeA = parentA.nextSibling();
-            nodeB = parentB.nextSibling();
-            parentA = parentA.parentNode();
-            parentB = parentB.parentNode();
+        if (nodeA.isNull()) {
+            levels.pop_back();
+            continue;
+        }
+        if (!sameNode(nodeA, nodeB, likely)) {
+            return false;
+        }
+        const QDomNode childA = nodeA.firstChild();
+        const QDomNode childB = nodeB.firstChild();
+        nodeA = nodeA.nextSibling();
+        nodeB = nodeB.nextSibling();
+        if (!childA.isNull() || !childB.isNull()) {
+            levels.emplace_back(childA, childB);
         }
     }
+    return true;
 }
 
 }  // namespace TQXmlInternal
