@@ -39,6 +39,17 @@ void deleteText(void *text) { delete[] static_cast<char *>(text); }
 
 QString toText(const std::string &utf8) { return QString::fromUtf8(utf8.c_str()); }
 
+bool isAscii(const std::string &text)
+{
+    return std::all_of(text.begin(), text.end(), [](char c) { return (c & 0x80) == 0; });
+}
+
+// Bytes that are no UTF-8 may read alike where they differ.
+bool sameText(const std::string &a, const std::string &b)
+{
+    return a == b || (!isAscii(a) && !isAscii(b) && toText(a) == toText(b));
+}
+
 void writeField(XmlWriter &writer, const QString &name, const FieldContent &content)
 {
     writer.openElement(name);
@@ -165,7 +176,7 @@ bool PacketItem::operator==(const PacketItem &other) const
 {
     return m_type == other.m_type && m_key.key == other.m_key.key &&
         m_key.hkey == other.m_key.hkey && m_isCurrent == other.m_isCurrent &&
-        (m_name == other.m_name || toText(m_name) == toText(other.m_name)) && hasSameContent(other);
+        sameText(m_name, other.m_name) && hasSameContent(other);
 }
 
 bool PacketItem::hasSameContent(const PacketItem &other) const
