@@ -33,10 +33,8 @@ class TooMuch(Exception):
 
 
 class Commands:
-    def __init__(self, build):
-        self.tqxml = glob.glob(f"{build}/tools/tqxml/tqxml*")
-        self.tqxml = next(path for path in self.tqxml if os.access(path, os.X_OK)
-                          and os.path.isfile(path))
+    def __init__(self, build, qt):
+        self.tqxml = f"{build}/tools/tqxml/tqxml{'-qt5' if qt == 5 else ''}"
         self.rows = f"{build}/bench/tqxml_rows"
         self.scratch = tempfile.TemporaryDirectory()
         self.folder = self.scratch.name

@@ -154,7 +154,7 @@ def main():
     bench = Bench(options.build)
     report = Report()
     if options.count:
-        count(bench, wanted, report, commands.Commands(options.build))
+        count(bench, wanted, report, commands.Commands(options.build, bench.qt))
     else:
         measure_times(bench, wanted, report, options.repetitions)
     report.print()

@@ -6,6 +6,8 @@ namespace TQXmlInternal {
 
 namespace {
 
+constexpr char DIGITS[] = "0123456789abcdefghijklmnopqrstuvwxyz";
+
 int checkedBase(int base) { return base < 2 || base > 36 ? 10 : base; }
 
 // The value of a hexadecimal digit; for other characters a number larger than any base.
@@ -79,12 +81,28 @@ bool readNumber(QStringView text, int base, unsigned int &value)
     return readChecked(text, base, value);
 }
 
+// QString::number() takes four times as long, and on Qt 5 it writes negative numbers as their
+// complement unless the base is ten.
+QStringView writeNumber(NumberBuffer &buffer, qint64 value, int base)
+{
+    const auto radix = quint64(checkedBase(base));
+    char16_t *const end = buffer.data() + buffer.size();
+    char16_t *at = end;
+    quint64 rest = value < 0 ? 0 - quint64(value) : quint64(value);
+    do {
+        *--at = char16_t(DIGITS[rest % radix]);
+        rest /= radix;
+    } while (rest != 0);
+    if (value < 0) {
+        *--at = u'-';
+    }
+    return QStringView(at, end - at);
+}
+
 QString numberText(qint64 value, int base)
 {
-    const int radix = checkedBase(base);
-    // Qt 5 writes negative numbers as two's complement in all bases but ten.
-    return value < 0 ? QLatin1Char('-') + QString::number(quint64(-value), radix)
-                     : QString::number(quint64(value), radix);
+    NumberBuffer buffer;
+    return writeNumber(buffer, value, base).toString();
 }
 
 }  // namespace TQXmlInternal

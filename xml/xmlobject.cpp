@@ -3,9 +3,8 @@
 #include "domtree_p.h"
 #include "text_p.h"
 
-#include <QStringList>
-
 #include <iterator>
+#include <string>
 
 using namespace TQXmlInternal;
 
@@ -43,12 +42,18 @@ QString doubleText(double value, int digits) { return QString::number(value, 'g'
 template<typename T>
 QString listText(const QList<T> &list, int base)
 {
-    QStringList texts;
-    texts.reserve(list.size());
-    for (const T member : list) {
-        texts.append(numberText(member, base));
+    if (list.isEmpty()) {
+        return QString();
     }
-    return texts.join(XMLObject::NUMLIST_SEP);
+    std::u16string text;
+    NumberBuffer buffer;
+    for (const T member : list) {
+        const QStringView number = writeNumber(buffer, member, base);
+        text.append(number.utf16(), size_t(number.size()));
+        text += XMLObject::NUMLIST_SEP.at(0).unicode();
+    }
+    text.pop_back();
+    return QStringView(text).toString();
 }
 
 template<typename T>
