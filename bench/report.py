@@ -119,7 +119,7 @@ def count(bench, wanted, report, measurements):
                    figure.is_held)
         if figure.time_limit:
             report.add(figure.name + ", time", "ns", bench.pair("--best", figure.name), factor,
-                       figure.time_limit, figure.is_held)
+                       figure.time_limit, figure.is_time_held)
 
 
 def measure_times(bench, wanted, report, repetitions):

@@ -183,7 +183,8 @@ bool sameAttributes(const QDomNode &a, const QDomNode &b, QString &likely)
     }
     const QDomNode first = left.item(0);
     likely = first.nodeName();
-    return sameAttribute(first, right.item(0));
+    const QDomNode match = right.namedItem(likely);
+    return sameAttribute(first, match.isNull() ? right.item(0) : match);
 }
 
 // Compares two nodes, not their children. For `likely` see sameAttributes().
