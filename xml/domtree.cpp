@@ -16,8 +16,8 @@ namespace {
 // Levels of most documents.
 constexpr size_t USUAL_DEPTH = 16;
 
-// Moves node to the next one that is not below it, within depth levels; false when there is
-// none.
+// Moves node to the next node in document order that is not below it. Depth is how many levels node
+// is below the root, which is not left; false at its end.
 bool stepOver(QDomNode &node, int &depth)
 {
     while (depth > 0 && node.nextSibling().isNull()) {
@@ -111,7 +111,7 @@ bool sameTexts(QDomNode &a, QDomNode &b)
     return true;
 }
 
-// Empty and null namespaces are written differently.
+// Empty and null namespaces serialise differently.
 bool sameNamespace(const QDomNode &a, const QDomNode &b)
 {
     const QString space = a.namespaceURI();
@@ -160,8 +160,8 @@ bool sameByName(const QDomNamedNodeMap &left, const QDomNamedNodeMap &right)
     return true;
 }
 
-// Likely is the name of the attribute that was compared last: elements in a row mostly have the
-// same one, and finding it by name is quicker than by index.
+// `likely` is the name of the attribute that was compared last. Neighbouring elements often have
+// the same attribute, and QtXml finds it faster by name than by index.
 bool sameAttributes(const QDomNode &a, const QDomNode &b, QString &likely)
 {
     const QDomNamedNodeMap left = a.attributes();
