@@ -3,16 +3,17 @@
 
 namespace TQXmlInternal {
 
-// Records that are walked over before a list is looked at for a cycle.
+// How many records are walked over before the list is checked for a cycle, and how many of them
+// are counted as one: a walk that counts each record takes half as long again.
 constexpr int PLAIN_WALK = 4096;
 constexpr int BLOCK = 16;
 
-// The last record of a list: that without a next one or, in a list that links back to itself, the
-// last one that is met for the first time. Null for an empty list.
+// The last record of a list: the one without a next record. If the list links back to itself, the
+// last record before the walk meets one for the second time. Null for an empty list.
 template<typename Record>
 Record *lastOf(Record *head)
 {
-    // Most lists end soon, and a plain walk, counted by blocks, finds the end quickest.
+    // Most lists end here.
     Record *last = head;
     for (int blocks = PLAIN_WALK / BLOCK; blocks > 0 && last; --blocks) {
         for (int i = 0; i < BLOCK; ++i) {

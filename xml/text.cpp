@@ -1,12 +1,11 @@
 #include "text_p.h"
 
+#include <charconv>
 #include <climits>
 
 namespace TQXmlInternal {
 
 namespace {
-
-constexpr char DIGITS[] = "0123456789abcdefghijklmnopqrstuvwxyz";
 
 int checkedBase(int base) { return base < 2 || base > 36 ? 10 : base; }
 
@@ -81,28 +80,19 @@ bool readNumber(QStringView text, int base, unsigned int &value)
     return readChecked(text, base, value);
 }
 
-// QString::number() takes four times as long, and on Qt 5 it writes negative numbers as their
-// complement unless the base is ten.
-QStringView writeNumber(NumberBuffer &buffer, qint64 value, int base)
+// Not QString::number(): it takes four times as long, and on Qt 5 it writes negative numbers as
+// two's complement in all bases but ten.
+QLatin1String writeNumber(NumberBuffer &buffer, qint64 value, int base)
 {
-    const auto radix = quint64(checkedBase(base));
-    char16_t *const end = buffer.data() + buffer.size();
-    char16_t *at = end;
-    quint64 rest = value < 0 ? 0 - quint64(value) : quint64(value);
-    do {
-        *--at = char16_t(DIGITS[rest % radix]);
-        rest /= radix;
-    } while (rest != 0);
-    if (value < 0) {
-        *--at = u'-';
-    }
-    return QStringView(at, end - at);
+    char *const end = buffer.data() + buffer.size();
+    const auto result = std::to_chars(buffer.data(), end, value, checkedBase(base));
+    return QLatin1String(buffer.data(), result.ptr);
 }
 
 QString numberText(qint64 value, int base)
 {
     NumberBuffer buffer;
-    return writeNumber(buffer, value, base).toString();
+    return writeNumber(buffer, value, base);
 }
 
 }  // namespace TQXmlInternal

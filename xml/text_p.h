@@ -53,10 +53,9 @@ bool readNumber(QStringView text, int base, unsigned int &value);
 // The number as the library stores it: lower case, without prefix, with "-" when negative.
 QString numberText(qint64 value, int base);
 
-// The same without a text of its own: the view is a part of the buffer, which holds a sign and 64
-// binary digits.
-using NumberBuffer = std::array<char16_t, 65>;
-QStringView writeNumber(NumberBuffer &buffer, qint64 value, int base);
+// The same, as a part of a buffer that has room for a sign and 64 binary digits.
+using NumberBuffer = std::array<char, 65>;
+QLatin1String writeNumber(NumberBuffer &buffer, qint64 value, int base);
 
 }  // namespace TQXmlInternal
 

@@ -4,7 +4,6 @@
 #include "text_p.h"
 
 #include <iterator>
-#include <string>
 
 using namespace TQXmlInternal;
 
@@ -42,18 +41,15 @@ QString doubleText(double value, int digits) { return QString::number(value, 'g'
 template<typename T>
 QString listText(const QList<T> &list, int base)
 {
-    if (list.isEmpty()) {
-        return QString();
-    }
-    std::u16string text;
+    QString text;
     NumberBuffer buffer;
     for (const T member : list) {
-        const QStringView number = writeNumber(buffer, member, base);
-        text.append(number.utf16(), size_t(number.size()));
-        text += XMLObject::NUMLIST_SEP.at(0).unicode();
+        if (!text.isNull()) {
+            text += XMLObject::NUMLIST_SEP;
+        }
+        text += writeNumber(buffer, member, base);
     }
-    text.pop_back();
-    return QStringView(text).toString();
+    return text;
 }
 
 template<typename T>
