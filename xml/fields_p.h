@@ -65,7 +65,8 @@ struct FieldContent
     QStringView key;
     QStringView hkey;
     QStringView size;  // of bytes, as it stands
-    std::optional<unsigned int> count;  // of values, which is their size
+    std::optional<unsigned int>
+        count;  // of values, written as their size; never together with size
     QStringView values;  // children: the parts between the separators
     char16_t separator = BLANK;
     std::optional<QStringView> text;

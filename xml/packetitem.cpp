@@ -29,12 +29,12 @@ const char *nameOf(const TQPacketable &item)
     if (item.name) {
         return item.name;
     }
-    const bool hasOther = item.datatype == PACKETDATATYPE_OUTPUT && item.subrecord;
-    const char *name = hasOther ? item.subrecord->name : nullptr;
+    const bool usesSubrecord = item.datatype == PACKETDATATYPE_OUTPUT && item.subrecord;
+    const char *name = usesSubrecord ? item.subrecord->name : nullptr;
     return name ? name : "";
 }
 
-// Frees a text that was copied. The server library frees those that it made.
+// Frees our own copies of texts. Those of the server library are freed by TQ_free().
 void deleteText(void *text) { delete[] static_cast<char *>(text); }
 
 QString toText(const std::string &utf8) { return QString::fromUtf8(utf8.c_str()); }
@@ -202,7 +202,7 @@ bool PacketItem::hasSameContent(const PacketItem &other) const
                 return false;
             }
         } else if ((goesOn ? step : otherStep).kind != PacketStep::Close) {
-            return false;  // the end of a text only closes what is open
+            return false;  // a text may end without closing its items
         }
     }
 }

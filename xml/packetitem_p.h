@@ -14,8 +14,8 @@ namespace TQXmlInternal {
 
 class XmlWriter;
 
-// A server item in a packet, until somebody asks for its element. It holds the packet text, and the
-// values of the attributes of the "packetable" element.
+// A server item in a packet, kept as its packet text and the values of the attributes of its
+// "packetable" element. When somebody asks for the element, that takes the place of the text.
 class PacketItem
 {
 public:
@@ -26,7 +26,8 @@ public:
     PacketItem &operator=(PacketItem &&) noexcept = default;
     ~PacketItem() = default;
 
-    // False when the server library gave no text. Such an item has attributes only.
+    // False when the server library gave no text, or more than INT_MAX bytes. Such an item has
+    // attributes only.
     bool hasText() const { return m_text != nullptr; }
 
     // Sets the attributes of a "packetable" element and appends the content.

@@ -47,12 +47,13 @@ private:
     void decode(const char *begin, const char *end)
     {
         m_line.resize(TextSize(end - begin));
-        unsigned char bits = 0;
-        std::transform(begin, end, m_line.begin(), [&bits](char c) {
-            bits |= static_cast<unsigned char>(c);
+        unsigned char allBits = 0;
+        std::transform(begin, end, m_line.begin(), [&allBits](char c) {
+            allBits |= static_cast<unsigned char>(c);
             return char16_t(static_cast<unsigned char>(c));
         });
-        if (bits >= 0x80) {
+        const bool isAscii = allBits < 0x80;
+        if (!isAscii) {
             decodeAll(begin, end);
         }
     }
@@ -78,7 +79,7 @@ private:
     QVarLengthArray<char16_t, 512> m_line;
 };
 
-// The lines of a list, from an index on.
+// The lines of a list, from an index on. At the end, index() is beyond the last line.
 class ListLines
 {
 public:
@@ -107,12 +108,13 @@ struct PacketStep
 
     Kind kind;
     const FieldTable::Field *field;  // of AddField
-    QStringView
-        value;  // of the field, type of the item or size of the list; valid until the next step
+    // The field's value, the item's type or the list's size. Valid until the next step.
+    QStringView value;
 };
 
-// Turns lines into steps. Each Close belongs to an OpenItem or OpenList before it, and no step is
-// deeper than TQMAX_NESTING. Lines that cannot be converted give no step.
+// Turns lines into steps. Each Close belongs to an OpenItem or OpenList before it, but not the
+// other way round: the text may end early. No step is deeper than TQMAX_NESTING. Lines that cannot
+// be converted give no step.
 template<typename Lines>
 class PacketReader
 {
@@ -130,8 +132,8 @@ public:
         QStringView line;
         while (!m_levels.empty()) {
             const bool hasLine = m_lines.take(line);
-            if (m_closesAtOnce) {
-                m_closesAtOnce = false;
+            if (m_nextLineCloses) {
+                m_nextLineCloses = false;
                 if (close(step)) {
                     return true;
                 }
@@ -144,12 +146,12 @@ public:
         return false;
     }
 
-    // How many items and lists the end of the lines left open.
+    // How many items and lists are still open at the end.
     unsigned int openLevels() const { return m_levels.empty() ? 0 : unsigned(m_levels.size()) - 1; }
 
 private:
-    // A part of a line as positions. A line without a blank is cut at the positions of the line
-    // before it.
+    // A part of a line as positions. A line without a blank is cut at the positions of the last
+    // line of the same item or list that had one; writers never write such lines.
     struct Part
     {
         int start = 0;
@@ -165,7 +167,7 @@ private:
     // An item or list whose content is being read.
     struct Level
     {
-        std::shared_ptr<const FieldTable> fields;  // of an item; null where fields are skipped
+        std::shared_ptr<const FieldTable> fields;  // of an item; null where there can be none
         Part tag;
         Part value;
     };
@@ -174,7 +176,7 @@ private:
 
     static Bracket bracketOf(QStringView tag)
     {
-        // Most lines are fields, and no data tag ends in I or L.
+        // Most lines are fields. Their tags are hexadecimal, so none ends in I or L.
         if (tag.size() != 2 || (tag.at(1) != QLatin1Char('I') && tag.at(1) != QLatin1Char('L'))) {
             return NoBracket;
         }
@@ -203,7 +205,8 @@ private:
         return true;
     }
 
-    // False if the line gives no step.
+    // These return whether there is a step for the caller to see. A line that closes something
+    // closes what was opened last, item or list.
     bool read(PacketStep &step)
     {
         switch (bracketOf(m_tag)) {
@@ -211,9 +214,9 @@ private:
             return close(step);
         case ItemBegins: {
             std::shared_ptr<const FieldTable> fields = fieldsOfType(m_value);
-            // An item of a type that is not converted has no content: the next line counts as its
-            // end, whatever it is.
-            m_closesAtOnce = !fields;
+            // An item of a type that is not converted has no content: the next line, whatever it
+            // is, counts as its end.
+            m_nextLineCloses = !fields;
             return open(step, PacketStep::OpenItem, std::move(fields));
         }
         case ListBegins:
@@ -257,7 +260,7 @@ private:
     std::vector<Level> m_levels;  // from the element that the text belongs to, inwards
     QStringView m_tag;
     QStringView m_value;
-    bool m_closesAtOnce = false;  // the item opened last is not converted
+    bool m_nextLineCloses = false;  // whatever it is; see read()
 };
 
 }  // namespace TQXmlInternal

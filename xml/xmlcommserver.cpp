@@ -24,8 +24,9 @@ constexpr TQQUEUE QUEUE = TQQUEUE_ALL;
 constexpr SORTTYPE SORT_BY = SORTTYPE_NAME;
 constexpr SORTORDER SORT_ORDER = SORTORDER_ASCENDING;
 
-// The family for freeing lists of owners, including owners of books.
-constexpr PACKETDATATYPES FREE_OWNERS = PACKETDATATYPE_OUTPUT;
+// An owner is an output, which owns jobs, or an owner of books. The server library frees the
+// records of both kinds under this type.
+constexpr PACKETDATATYPES OWNER_RECORDS = PACKETDATATYPE_OUTPUT;
 
 TQLISTRECORD *asList(TQJOB *jobs) { return reinterpret_cast<TQLISTRECORD *>(jobs); }
 TQLISTRECORD *asList(TQBOOK *books) { return reinterpret_cast<TQLISTRECORD *>(books); }
@@ -40,20 +41,20 @@ Record *as(TQLISTRECORD *record)
 const char *textOf(const char *text) { return text ? text : ""; }
 
 // A record that was taken off its list and is freed unless an item takes it over.
-struct FreeRecord
+struct RecordDeleter
 {
     PACKETDATATYPES family;
     void operator()(TQLISTRECORD *record) const { TQPacketFreeItem(record, family); }
 };
-using OwnedRecord = std::unique_ptr<TQLISTRECORD, FreeRecord>;
+using OwnedRecord = std::unique_ptr<TQLISTRECORD, RecordDeleter>;
 
-// A list of records of one family, freed at the end. append() walks only over the new records. If a
-// list links back to itself, that link is removed.
+// A list of records of one family, freed at the end. append() walks only over the new records. A
+// list that links back to itself is cut after its last record.
 class RecordList
 {
 public:
     RecordList(PACKETDATATYPES family, TQLISTRECORD *records)
-        : m_family(family), m_head(records), m_tail(cutOpen(records))
+        : m_family(family), m_head(records), m_tail(cutCycle(records))
     {
     }
     RecordList(RecordList &&other) noexcept
@@ -74,7 +75,7 @@ public:
             TQLISTRECORD *end = m_tail;
             AddListList(&end, records);
             m_head = m_head ? m_head : end;
-            m_tail = cutOpen(records);
+            m_tail = cutCycle(records);
         }
     }
 
@@ -83,22 +84,22 @@ public:
     TQLISTRECORD *release() { return std::exchange(m_head, nullptr); }
     void free() { TQPacketFreeList(&m_head, m_family); }
 
-    // Unlinks each record and calls use with it.
+    // Unlinks each record and calls use with it. What use does not release is freed.
     template<typename Use>
     void takeEach(Use use)
     {
         for (TQLISTRECORD *record = m_head; record;) {
             TQLISTRECORD *const next = record->next;
             RemoveItemFromList(&m_head, record);
-            OwnedRecord taken(record, FreeRecord { m_family });
+            OwnedRecord taken(record, RecordDeleter { m_family });
             use(taken);
             record = next;
         }
     }
 
 private:
-    // Removes a link back, and returns the last record.
-    static TQLISTRECORD *cutOpen(TQLISTRECORD *records)
+    // Returns the last record, with nothing after it.
+    static TQLISTRECORD *cutCycle(TQLISTRECORD *records)
     {
         TQLISTRECORD *const last = lastOf(records);
         if (last) {
@@ -112,15 +113,16 @@ private:
     TQLISTRECORD *m_tail;
 };
 
-struct DeleteKeys
+struct OwnedKeys
 {
     QList<TQKEY_ELEMENT *> keys;
-    ~DeleteKeys() { qDeleteAll(keys); }
+    ~OwnedKeys() { qDeleteAll(keys); }
 };
 
 // The queries and the reply of one call of the bridge. During a query the server library may run an
 // event loop, and in it the router may be deleted, together with the bridge. Therefore a session
-// does not refer to the bridge, and makes no further query when the router is gone.
+// does not refer to the bridge, and makes no further query when the router is gone. Without a
+// router, as in the functions that return records, it is never over.
 class Session
 {
 public:
@@ -152,7 +154,7 @@ TQLISTRECORD *Session::owners(PACKETDATATYPES type) const
     ZQ_MESSAGE_ID message;
     TQLISTRECORD *records = m_server->getDBList(command, message, type);
     if (records && (isOver() || m_server->iserror(command))) {
-        TQPacketFreeList(&records, FREE_OWNERS);
+        TQPacketFreeList(&records, OWNER_RECORDS);
         return nullptr;
     }
     return records;
@@ -219,7 +221,7 @@ RecordList gather(
 template<typename Use>
 void forEachOwner(const Listing &listing, const Session &session, const XMLAction *request, Use use)
 {
-    DeleteKeys list;
+    OwnedKeys list;
     if (request && request->hasTQKEYList()) {
         list.keys = request->getTQKEYList();
     }
@@ -229,13 +231,13 @@ void forEachOwner(const Listing &listing, const Session &session, const XMLActio
         }
         return;
     }
-    RecordList owners(FREE_OWNERS, session.owners(listing.ownerType));
+    RecordList owners(OWNER_RECORDS, session.owners(listing.ownerType));
     for (TQLISTRECORD *record = owners.head(); record; record = record->next) {
         const TQOWNER *owner = as<TQOWNER>(record);
         const TQKEY_ELEMENT key { owner->key, owner->hkey };
         use(RecordList(listing.family, listing.query(session, key)));
     }
-    // For owners of books, the function that frees is called with an empty list, too.
+    // Server libraries expect this call for owners of books also when there are none.
     if (!owners.isEmpty() || listing.ownerType == PACKETDATATYPE_BOOKOWNER) {
         owners.free();
     }
@@ -345,7 +347,7 @@ void XMLCommServer::sendOUTPUTs(int destinationAgentID) const
 {
     const Session session(m_commServer, router);
     std::unique_ptr<XMLPacket> packet(getXMLPacket(destinationAgentID));
-    RecordList outputs(FREE_OWNERS, session.owners(PACKETDATATYPE_OUTPUTLIST));
+    RecordList outputs(OWNER_RECORDS, session.owners(PACKETDATATYPE_OUTPUTLIST));
     if (outputs.isEmpty() || session.isOver()) {
         return;
     }
