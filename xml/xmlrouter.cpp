@@ -173,14 +173,17 @@ void XMLRouter::send(XMLPacket *packet)
 
 void XMLRouter::schedule()
 {
+    if (m_dispatcher && m_sendTimer->isActive()) {
+        return;
+    }
     QAbstractEventDispatcher *const dispatcher = QAbstractEventDispatcher::instance(thread());
     if (!dispatcher) {
         // Without an event loop no timer can be started, but a posted call is made when the loop
         // starts. It is lost if the application object is deleted without having run a loop.
         QMetaObject::invokeMethod(
             this, [this] { send(); }, Qt::QueuedConnection);
-    } else if (!m_sendTimer->isActive() || m_dispatcher != dispatcher) {
-        m_dispatcher = dispatcher;
+    } else {
+        m_dispatcher = dispatcher;  // a timer of another one, which has ended, starts again
         m_sendTimer->start(0);
     }
 }
