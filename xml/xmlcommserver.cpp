@@ -275,6 +275,13 @@ private:
     std::map<unsigned int, OwnedRecord> m_chosen;
 };
 
+// The action of a packet itself, without a copy.
+class Request : public XMLAction
+{
+public:
+    explicit Request(const QDomElement &action) { setElement(action); }
+};
+
 }  // namespace
 
 XMLCommServer::XMLCommServer(TQCommServer *server) : XMLAgent(0), m_commServer(server) {}
@@ -294,8 +301,7 @@ void XMLCommServer::receive(XMLPacket *packet)
     packet->getNodesOfType(XMLObject::XMLOBJECT_ACTION, actions);
     actions.remove_if([](const QDomNode &node) { return !node.isElement(); });
     if (!actions.empty()) {
-        XMLAction request;
-        request.setNode(actions.front().toElement());
+        Request request(actions.front().toElement());
         serve(packet->getSourceAgentID(), request);
     }
     packet->deleteLater();
