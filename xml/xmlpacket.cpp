@@ -102,7 +102,10 @@ bool XMLPacket::operator==(const XMLPacket &other) const
         return m_source == other.m_source && m_destination == other.m_destination &&
             m_items == other.m_items;
     }
-    // Most packets have different ids; then both documents need not be compared.
+    if (m_tree && other.m_tree) {
+        return sameDocument(m_tree->document, other.m_tree->document);
+    }
+    // Most packets differ in their ids already, which saves building one of them.
     if (getSourceAgentID() != other.getSourceAgentID() && showsSource() && other.showsSource()) {
         return false;
     }
