@@ -26,6 +26,7 @@ constexpr const char *NAMES[] = { nullptr, "", "Emma", "p. 12 & <13>", "S\xc3\xb
 constexpr const char *LINES[] = { "SI 63", "SI 15", "SI 6", "TI 0", "SL 2", "TL 0", "101 text",
     "101  a \"b\" ]]> <&>", "0101 text", "1 Emma", "e01 2a 56", "f01 2 129 198", "f01 2  129 198",
     "1601 2 Novel\rSea", "1701 4 AP8A/w==", "1701 4", "noblank", "101 S\xc3\xb6hne\t\xc2\xa0" };
+constexpr char ALPHABET[] = { ' ', '0', '1', '2', '9', 'x', '\r', '\n' };
 constexpr XMLObject::XMLOBJECT_TYPE KINDS[] = { XMLObject::XMLOBJECT_PACKETABLE,
     XMLObject::XMLOBJECT_ACTION, XMLObject::XMLOBJECT_MSG };
 
@@ -146,7 +147,7 @@ private:
 
     QByteArray packetText()
     {
-        QByteArray text("");
+        QByteArray text(bytes.flag() ? "SI 63\n" : "");
         for (unsigned lines = bytes.below(MAX_LINES); lines > 0; --lines) {
             const unsigned line = bytes.below(unsigned(std::size(LINES)) + 1);
             text += line < std::size(LINES) ? QByteArray(LINES[line]) : bytes.raw(40);
@@ -209,6 +210,7 @@ private:
     void change(ServerItem &item)
     {
         const QByteArray line = LINES[bytes.below(std::size(LINES))];
+        const char one = ALPHABET[bytes.below(std::size(ALPHABET))];
         const int place = int(bytes.below(unsigned(item.text.size()) + 1));
         switch (bytes.below(6)) {
         case 0:
@@ -223,10 +225,10 @@ private:
             item.text.insert(item.text.indexOf('\n', place) + 1, line + '\n');
             return;
         case 4:
-            item.text.insert(place, bytes.raw(3));
+            item.text.insert(place, one);
             return;
         default:
-            item.text.remove(place, 1 + int(bytes.below(8)));
+            item.text.replace(place, 1, QByteArray(1, one));
             return;
         }
     }
