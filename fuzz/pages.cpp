@@ -1,9 +1,6 @@
 #include "fuzz.h"
 
-#include "tqpacketable.h"
 #include "xmlaction.h"
-#include "xmlimage.h"
-#include "xmlmessage.h"
 #include "xmlpacket.h"
 #include "xmlpacketable.h"
 #include "xmlui.h"
@@ -18,10 +15,10 @@
 namespace {
 
 constexpr unsigned PACKETS = 3;
-constexpr unsigned NUMBERS = 3;  // of types and of originators
+constexpr unsigned TYPES = 3;
 constexpr int MAX_CHILDREN = 16;
-
-QString visibleText(bool isVisible) { return QString::number(isVisible ? 1 : 0); }
+constexpr XMLObject::XMLOBJECT_TYPE KINDS[] = { XMLObject::XMLOBJECT_PACKETABLE,
+    XMLObject::XMLOBJECT_ACTION, XMLObject::XMLOBJECT_UI };
 
 // An object, and the element that it should have.
 template<typename Object>
@@ -48,8 +45,6 @@ public:
         begin(m_page);
         begin(m_action);
         begin(m_item);
-        begin(m_message);
-        begin(m_image);
         for (HeldPacket &each : m_packets) {
             each = { std::make_unique<XMLPacket>(), 0, 0, newElement(XMLPacket::BODY) };
         }
@@ -60,8 +55,8 @@ private:
     {
         using Step = void (World::*)();
         static constexpr Step STEPS[] = { &World::change, &World::changeAction, &World::fillPage,
-            &World::changePage, &World::askPage, &World::fillAction, &World::makePacket,
-            &World::copyPacket, &World::append, &World::append, &World::take };
+            &World::changePage, &World::fillAction, &World::makePacket, &World::copyPacket,
+            &World::append, &World::append, &World::take };
         (this->*STEPS[bytes.below(std::size(STEPS))])();
         withAny([](const auto &held) {
             require(
@@ -72,10 +67,7 @@ private:
 
     void check(const HeldPacket &a, const HeldPacket &b)
     {
-        std::list<QDomNode> nodes;
-        for (int kind = XMLObject::XMLOBJECT_PACKETABLE; kind <= XMLObject::XMLOBJECT_MSG; ++kind) {
-            a.packet->getNodesOfType(XMLObject::XMLOBJECT_TYPE(kind), nodes);
-        }
+        const std::list<QDomNode> nodes = nodesOf(a);
         require(nodes.empty() == !a.body.hasChildNodes(), "a packet holds what was appended");
         require(nodes.empty() == a.packet->isEmpty(), "without that it is empty");
         require(nodes.empty() || haveSameContent(nodes.front().parentNode(), a.body),
@@ -86,6 +78,15 @@ private:
             haveSameContent(a.body, b.body);
         require((*a.packet == *b.packet) == saySame, "packets that say the same are equal");
         require((*b.packet != *a.packet) == !saySame, "and others are not");
+    }
+
+    static std::list<QDomNode> nodesOf(const HeldPacket &held)
+    {
+        std::list<QDomNode> nodes;
+        for (const auto kind : KINDS) {
+            held.packet->getNodesOfType(kind, nodes);
+        }
+        return nodes;
     }
 
     template<typename Object>
@@ -105,72 +106,40 @@ private:
     template<typename Use>
     void withAny(Use use)
     {
-        switch (bytes.below(5)) {
+        switch (bytes.below(3)) {
         case 0:
             return use(m_page);
         case 1:
             return use(m_item);
-        case 2:
-            return use(m_message);
-        case 3:
-            return use(m_image);
         default:
             return use(m_action);
         }
     }
 
     HeldPacket &anyPacket() { return m_packets[bytes.below(PACKETS)]; }
-    int number() { return int(bytes.below(NUMBERS)); }
+    int type() { return int(bytes.below(TYPES)); }
 
-    static void setAttribute(QDomElement &e, const char *name, const QString &value)
+    static void setName(QDomElement &e, const QString &name)
     {
-        if (!value.isEmpty()) {
-            e.setAttribute(QString::fromLatin1(name), value);
+        if (!name.isEmpty()) {
+            e.setAttribute(QStringLiteral("name"), name);
         }
-    }
-
-    void setProperty(QDomElement &e, const char *name, const QString &value)
-    {
-        QDomElement property = e.firstChildElement(QString::fromLatin1(name));
-        if (property.isNull()) {
-            property =
-                e.appendChild(m_document.createElement(QString::fromLatin1(name))).toElement();
-            property.appendChild(m_document.createTextNode(value));
-        }
-        property.firstChild().setNodeValue(value);
     }
 
     void change()
     {
-        const QString text = bytes.text(4);
-        switch (bytes.below(4)) {
-        case 0:
-            m_page.object.setName(text);
-            return setAttribute(m_page.model, "name", text);
-        case 1:
-            m_item.object.setName(text);
-            delete m_item.object.getData();
-            return setAttribute(m_item.model, "name", text);
-        case 2:
-            m_message.object.setMessage(text);
-            return setAttribute(m_message.model, "msg", text);
-        default:
-            m_image.object.setURL(text);
-            return setAttribute(m_image.model, "url", text);
-        }
+        const QString name = bytes.text(4);
+        withAny([&name](auto &held) {
+            held.object.setName(name);
+            setName(held.model, name);
+        });
     }
 
     void changeAction()
     {
-        const int type = number();
-        const int originator = number();
-        const bool isVisible = bytes.flag();
-        m_action.object.setType(type);
-        m_action.object.setOriginator(originator);
-        m_action.object.setVisible(isVisible);
-        setAttribute(m_action.model, "type", QString::number(type));
-        setAttribute(m_action.model, "originator", QString::number(originator));
-        setProperty(m_action.model, "visible", visibleText(isVisible));
+        const int number = type();
+        m_action.object.setType(number);
+        m_action.model.setAttribute(QStringLiteral("type"), QString::number(number));
     }
 
     void fillPage()
@@ -183,41 +152,15 @@ private:
 
     void changePage()
     {
-        const int type = number();
-        const int originator = number();
-        const bool isVisible = bytes.flag();
+        const int number = type();
         const QString name = bytes.text(4);
-        m_page.object.setActionVisible(type, originator, isVisible);
-        m_page.object.setActionName(type, originator, name);
+        m_page.object.setActionName(number, 0, name);
         for (QDomElement e = m_page.model.firstChildElement(); !e.isNull();
              e = e.nextSiblingElement()) {
-            if (e.attribute(QStringLiteral("type")).toInt() == type &&
-                e.attribute(QStringLiteral("originator")).toInt() == originator) {
-                setProperty(e, "visible", visibleText(isVisible));
-                setAttribute(e, "name", name);
+            if (e.attribute(QStringLiteral("type")).toInt() == number) {
+                setName(e, name);
             }
         }
-    }
-
-    void askPage()
-    {
-        QList<XMLAction *> actions;
-        const int count = m_page.object.getActions(actions, bytes.flag());
-        require(count == actions.size(), "actions are counted");
-        int visible = 0;
-        int next = 0;
-        for (QDomElement e = m_page.model.firstChildElement(); !e.isNull();
-             e = e.nextSiblingElement()) {
-            const QDomElement property = e.firstChildElement(QStringLiteral("visible"));
-            visible += property.text() != visibleText(false) ? 1 : 0;
-            if (next < count && areSame(actions.at(next)->getNodeConst(), e)) {
-                ++next;
-            }
-        }
-        qDeleteAll(actions);
-        require(next == count, "a page gives its actions in order");
-        require(m_page.object.visibleActionCount() == visible, "and counts the visible ones");
-        require(count == visible || count == m_page.model.childNodes().size(), "all or those");
     }
 
     void fillAction()
@@ -238,7 +181,7 @@ private:
     void makePacket()
     {
         HeldPacket &made = anyPacket();
-        made = { std::make_unique<XMLPacket>(), 1 + number(), 1 + number(),
+        made = { std::make_unique<XMLPacket>(), 1 + type(), 1 + type(),
             newElement(XMLPacket::BODY) };
         made.packet->setSourceAgentID(made.source);
         made.packet->setDestinationAgentID(made.destination);
@@ -279,10 +222,7 @@ private:
         const HeldPacket &packet = anyPacket();
         withAny([this, &packet](auto &held) {
             const QString kind = held.object.rootNodeName();
-            std::list<QDomNode> all;
-            for (int i = XMLObject::XMLOBJECT_PACKETABLE; i <= XMLObject::XMLOBJECT_MSG; ++i) {
-                packet.packet->getNodesOfType(XMLObject::XMLOBJECT_TYPE(i), all);
-            }
+            std::list<QDomNode> all = nodesOf(packet);
             all.remove_if([&kind](const QDomNode &node) { return node.nodeName() != kind; });
             held.object.setNode(all.empty() ? QDomElement() : all.front().toElement());
             held.model = below(packet.body.firstChildElement(kind).cloneNode());
@@ -293,8 +233,6 @@ private:
     Held<XMLUI> m_page;
     Held<XMLAction> m_action;
     Held<XMLPacketable> m_item;
-    Held<XMLMessage> m_message;
-    Held<XMLImage> m_image;
     HeldPacket m_packets[PACKETS];
 };
 
