@@ -25,8 +25,9 @@ constexpr const char *NAMES[] = { nullptr, "", "Emma", "p. 12 & <13>", "S\xc3\xb
 // The type 63 has a field of every kind.
 constexpr const char *LINES[] = { "SI 63", "SI 15", "SI 6", "TI 0", "SL 2", "TL 0", "101 text",
     "101  a \"b\" ]]> <&>", "0101 text", "1 Emma", "e01 2a 56", "f01 2 129 198", "f01 2  129 198",
-    "1601 2 Novel\rSea", "1701 4 AP8A/w==", "1701 4", "noblank", "101 S\xc3\xb6hne\t\xc2\xa0" };
-constexpr char ALPHABET[] = { ' ', '0', '1', '2', '9', 'x', '\r', '\n' };
+    "1601 2 Novel\rSea", "1601 a Novel", "1701 4 AP8A/w==", "1701 4", "1701", "e02 2a 56",
+    "noblank", "101 S\xc3\xb6hne\t\xc2\xa0" };
+constexpr char ALPHABET[] = { ' ', '1', '2', '4', '\r', '\n' };
 constexpr XMLObject::XMLOBJECT_TYPE KINDS[] = { XMLObject::XMLOBJECT_PACKETABLE,
     XMLObject::XMLOBJECT_ACTION, XMLObject::XMLOBJECT_MSG };
 
@@ -117,7 +118,8 @@ private:
         using Step = void (World::*)(Twice &, Twice &);
         static constexpr Step STEPS[] = { &World::setID, &World::appendServerItem,
             &World::appendServerItem, &World::appendBuilt, &World::copy, &World::clear,
-            &World::compareAny, &World::compareAlmostSame, &World::changeNode };
+            &World::compareAny, &World::compareAlmostSame, &World::compareAlmostSame,
+            &World::changeNode };
         const Step next = STEPS[bytes.below(std::size(STEPS))];
         Twice &packet = m_packets[bytes.below(PACKETS)];
         (this->*next)(packet, m_packets[bytes.below(PACKETS)]);
@@ -212,19 +214,22 @@ private:
         const QByteArray line = LINES[bytes.below(std::size(LINES))];
         const char one = ALPHABET[bytes.below(std::size(ALPHABET))];
         const int place = int(bytes.below(unsigned(item.text.size()) + 1));
-        switch (bytes.below(6)) {
+        switch (bytes.below(7)) {
         case 0:
-            item.dbkey.hkey ^= 1;
+            item.datatype = TYPES[bytes.below(std::size(TYPES))];
             return;
         case 1:
-            return item.setName(NAMES[bytes.below(std::size(NAMES))]);
+            item.dbkey.hkey ^= 1;
+            return;
         case 2:
+            return item.setName(NAMES[bytes.below(std::size(NAMES))]);
+        case 3:
             item.isCurrent = !item.isCurrent;
             return;
-        case 3:
+        case 4:
             item.text.insert(item.text.indexOf('\n', place) + 1, line + '\n');
             return;
-        case 4:
+        case 5:
             item.text.insert(place, one);
             return;
         default:
