@@ -50,7 +50,6 @@ class tst_XMLActionGroup : public QObject
 private Q_SLOTS:
     void oneStaysChecked();
     void aSlotMayCheckAnother();
-    void anySequenceOfCallsBehavesLikeAList();
     void theCheckedActionIsTheSelectedOne();
     void anActionAddedTwiceIsListedTwice();
     void aDyingActionLeavesTheGroup();
@@ -80,45 +79,6 @@ void tst_XMLActionGroup::aSlotMayCheckAnother()
     connect(scene.actions[0], &XMLAction::toggled, [&] { scene.actions[2]->setChecked(true); });
     scene.actions[1]->toggle();
     QCOMPARE(scene.takeLog(), str("a off, c on, c off, b on"));
-}
-
-// Whatever is toggled and checked, added and removed: members are a list, and one that changes
-// unchecks the others.
-void tst_XMLActionGroup::anySequenceOfCallsBehavesLikeAList()
-{
-    Random random;
-    for (int run = 0; run < 200; ++run) {
-        std::vector<XMLAction> actions(4);
-        XMLActionGroup group(nullptr, nullptr);
-        QList<XMLAction *> members;
-        QMap<XMLAction *, bool> checked;
-        for (int step = 0; step < 30; ++step) {
-            XMLAction *const action = &actions[size_t(random.below(4))];
-            const bool isMember = members.contains(action);
-            const int call = random.below(5);
-            if (call == 0 && !isMember) {
-                QCOMPARE(group.addAction(action), action);
-                members += action;
-            } else if (call == 1) {
-                group.removeAction(action);
-                members.removeOne(action);
-            } else if (call == 2) {
-                group.toggleAction(action);
-            } else if (call > 2) {
-                action->setChecked(call == 3);
-            }
-            const bool isChanged = call > 2 || (call == 2 && isMember && !checked[action]);
-            for (XMLAction *member : isChanged &&isMember ? members : QList<XMLAction *>()) {
-                checked[member] = false;
-            }
-            checked[action] = isChanged ? call != 4 : checked[action];
-            QCOMPARE(group.actions(), members);
-            for (XMLAction &each : actions) {
-                QCOMPARE(each.isChecked(), checked[&each]);
-                QCOMPARE(each.actionGroup(), members.contains(&each) ? &group : nullptr);
-            }
-        }
-    }
 }
 
 void tst_XMLActionGroup::theCheckedActionIsTheSelectedOne()
