@@ -219,7 +219,8 @@ void tst_XMLPacket::everyKindOfNodeCounts()
     }
 }
 
-// An empty text writes nothing beside a CDATA section. An empty namespace is written, none is not.
+// Two texts are written as one, an empty one not at all beside a CDATA section. An empty namespace
+// is written, none is not.
 void tst_XMLPacket::whatTheTextDoesNotShowDoesNotCount()
 {
     Message plain;
@@ -228,10 +229,12 @@ void tst_XMLPacket::whatTheTextDoesNotShowDoesNotCount()
         message.element.appendChild(node);
     };
     append(plain, plain.element.ownerDocument().createCDATASection(str("x")));
+    append(plain, plain.element.ownerDocument().createTextNode(str("ab")));
     QDomDocument own = withEmpty.element.ownerDocument();
     append(withEmpty, own.createTextNode(QString()));
     append(withEmpty, own.createCDATASection(str("x")));
-    append(withEmpty, own.createTextNode(QString()));
+    append(withEmpty, own.createTextNode(str("a")));
+    append(withEmpty, own.createTextNode(str("b")));
     QVERIFY(plain.packet == withEmpty.packet);
     QVERIFY(withEmpty.packet == plain.packet);
     QDomDocument document = plain.element.ownerDocument();
