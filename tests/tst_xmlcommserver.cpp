@@ -6,11 +6,6 @@
 #include "xmlpacketable.h"
 #include "xmlrouter.h"
 
-#include <QFileInfo>
-#include <QSet>
-
-#include <map>
-
 namespace {
 
 constexpr int OUTPUTS = XMLCommServer::REQUEST_OUTPUTS;
@@ -136,7 +131,6 @@ private Q_SLOTS:
     void init() { script() = sample(); }
     void cleanup();
 
-    void theLibraryUnderTestRunsOverTheScriptedServerAlone();
     void requestsAreAnswered_data() { addRows(REQUESTS); }
     void requestsAreAnswered();
     void theServerIsAskedByNameAscending();
@@ -159,22 +153,6 @@ void tst_XMLCommServer::cleanup()
     QCOMPARE(script().items.size(), size_t(0));
     QCOMPARE(script().buffers.size(), size_t(0));
     QCOMPARE(script().untrimmedJobs, 0);
-}
-
-void tst_XMLCommServer::theLibraryUnderTestRunsOverTheScriptedServerAlone()
-{
-    QFile maps(str("/proc/self/maps"));
-    QVERIFY(maps.open(QIODevice::ReadOnly));
-    QSet<QString> loaded;
-    for (const QByteArray &line : maps.readAll().split('\n')) {
-        const QFileInfo file(QFile::decodeName(line.mid(line.indexOf('/'))));
-        if (file.fileName().startsWith(str("libtq"))) {
-            loaded += file.filePath();
-        }
-    }
-    QCOMPARE(loaded,
-        (QSet<QString> { QFileInfo(str(TQXML_LIBRARY)).canonicalFilePath(),
-            QFileInfo(str(TQXML_SCRIPTED)).canonicalFilePath() }));
 }
 
 void tst_XMLCommServer::requestsAreAnswered()
@@ -207,27 +185,12 @@ void tst_XMLCommServer::withoutAConnectionNothingIsFound()
 // The first of its jobs with the lowest page; publications come by their identifiers.
 void tst_XMLCommServer::aPublicationIsItsFirstPage()
 {
-    Random random;
-    for (int run = 0; run < 200; ++run) {
-        Script::Records jobs;
-        std::map<unsigned int, ScriptRecord> first;
-        for (int i = random.below(8); i > 0; --i) {
-            const unsigned int id = random.oneOf(std::vector<unsigned int> { 0, 1, 7, 0x80000000 });
-            const ScriptRecord job { { 1, 21 }, "J" + std::to_string(i), random.below(4) - 1,
-                random.onceIn(4) ? "" : "P" + std::to_string(random.below(2)), id };
-            jobs.push_back(job);
-            if (!job.publication.empty() && (!first.count(id) || job.page < first[id].page)) {
-                first[id] = job;
-            }
-        }
-        QStringList expected;
-        for (const auto &[id, job] : first) {
-            expected += str((job.publication + '=' + job.name).c_str());
-        }
-        script().jobs = { { 1001, jobs } };
-        const QString reply = Bridge().ask(PUBLICATIONS);
-        QCOMPARE(reply, jobs.empty() ? str("none") : expected.join(QLatin1Char(' ')));
-    }
+    script().jobs = { { 1001,
+        { { { 1, 21 }, "J1", 2, "Weekly", 7 }, { { 2, 21 }, "J2", 1, "Weekly", 7 },
+            { { 3, 21 }, "J3", 1, "Weekly", 7 }, { { 4, 21 }, "J4", 0, "", 1 },
+            { { 5, 21 }, "J5", 0, "Yearly", 0x80000000 }, { { 6, 21 }, "J6", -1, "Daily", 0 },
+            { { 7, 21 }, "J7", 0, "Daily", 0 } } } };
+    QCOMPARE(Bridge().ask(PUBLICATIONS), str("Daily=J6 Weekly=J2 Yearly=J5"));
 }
 
 void tst_XMLCommServer::aFailedQueryGivesNothing()

@@ -46,6 +46,7 @@ class tst_XMLPacket : public QObject
 
 private Q_SLOTS:
     void anItemIsCopiedByAppendAndMovedByAppendV();
+    void aMovedItemAndItsPacketOutliveEachOther();
     void idsAreKeptAndCount();
     void serverItemsAreConverted();
     void aPacketThatItsBodyLiesInIsNotMoved();
@@ -59,65 +60,54 @@ private Q_SLOTS:
     void manyAttributesAreComparedInAnyOrder();
     void aDeepTreeIsCutInACopy();
     void withoutABodyNothingIsAppended();
-
-private:
-    template<typename Item>
-    static void checkItem(XMLObject::XMLOBJECT_TYPE type);
 };
 
 void tst_XMLPacket::anItemIsCopiedByAppendAndMovedByAppendV()
 {
-    checkItem<XMLPacketable>(XMLObject::XMLOBJECT_PACKETABLE);
-    checkItem<XMLAction>(XMLObject::XMLOBJECT_ACTION);
-    checkItem<XMLUI>(XMLObject::XMLOBJECT_UI);
-    checkItem<XMLImage>(XMLObject::XMLOBJECT_IMAGE);
-    checkItem<XMLMessage>(XMLObject::XMLOBJECT_MSG);
+    XMLMessage message(str("first"));
+    XMLPacket packet;
+    const QDomElement copy = packet.append(message);
+    message.setMessage(str("second"));
+    QCOMPARE(xmlOf(copy), str("<msg msg='first'/>"));
+    packet.appendV(message);
+    message.setMessage(str("third"));
+    std::list<QDomNode> nodes { QDomNode() };
+    QCOMPARE(packet.getNodesOfType(XMLObject::XMLOBJECT_MSG, nodes), 2);
+    QCOMPARE(xmlOf(nodes.back()), str("<msg msg='third'/>"));
+    XMLPacket other;
+    other.appendV(message);  // takes it from the first
+    QCOMPARE(packet.getNodesOfType(XMLObject::XMLOBJECT_MSG, nodes), 1);
+    QVERIFY(other.hasNodesOfType(XMLObject::XMLOBJECT_MSG));
+    QVERIFY(!other.isEmpty());
 }
 
-// A moved item may go before its packets and after them.
-template<typename Item>
-void tst_XMLPacket::checkItem(XMLObject::XMLOBJECT_TYPE type)
+void tst_XMLPacket::aMovedItemAndItsPacketOutliveEachOther()
 {
-    auto item = std::make_unique<Item>();
-    auto packet = std::make_unique<XMLPacket>();
-    QDomElement own = item->getNodeConst();
-    const QDomElement copy = packet->append(*item);
-    own.setAttribute(str("n"), 1);
-    QVERIFY(!copy.hasAttribute(str("n")));
-    packet->appendV(*item);
-    QCOMPARE(item->getNodeConst(), own);
-    std::list<QDomNode> nodes { QDomNode() };
-    QCOMPARE(packet->getNodesOfType(type, nodes), 2);
-    QCOMPARE(nodes.back(), own);
-    packet.reset();
-    QVERIFY(!own.ownerDocument().isNull());
-    XMLObject::createElementV(own, str("child"));
-    QVERIFY(item->getNode().hasChildNodes());
-    XMLPacket first;
+    auto page = std::make_unique<XMLUI>();
+    auto first = std::make_unique<XMLPacket>();
     XMLPacket second;
-    first.appendV(*item);
-    second.appendV(*item);  // takes it from the first
-    item.reset();
-    QVERIFY(!first.hasNodesOfType(type));
-    QVERIFY(first.isEmpty());
-    QVERIFY(second.hasNodesOfType(type));
-    QVERIFY(!second.isEmpty());
+    first->appendV(*page);
+    first.reset();
+    page->setName(str("start"));
+    second.appendV(*page);
+    page.reset();
+    std::list<QDomNode> nodes;
+    QCOMPARE(second.getNodesOfType(XMLObject::XMLOBJECT_UI, nodes), 1);
+    QCOMPARE(xmlOf(nodes.back()), str("<ui name='start'/>"));
 }
 
 void tst_XMLPacket::idsAreKeptAndCount()
 {
     XMLPacket packet;
     QCOMPARE(packet.getSourceAgentID(), 0);
-    for (const int id : { -1, 1, INT_MAX, INT_MIN, 0 }) {
+    for (const int id : { -1, INT_MAX, INT_MIN }) {
         XMLPacket copy;
         copy = packet;
         packet.setSourceAgentID(id);
-        QVERIFY(copy != packet);
-        copy = packet;
-        QVERIFY(copy == packet);
         packet.setDestinationAgentID(~id);
         QVERIFY(copy != packet);
         copy = packet;
+        QVERIFY(copy == packet);
         QCOMPARE(copy.getSourceAgentID(), id);
         QCOMPARE(copy.getDestinationAgentID(), ~id);
     }
