@@ -116,7 +116,7 @@ void OpenStore::endOuter()
     m_database->rollback();
 }
 
-// A file has no port. Its number tells it from other files that are open.
+// A file has no port. Its number distinguishes it from other open files.
 int OpenStore::port() const
 {
     constexpr Number PORTS = 0xffff;

@@ -96,7 +96,7 @@ struct Script
     }
 };
 
-/// The one script. Assign a new one to start anew.
+/// The one script. Assign a new one to start again.
 Script &script();
 
 #endif

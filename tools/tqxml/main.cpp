@@ -28,7 +28,7 @@ constexpr char PURPOSE[] = "Looks into stores of publishing data, and converts i
 constexpr char CLOSING[] =
     "\nA DATABASE is the path of a store, sqlite:PATH or\n"
     "postgresql://USER@HOST:PORT/DB. Exit codes: 0 done, 1 failed, 2 misused.\n"
-    "tqxml COMMAND --help tells more; so does the manual page tqxml(1).\n";
+    "For more, see \"tqxml COMMAND --help\" and the manual page tqxml(1).\n";
 
 const QString HELP = QStringLiteral("help");
 const QString VERSION = QStringLiteral("version");
