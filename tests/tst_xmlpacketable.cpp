@@ -484,10 +484,14 @@ void tst_XMLPacketable::linesAndTagsAreTakenApart()
 void tst_XMLPacketable::aServerItemIsTakenOverWithKeyAndName()
 {
     TextItem source(SPECIMEN, "SI 63\n101 x\nTI 0\n");
+    char ignored[] = "of outputs alone";
+    TQSUBRECORD record { ignored };
+    source.subrecord = &record;
     source.dbkey = { 1, 2 };
     source.TQPacketable::setName("\xc3\xa4%1");
     XMLPacketable item;
     item.setData(source);
+    source.subrecord = nullptr;  // which it would free
     QCOMPARE(item.getName(), str("\xc3\xa4%1"));
     const std::unique_ptr<TQPacketable> copy(item.getData());
     QVERIFY(copy.get() != item.getDataConst());

@@ -136,7 +136,6 @@ private Q_SLOTS:
     void aBrokerSuppliesWhatIsMissing();
     void aBrokerThatAsksForItsOwnTypeGetsNone();
     void aBrokerIsReplacedByTheNextOne();
-    void aBrokerMayDeleteTheRouter();
 };
 
 void tst_XMLRouter::idsCountUpAndAreNotUsedAgain()
@@ -359,17 +358,6 @@ void tst_XMLRouter::aBrokerIsReplacedByTheNextOne()
     QCOMPARE(router.supplyAgentOfType(500), 55);
     router.setAgentBroker(next);  // deletes it
     QCOMPARE(router.supplyAgentOfType(500), 0);
-}
-
-void tst_XMLRouter::aBrokerMayDeleteTheRouter()
-{
-    Hub asked;
-    asked.router->setAgentBroker(new Broker([](XMLRouter &own, int type) {
-        delete &own;
-        return type;
-    }));
-    QCOMPARE(asked.router->supplyAgentOfType(8), 8);
-    QVERIFY(!asked.router);
 }
 
 QTEST_GUILESS_MAIN(tst_XMLRouter)

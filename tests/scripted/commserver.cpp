@@ -14,7 +14,6 @@ TQLISTRECORD *query(TQLPCOMMANDS &command, const char *call, PACKETDATATYPES fam
     std::map<Key, Script::Records> &lists, Key key)
 {
     command.status = script().isFaulty(call, "error") ? 1 : 0;
-    script().failures += unsigned(command.status);
     TQLISTRECORD *head = nullptr;
     TQLISTRECORD *last = nullptr;
     TQLISTRECORD *cycle = nullptr;
@@ -90,10 +89,6 @@ const char *TQCommServer::getConnectedHostname() const
 }
 
 int TQCommServer::getConnectedPortnum() const { return 0x12345; }
-
-unsigned int TQCommServer::failures() const { return script().failures; }
-
-const char *TQCommServer::errorText() const { return script().failures > 0 ? "scripted" : ""; }
 
 void AddListList(TQLISTRECORD **head, TQLISTRECORD *list)
 {

@@ -2,6 +2,7 @@
 
 #include "script.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -10,25 +11,6 @@
 #include <utility>
 
 namespace {
-
-// Element type code of a field, from the text of its tag.
-unsigned codeOf(PACKETDATATYPES type, const std::string &tag)
-{
-    const unsigned long number = std::strtoul(tag.c_str(), nullptr, 16);
-    const CONVERTSTRUCTELEMENTINFO *field = TQGetSystemStorageClassConv(type);
-    while (field && field->type != 0 && field->tag != number) {
-        ++field;
-    }
-    return field ? field->type : 0;
-}
-
-const char *shown(const char *text) { return text ? text : "(null)"; }
-
-// What a node is found by.
-std::string asKey(const TQKEY_ELEMENT &key)
-{
-    return '#' + std::to_string(key.key) + ':' + std::to_string(key.hkey);
-}
 
 struct FreeRecord
 {
@@ -83,7 +65,6 @@ TQPacketable &TQPacketable::operator=(const TQPacketable &other)
 
 void TQPacketable::setName(const char *value)
 {
-    script().record("setName", shown(value));
     m_fields->name = value ? value : "";
     name = value ? m_fields->name.data() : nullptr;
 }
@@ -94,7 +75,7 @@ void TQPacketable::loadRecord(unsigned char *record)
 {
     const ScriptRecord &data = m_fields->take("loadRecord", record);
     dbkey = data.key;
-    setName(script().isFaulty("loadRecord", "null name") ? nullptr : data.name.c_str());
+    setName(data.name.c_str());
     if (datatype == PACKETDATATYPE_OUTPUT) {
         subrecord = script().isFaulty("loadRecord") ? nullptr : &m_fields->subrecord;
         m_fields->subrecord.name = std::exchange(name, nullptr);
@@ -139,12 +120,11 @@ void TQPacketable::getReferences(int, TQDB_REFERENCE **head, int)
     *head = nullptr;
     std::istringstream lines(script().isFaulty("getReferences") ? "" : m_fields->lines);
     for (std::string tag, value; lines >> tag && std::getline(lines >> std::ws, value);) {
-        const unsigned code = codeOf(datatype, tag);
-        if (code != 9 && code != 14) {
+        if (tag != "2" && tag != "3" && tag != "5") {
             continue;
         }
         TQDB_REFERENCE &reference = chain.emplace_back();
-        if (code == 9) {  // by name
+        if (tag == "2") {
             reference.name = m_fields->names.emplace_back(value).c_str();
         } else {
             std::sscanf(value.c_str(), "%x %x", &reference.key.key, &reference.key.hkey);
@@ -192,7 +172,7 @@ TQPacketable *PacketableUtil::getPacketable(PACKETDATATYPES type)
 struct ArchiveNode::Children
 {
     std::vector<std::unique_ptr<ArchiveNode>> owned;
-    std::map<std::string, ArchiveNode *> found;  // by name and by key
+    std::vector<ArchiveNode *> all;
 };
 
 ArchiveNode::ArchiveNode(TQPacketable *item) : packetable(item), m_children(new Children) {}
@@ -205,20 +185,25 @@ ArchiveNode::~ArchiveNode()
 
 void ArchiveNode::add(ArchiveNode *child)
 {
+    m_children->all.push_back(child);
     if (script().ownsNodes) {
         m_children->owned.emplace_back(child);
-    }
-    if (const TQPacketable *item = child->packetable) {
-        m_children->found.emplace(asKey(item->dbkey), child);
-        m_children->found.emplace(shown(item->name), child);
     }
 }
 
 ArchiveNode *ArchiveNode::findNode(const TQDB_REFERENCE *reference) const
 {
-    const auto &nodes = m_children->found;
-    const auto node = nodes.find(reference->name ? reference->name : asKey(reference->key));
-    return node == nodes.end() || script().isFaulty("findNode") ? nullptr : node->second;
+    const auto isMeant = [reference](const ArchiveNode *child) {
+        const TQPacketable *item = child->packetable;
+        const std::string name = item && item->name ? item->name : "";
+        return item &&
+            (reference->name ? name == reference->name
+                             : item->dbkey.key == reference->key.key &&
+                        item->dbkey.hkey == reference->key.hkey);
+    };
+    const auto &nodes = m_children->all;
+    const auto node = std::find_if(nodes.begin(), nodes.end(), isMeant);
+    return node == nodes.end() || script().isFaulty("findNode") ? nullptr : *node;
 }
 
 TQKEY_ELEMENT TQKEY_CC::getNullKey() { return { 0, 0 }; }

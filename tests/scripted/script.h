@@ -49,7 +49,9 @@ struct Script
     std::map<unsigned int, Records> owners;  ///< by data type
     std::map<unsigned int, Records> books;  ///< by the key word of their owner
     std::map<int, Records> jobs;  ///< by the id of their owner, 1000 and its key word
-    std::map<unsigned int, Table> tables;  ///< by data type, without the record that ends them
+    /// By data type, without the record that ends them. An item refers by the name in a field 2,
+    /// and by the key in a field 3 or 5.
+    std::map<unsigned int, Table> tables;
 
     /// Calls that fail, and how: "getBooks null" (nothing, or false), "getBooks error" (records,
     /// but the command failed), "getBooks null name" (the first record's), "getBooks cycle N" (the
@@ -75,7 +77,6 @@ struct Script
     std::set<const void *> items;
     int wrongFrees = 0;
     int untrimmedJobs = 0;  ///< that an item took over before TQJOB_CC::trimLists()
-    unsigned int failures = 0;  ///< queries that failed
 
     bool isFaulty(const char *call, const std::string &how = "null") const
     {
