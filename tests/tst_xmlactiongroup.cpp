@@ -51,6 +51,7 @@ class tst_XMLActionGroup : public QObject
 private Q_SLOTS:
     void oneStaysChecked();
     void aSlotMayCheckAnother();
+    void aMemberThatChangesUnchecksTheOthers();
     void theCheckedActionIsTheSelectedOne();
     void anActionAddedTwiceIsListedTwice();
     void aDyingActionLeavesTheGroup();
@@ -80,6 +81,33 @@ void tst_XMLActionGroup::aSlotMayCheckAnother()
     connect(scene.actions[0], &XMLAction::toggled, [&] { scene.actions[2]->setChecked(true); });
     scene.actions[1]->toggle();
     QCOMPARE(scene.takeLog(), str("a off, c on, c off, b on"));
+}
+
+// However often: three members, and an action that is none.
+void tst_XMLActionGroup::aMemberThatChangesUnchecksTheOthers()
+{
+    Random random;
+    Scene scene;
+    XMLAction outsider;
+    const QList<XMLAction *> members = scene.group->actions();
+    const QList<XMLAction *> all = members + QList<XMLAction *> { &outsider };
+    QMap<XMLAction *, bool> checked;
+    for (int step = 0; step < 5000; ++step) {
+        XMLAction *const action = random.oneOf(all);
+        const bool isMember = action != &outsider;
+        const bool isByGroup = random.onceIn(3);
+        const bool on = isByGroup || random.onceIn(2);
+        isByGroup ? scene.group->toggleAction(action) : action->setChecked(on);
+        if (!isByGroup || (isMember && !checked[action])) {
+            for (XMLAction *member : isMember ? members : QList<XMLAction *>()) {
+                checked[member] = false;
+            }
+            checked[action] = on;
+        }
+        for (XMLAction *each : all) {
+            QCOMPARE(each->isChecked(), checked[each]);
+        }
+    }
 }
 
 void tst_XMLActionGroup::theCheckedActionIsTheSelectedOne()

@@ -23,6 +23,7 @@ class tst_XMLUI : public QObject
 private Q_SLOTS:
     void actionsAreAppendedAndListedAsCopies();
     void actionsChangeByTypeAndOriginator();
+    void aPageWithoutAnElementHasNoActions();
     void anImageHasANameAndAnAddress();
 };
 
@@ -67,6 +68,18 @@ void tst_XMLUI::actionsChangeByTypeAndOriginator()
     expected.replace(
         str("<action name='hide' originator='1' type='5'>") + hidden, action + hidden + own);
     QCOMPARE(xmlOf(page.getNodeConst()), expected);
+}
+
+void tst_XMLUI::aPageWithoutAnElementHasNoActions()
+{
+    XMLUI page;
+    XMLAction action;
+    QList<XMLAction *> actions;
+    page.setNode(QDomElement());
+    page.setActionVisible(5, 1, true);
+    QVERIFY(page.append(action).isNull());
+    QCOMPARE(page.getActions(actions), 0);
+    QCOMPARE(page.visibleActionCount(), 0);
 }
 
 void tst_XMLUI::anImageHasANameAndAnAddress()
