@@ -220,11 +220,14 @@ void tst_XMLPacket::whatTheTextDoesNotShowDoesNotCount()
     };
     append(plain, plain.element.ownerDocument().createCDATASection(str("x")));
     append(plain, plain.element.ownerDocument().createTextNode(str("ab")));
+    append(plain, plain.element.ownerDocument().createCDATASection(str("y")));
     QDomDocument own = withEmpty.element.ownerDocument();
     append(withEmpty, own.createTextNode(QString()));
     append(withEmpty, own.createCDATASection(str("x")));
     append(withEmpty, own.createTextNode(str("a")));
     append(withEmpty, own.createTextNode(str("b")));
+    append(withEmpty, own.createCDATASection(str("y")));
+    append(withEmpty, own.createTextNode(QString()));
     QVERIFY(plain.packet == withEmpty.packet);
     QVERIFY(withEmpty.packet == plain.packet);
     QDomDocument document = plain.element.ownerDocument();
