@@ -11,95 +11,85 @@
 #include <vector>
 
 // Runs a fuzz target, as any compiler builds it, for each file of a folder and then for random
-// inputs.
+// inputs. The last line that is printed says which one fails: a file, or the seed of an input.
 
 namespace {
 
 using Input = std::vector<uint8_t>;
 
-void run(const Input &input) { LLVMFuzzerTestOneInput(input.data(), input.size()); }
-
-bool read(const std::filesystem::path &file, Input &input)
+Input read(const std::filesystem::path &file)
 {
     std::ifstream in(file, std::ios::binary);
-    input.assign(std::istreambuf_iterator<char>(in), {});
-    return in.is_open() && !in.bad();
+    require(in.is_open(), "the file can be read");
+    return { std::istreambuf_iterator<char>(in), {} };
 }
 
-/// Makes inputs: half of them at random, half from given ones with some bytes changed.
-class Source
+void write(const Input &input, const std::filesystem::path &file)
 {
-public:
-    Source(std::vector<Input> given, unsigned seed) : m_given(std::move(given)), m_engine(seed) {}
+    std::ofstream out(file, std::ios::binary);
+    std::copy(input.begin(), input.end(), std::ostreambuf_iterator<char>(out));
+}
 
-    Input make()
-    {
-        if (below(2) == 0) {
-            Input input(below(400));
-            std::generate(input.begin(), input.end(), [this] { return byte(); });
-            return input;
-        }
-        Input input = m_given[below(m_given.size())];
-        for (size_t changes = input.empty() ? 0 : below(8); changes > 0; --changes) {
-            input[below(input.size())] = byte();
-        }
+// Random bytes, or a given input with some bytes changed.
+Input makeInput(const std::vector<Input> &given, unsigned seed)
+{
+    std::mt19937 engine(seed);
+    const auto below = [&engine](size_t end) { return engine() % end; };
+    // Small ones are what targets choose their steps with.
+    const auto byte = [&below] { return uint8_t(below(below(3) == 0 ? 256 : 16)); };
+    if (below(2) == 0) {
+        Input input(below(400));
+        std::generate(input.begin(), input.end(), byte);
         return input;
     }
-
-private:
-    size_t below(size_t end) { return m_engine() % end; }
-    // Small ones are what programs choose their steps with.
-    uint8_t byte() { return uint8_t(below(below(3) == 0 ? 256 : 16)); }
-
-    const std::vector<Input> m_given;
-    std::mt19937 m_engine;
-};
-
-/// An input that fails stays behind in a file, so that it can be kept.
-void runRandom(Source source, unsigned long count, const std::string &file)
-{
-    for (; count > 0; --count) {
-        const Input input = source.make();
-        std::ofstream(file, std::ios::binary)
-            .write(reinterpret_cast<const char *>(input.data()), std::streamsize(input.size()));
-        run(input);
+    Input input = given[below(given.size())];
+    for (size_t changes = input.empty() ? 0 : below(8); changes > 0; --changes) {
+        input[below(input.size())] = byte();
     }
-    std::remove(file.c_str());
+    return input;
 }
+
+void announce(const std::string &input)
+{
+    std::printf("%s\n", input.c_str());
+    std::fflush(stdout);
+}
+
+void run(const Input &input) { LLVMFuzzerTestOneInput(input.data(), input.size()); }
 
 }  // namespace
 
 int main(int argc, char **argv)
 {
     if (argc < 2 || argc > 4) {
-        std::fprintf(stderr, "usage: %s FOLDER [COUNT [SEED]]\n", argc > 0 ? argv[0] : "replay");
+        std::fprintf(stderr,
+            "usage: replay_NAME FOLDER [COUNT [SEED]]\n"
+            "COUNT 1 also writes the input to the file SEED.\n");
         return 2;
     }
     std::error_code error;
     const std::filesystem::directory_iterator folder(argv[1], error);
     std::vector<std::filesystem::path> files(begin(folder), end(folder));
     std::sort(files.begin(), files.end());
-    std::vector<Input> inputs(files.size());
-    run({});
-    for (size_t i = 0; i < files.size(); ++i) {
-        if (!read(files[i], inputs[i])) {
-            std::fprintf(stderr, "cannot read %s\n", files[i].c_str());
-            return 1;
-        }
-        std::printf("%s\n", files[i].filename().c_str());
-        std::fflush(stdout);  // the last one printed is the one that fails
-        run(inputs[i]);
-    }
-    if (inputs.empty()) {
+    if (files.empty()) {
         std::fprintf(stderr, "no files in %s\n", argv[1]);
         return 1;
     }
+    std::vector<Input> inputs(1);  // the empty one, too
+    run(inputs.back());
+    for (const auto &file : files) {
+        announce(file.filename());
+        run(inputs.emplace_back(read(file)));
+    }
     const unsigned long count = argc > 2 ? std::strtoul(argv[2], nullptr, 10) : 0;
     const unsigned seed = argc > 3 ? unsigned(std::strtoul(argv[3], nullptr, 10)) : 0;
-    const std::string file = std::string(argv[0]) + ".input";
-    std::printf(
-        "%lu random inputs with the seed %u; %s is what fails\n", count, seed, file.c_str());
-    std::fflush(stdout);
-    runRandom(Source(inputs, seed), count, file);
+    for (unsigned i = 0; i < count; ++i) {
+        announce(std::to_string(seed + i));
+        const Input input = makeInput(inputs, seed + i);
+        if (count == 1) {
+            write(input, std::to_string(seed));
+        }
+        run(input);
+    }
     return 0;
 }
