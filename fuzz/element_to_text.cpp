@@ -1,7 +1,6 @@
 #include "../xml/qtcompat_p.h"
 #include "fuzz.h"
 
-#include "tqpacketable.h"
 #include "xmlpacketable.h"
 
 #include <QDomDocument>
@@ -16,16 +15,12 @@ constexpr const char *KEYS[] = { "datatype", "size", "value", "key", "hkey", "na
 constexpr const char *VALUES[] = { "63", "8", "15", "6", "0", "ffffffff", "-1", " ", "%1 %2" };
 constexpr size_t SHORT = 2 * 384;  // so few bytes make fewer levels than a copy may have
 
-template<size_t N>
-QString oneOf(const char *const (&texts)[N], Bytes &bytes)
-{
-    return QString::fromLatin1(texts[bytes.below(N)]);
-}
+QString anyName(Bytes &bytes) { return QString::fromLatin1(bytes.oneOf(NAMES)); }
 
 void addAttribute(QDomElement &e, Bytes &bytes)
 {
-    const QString key = oneOf(KEYS, bytes);
-    e.setAttribute(key, bytes.flag() ? bytes.text(16) : oneOf(VALUES, bytes));
+    const QString key = QString::fromLatin1(bytes.oneOf(KEYS));
+    e.setAttribute(key, bytes.flag() ? bytes.text(16) : QString::fromLatin1(bytes.oneOf(VALUES)));
 }
 
 // A child that is no element.
@@ -40,10 +35,10 @@ void addLeaf(QDomDocument &document, QDomElement &parent, Bytes &bytes)
         leaf = document.createComment(bytes.text(16));
         break;
     case 2:
-        leaf = document.createProcessingInstruction(oneOf(NAMES, bytes), bytes.text(16));
+        leaf = document.createProcessingInstruction(anyName(bytes), bytes.text(16));
         break;
     case 3:
-        leaf = document.createEntityReference(oneOf(NAMES, bytes));
+        leaf = document.createEntityReference(anyName(bytes));
         break;
     default:
         leaf = document.createTextNode(bytes.text(16));
@@ -56,7 +51,7 @@ void addLeaf(QDomDocument &document, QDomElement &parent, Bytes &bytes)
 void build(QDomDocument &document, Bytes &bytes)
 {
     const auto open = [&](QDomNode parent) {
-        return parent.appendChild(document.createElement(oneOf(NAMES, bytes))).toElement();
+        return parent.appendChild(document.createElement(anyName(bytes))).toElement();
     };
     QDomElement e = open(document);
     while (!bytes.isEmpty()) {

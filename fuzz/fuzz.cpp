@@ -74,17 +74,17 @@ void Program::callBack()
     }
 }
 
+char *TextItem::toPacket(unsigned int &length) const
+{
+    length = unsigned(text.size());
+    auto *const buffer = text.isNull() ? nullptr : static_cast<char *>(std::malloc(length + 1));
+    std::copy(text.begin(), text.end(), buffer);
+    return buffer;
+}
+
 QStringList linesOf(const QString &text)
 {
     return text.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-}
-
-PACKETDATATYPES typeOf(const QStringList &lines)
-{
-    const auto line = std::find_if(lines.begin(), lines.end(),
-        [](const QString &each) { return each.startsWith(QLatin1String("SI ")); });
-    return line == lines.end() ? PACKETDATATYPE_NONE
-                               : PACKETDATATYPES(line->mid(3).toUInt(nullptr, 16));
 }
 
 namespace {

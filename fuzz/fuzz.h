@@ -1,7 +1,7 @@
 #ifndef TQXML_FUZZ_H
 #define TQXML_FUZZ_H
 
-#include "tqtypes.h"
+#include "tqpacketable.h"
 
 #include <QDomElement>
 #include <QString>
@@ -31,6 +31,11 @@ public:
     unsigned take();
     /// A number from 0 up to, but not including, end.
     unsigned below(unsigned end) { return take() % end; }
+    template<typename T, size_t N>
+    T oneOf(const T (&list)[N])
+    {
+        return list[below(unsigned(N))];
+    }
     bool flag() { return (take() & 1) != 0; }
     /// Four bytes, the lowest first.
     unsigned word();
@@ -73,10 +78,16 @@ private:
     unsigned m_steps = 0;
 };
 
+/// A server item that has any packet text; with a null one it has none.
+struct TextItem : TQPacketable
+{
+    using TQPacketable::TQPacketable;
+    char *toPacket(unsigned int &length) const override;
+    QByteArray text;
+};
+
 /// The lines of a packet text, without the empty ones.
 QStringList linesOf(const QString &text);
-/// Data type of the first item in a packet text; none without an item.
-PACKETDATATYPES typeOf(const QStringList &lines);
 
 /// @{
 /// Whether two nodes, or the children of both, say the same with all below.

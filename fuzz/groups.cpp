@@ -44,7 +44,7 @@ private:
         static constexpr Step STEPS[] = { &World::dropGroup, &World::dropAction, &World::add,
             &World::add, &World::remove, &World::toggle, &World::toggle, &World::toggleMember,
             &World::select };
-        const Step next = STEPS[bytes.below(std::size(STEPS))];
+        const Step next = bytes.oneOf(STEPS);
         Group &group = m_groups[bytes.below(2)];
         QPointer<XMLAction> &action = m_actions[bytes.below(ACTIONS)];
         if (!group.group) {

@@ -1,6 +1,5 @@
 #include "fuzz.h"
 
-#include "tqpacketable.h"
 #include "xmlmessage.h"
 #include "xmlpacket.h"
 
@@ -8,7 +7,6 @@
 #include <QTextStream>
 
 #include <algorithm>
-#include <cstdlib>
 #include <iterator>
 
 // Calls on packets, each made twice: on a packet that is left alone afterwards, and on one that has
@@ -31,19 +29,9 @@ constexpr char ALPHABET[] = { ' ', '1', '2', '4', '\r', '\n' };
 constexpr XMLObject::XMLOBJECT_TYPE KINDS[] = { XMLObject::XMLOBJECT_PACKETABLE,
     XMLObject::XMLOBJECT_ACTION, XMLObject::XMLOBJECT_MSG };
 
-/// A server item that has any text, or none.
-struct ServerItem : TQPacketable
+struct ServerItem : TextItem
 {
-    using TQPacketable::TQPacketable;
-    char *toPacket(unsigned int &length) const override
-    {
-        length = unsigned(text.size());
-        auto *const buffer = text.isNull() ? nullptr : static_cast<char *>(std::malloc(length + 1));
-        std::copy(text.begin(), text.end(), buffer);
-        return buffer;
-    }
-
-    QByteArray text;
+    using TextItem::TextItem;
     bool isCurrent = false;
 };
 
@@ -90,13 +78,6 @@ void compareWithQtXml(XMLPacket &packet)
     require(sorted(written(packet)) == sorted(text.toUtf8()), "QtXml writes the same");
 }
 
-void compare(const Twice &a, const Twice &b)
-{
-    const bool same = a.lazy == b.lazy;
-    require(same == (a.eager == b.eager), "two packets are equal or not, built or not");
-    require(same == (written(a.lazy) == written(b.lazy)), "equal packets give equal bytes");
-}
-
 class World : public Program
 {
 public:
@@ -118,9 +99,9 @@ private:
         using Step = void (World::*)(Twice &, Twice &);
         static constexpr Step STEPS[] = { &World::setID, &World::appendServerItem,
             &World::appendServerItem, &World::appendBuilt, &World::copy, &World::clear,
-            &World::compareAny, &World::compareAlmostSame, &World::compareAlmostSame,
+            &World::compare, &World::compareAlmostSame, &World::compareAlmostSame,
             &World::changeNode };
-        const Step next = STEPS[bytes.below(std::size(STEPS))];
+        const Step next = bytes.oneOf(STEPS);
         Twice &packet = m_packets[bytes.below(PACKETS)];
         (this->*next)(packet, m_packets[bytes.below(PACKETS)]);
         build(packet.eager);
@@ -140,7 +121,7 @@ private:
 
     void setID(Twice &packet, Twice &)
     {
-        const int id = IDS[bytes.below(std::size(IDS))];
+        const int id = bytes.oneOf(IDS);
         const auto set =
             bytes.flag() ? &XMLPacket::setSourceAgentID : &XMLPacket::setDestinationAgentID;
         (packet.lazy.*set)(id);
@@ -160,9 +141,9 @@ private:
 
     ServerItem serverItem()
     {
-        ServerItem item(TYPES[bytes.below(std::size(TYPES))]);
+        ServerItem item(bytes.oneOf(TYPES));
         item.dbkey = { bytes.below(3), bytes.below(3) };
-        item.setName(NAMES[bytes.below(std::size(NAMES))]);
+        item.setName(bytes.oneOf(NAMES));
         item.isCurrent = bytes.flag();
         item.text = packetText();
         return item;
@@ -193,7 +174,12 @@ private:
         packet.eager.init(nullptr);
     }
 
-    void compareAny(Twice &a, Twice &b) { compare(a, b); }
+    void compare(Twice &a, Twice &b)
+    {
+        const bool same = a.lazy == b.lazy;
+        require(same == (a.eager == b.eager), "two packets are equal or not, built or not");
+        require(same == (written(a.lazy) == written(b.lazy)), "equal packets give equal bytes");
+    }
 
     // Two items that differ in one thing, which may or may not show.
     void compareAlmostSame(Twice &, Twice &)
@@ -211,18 +197,18 @@ private:
 
     void change(ServerItem &item)
     {
-        const QByteArray line = LINES[bytes.below(std::size(LINES))];
-        const char one = ALPHABET[bytes.below(std::size(ALPHABET))];
+        const QByteArray line = bytes.oneOf(LINES);
+        const char one = bytes.oneOf(ALPHABET);
         const int place = int(bytes.below(unsigned(item.text.size()) + 1));
         switch (bytes.below(7)) {
         case 0:
-            item.datatype = TYPES[bytes.below(std::size(TYPES))];
+            item.datatype = bytes.oneOf(TYPES);
             return;
         case 1:
             item.dbkey.hkey ^= 1;
             return;
         case 2:
-            return item.setName(NAMES[bytes.below(std::size(NAMES))]);
+            return item.setName(bytes.oneOf(NAMES));
         case 3:
             item.isCurrent = !item.isCurrent;
             return;
@@ -241,7 +227,7 @@ private:
     // Changes the document behind the packets' back: the last item, or the header.
     void changeNode(Twice &packet, Twice &)
     {
-        const auto kind = KINDS[bytes.below(std::size(KINDS))];
+        const auto kind = bytes.oneOf(KINDS);
         std::list<QDomNode> nodes;
         const int count = packet.lazy.getNodesOfType(kind, nodes);
         require(packet.eager.getNodesOfType(kind, nodes) == count, "same number of nodes");
@@ -273,7 +259,6 @@ private:
 
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
-    makeApplication();
     World world(data, size);
     world.run();
     world.finish();

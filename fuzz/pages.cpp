@@ -57,7 +57,7 @@ private:
         static constexpr Step STEPS[] = { &World::change, &World::changeAction, &World::fillPage,
             &World::changePage, &World::fillAction, &World::makePacket, &World::copyPacket,
             &World::append, &World::append, &World::take };
-        (this->*STEPS[bytes.below(std::size(STEPS))])();
+        (this->*bytes.oneOf(STEPS))();
         withAny([](const auto &held) {
             require(
                 areSame(held.object.getNodeConst(), held.model), "an object says what it should");
@@ -165,16 +165,9 @@ private:
 
     void fillAction()
     {
-        const QString kind = XMLObject::rootNodeName(XMLObject::XMLOBJECT_PACKETABLE);
-        if (bytes.flag() && m_action.model.childNodes().size() < MAX_CHILDREN) {
+        if (m_action.model.childNodes().size() < MAX_CHILDREN) {
             m_action.object.append(m_item.object);
             m_action.model.appendChild(m_item.model.cloneNode());
-            return;
-        }
-        m_action.object.removeNodesOfType(XMLObject::XMLOBJECT_PACKETABLE);
-        QDomElement e = m_action.model.firstChildElement(kind);
-        for (; !e.isNull(); e = m_action.model.firstChildElement(kind)) {
-            m_action.model.removeChild(e);
         }
     }
 

@@ -1,6 +1,5 @@
 #include "fuzz.h"
 
-#include "tqpacketable.h"
 #include "xmlpacketable.h"
 
 #include <algorithm>
@@ -48,6 +47,15 @@ QByteArray packetOf(const TQPacketable &item)
     unsigned int length = 0;
     const std::unique_ptr<char, FreeBuffer> written(item.toPacket(length));
     return QByteArray(written.get(), int(length));
+}
+
+// Data type of the first item in a packet text; none without an item.
+PACKETDATATYPES typeOf(const QStringList &lines)
+{
+    const auto line = std::find_if(lines.begin(), lines.end(),
+        [](const QString &each) { return each.startsWith(QLatin1String("SI ")); });
+    return line == lines.end() ? PACKETDATATYPE_NONE
+                               : PACKETDATATYPES(line->mid(3).toUInt(nullptr, 16));
 }
 
 // An item takes a text or refuses it. What it gives is what it took, or less; it takes that again,

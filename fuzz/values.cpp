@@ -16,10 +16,7 @@ constexpr const char *PROPERTIES[] = { "visible", "enabled", "colour", "pagenum"
     "jobids", "tqjobids", "org_name" };
 constexpr size_t TEXT = 64;
 
-QString anyProperty(Bytes &bytes)
-{
-    return QString::fromLatin1(PROPERTIES[bytes.below(std::size(PROPERTIES))]);
-}
+QString anyProperty(Bytes &bytes) { return QString::fromLatin1(bytes.oneOf(PROPERTIES)); }
 
 int base(Bytes &bytes) { return int(bytes.below(35)) + 2; }
 
