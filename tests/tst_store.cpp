@@ -1,5 +1,5 @@
-// What makes and changes stores: ids, and imports that fail or are stopped. What users see of it is
-// in tests/command/stores.txt, profiles.txt and server.txt.
+// Tests of id ranges and of failing or cancelled imports. Tests of what the command prints are in
+// tests/command/stores.txt, profiles.txt and server.txt.
 
 #include "stores.h"
 
@@ -7,16 +7,19 @@ namespace {
 
 constexpr const char *GRAY = "/usr/share/color/icc/Gray.icc";
 
-struct Import
+struct ImportResult
 {
-    Import(const QByteArray &url, const std::vector<std::string> &files,
-        const TQPROGRESS &progress = {})
-    {
-        TQImportProfiles(url.constData(), files, progress, error, &keys);
-    }
-    std::string error;
+    std::string error;  // empty after success
     std::vector<TQKEY_ELEMENT> keys;
 };
+
+ImportResult importProfiles(const QByteArray &url, const std::vector<std::string> &files,
+    const TQPROGRESS &progress = {})
+{
+    ImportResult result;
+    TQImportProfiles(url.constData(), files, progress, result.error, &result.keys);
+    return result;
+}
 
 }  // namespace
 
@@ -28,9 +31,9 @@ private Q_SLOTS:
     void initTestCase_data() { Stores::addDatabases(); }
     void initTestCase() { QVERIFY(m_stores.start()); }
     void init();
-    void anIdIsOfOneTableOnly();
-    void anImportThatFailsOrIsStoppedChangesNothing();
-    void aPartOfAProfileIsNoProfile();
+    void idRangesDoNotOverlap();
+    void failedAndCancelledImportsChangeNothing();
+    void truncatedProfilesAreRefused();
 
 private:
     Stores m_stores;
@@ -46,45 +49,60 @@ void tst_Store::init()
     }
 }
 
-void tst_Store::anIdIsOfOneTableOnly()
+// Each table's ids have a range of their own; a CHECK keeps others out.
+void tst_Store::idRangesDoNotOverlap()
 {
     const QByteArrayList tables { "tq_job", "tq_output", "tq_book_owner", "tq_book",
         "tq_icc_profile", "tq_publication" };
     for (const QByteArray &table : tables) {
         for (const QByteArray &other : tables) {
-            const QByteArray extreme = table < other ? "min" : "max";
-            const QByteArray moved = "UPDATE " + table + " SET id = (SELECT " + extreme +
-                "(id) FROM " + other + ") WHERE id = (SELECT min(id) FROM " + table + ")";
-            QString error;
-            sql(m_store, moved, &error);
-            const bool isRefused = error.contains(str("check constraint"), Qt::CaseInsensitive);
-            QVERIFY2(isRefused == (table != other), moved.constData());
+            for (const char *extreme : { "min", "max" }) {
+                if (table == other) {
+                    continue;
+                }
+                const QByteArray moved = "UPDATE " + table + " SET id = (SELECT " + extreme +
+                    "(id) FROM " + other + ") WHERE id = (SELECT min(id) FROM " + table + ")";
+                QString error;
+                sql(m_store, moved, &error);
+                const bool isRefused = error.contains(str("check constraint"), Qt::CaseInsensitive);
+                QVERIFY2(isRefused, moved.constData());
+            }
         }
     }
 }
 
-void tst_Store::anImportThatFailsOrIsStoppedChangesNothing()
+void tst_Store::failedAndCancelledImportsChangeNothing()
 {
-    const Import failed(m_store, { GRAY, "missing.icc" });
+    const QByteArray profiles = "SELECT id FROM tq_icc_profile ORDER BY id";
+    const QByteArrayList before = sql(m_store, profiles);
+    QVERIFY(!before.isEmpty());
+
+    const ImportResult failed = importProfiles(m_store, { GRAY, "missing.icc" });
     QCOMPARE(failed.error, std::string("missing.icc: No such file or directory"));
     QCOMPARE(failed.keys.size(), size_t(0));
+    QCOMPARE(sql(m_store, profiles), before);
+
     size_t done = 0;
-    const Import stopped(m_store, { GRAY, GRAY, GRAY }, [&done](size_t files, size_t total) {
-        done = files;
-        return files < 2 && total == 3;
-    });
-    QCOMPARE(stopped.error, std::string("interrupted"));
+    size_t total = 0;
+    const ImportResult cancelled =
+        importProfiles(m_store, { GRAY, GRAY, GRAY }, [&](size_t doneNow, size_t totalNow) {
+            done = doneNow;
+            total = totalNow;
+            return done < 2;
+        });
+    QCOMPARE(cancelled.error, std::string("interrupted"));
     QCOMPARE(done, size_t(2));
-    QCOMPARE(sql(m_store, "SELECT count(*) FROM tq_icc_profile"), QByteArrayList({ "8" }));
+    QCOMPARE(total, size_t(3));
+    QCOMPARE(sql(m_store, profiles), before);
 }
 
-void tst_Store::aPartOfAProfileIsNoProfile()
+void tst_Store::truncatedProfilesAreRefused()
 {
     const QByteArray whole = contentOf(str(GRAY));
     const QString part = m_stores.path("part.icc");
-    for (int size = 0; size < int(whole.size()); size += 7) {
+    for (int size = 0; size < int(whole.size()); size += 7) {  // every 7th length, for speed
         write(part, whole.left(size));
-        QVERIFY(!Import(m_store, { part.toStdString() }).error.empty());
+        QVERIFY(!importProfiles(m_store, { part.toStdString() }).error.empty());
     }
 }
 
