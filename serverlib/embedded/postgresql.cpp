@@ -1,6 +1,6 @@
-// Stores in PostgreSQL. A connection has three limits of time: the server itself ends statements
-// and waits for locks, and a watchdog ends the wait for a server that stays silent. Statements are
-// prepared by SQL and not by QtSql, which warns when it frees those of a lost connection.
+// Stores in PostgreSQL. Three timeouts: statement_timeout and lock_timeout, kept by the server, and
+// response_timeout, kept by our watchdog. We send PREPARE/EXECUTE ourselves: QtSql prints warnings
+// when it frees statements of a lost connection.
 
 #include "database_p.h"
 #include "postgresqlurl_p.h"
@@ -19,7 +19,7 @@ namespace TQServerInternal {
 
 namespace {
 
-// Null when the driver has no connection of libpq's. Its type has another name on each Qt line.
+// Null if the driver has no libpq connection. The handle's type name differs between Qt 5 and Qt 6.
 PGconn *connectionOf(const QSqlDatabase &database)
 {
     const QVariant handle = database.driver()->handle();
@@ -30,7 +30,8 @@ PGconn *connectionOf(const QSqlDatabase &database)
     return *static_cast<PGconn *const *>(handle.constData());
 }
 
-// A value as part of a statement.
+// A value as part of a statement. It is null, bytes, text or a number; toString() of anything else
+// would not be quoted.
 QString literal(PGconn *connection, const QVariant &value)
 {
     if (value.isNull()) {
@@ -50,7 +51,7 @@ QString literal(PGconn *connection, const QVariant &value)
     return result;
 }
 
-// The statement with "$1", "$2" ... in place of its "?".
+// The statement with "$1", "$2" ... in place of its "?". Statements contain no other "?".
 QString numbered(const QString &statement)
 {
     const QStringList parts = statement.split(QLatin1Char('?'));
@@ -76,8 +77,9 @@ public:
     }
 
 protected:
-    bool connect(bool) override
+    bool connect(bool /*create*/) override
     {
+        // QtSql has no time limit while it connects; a probe has.
         const QString reason = probeServer(conninfo(address()), address().responseTimeout);
         if (!reason.isEmpty()) {
             return refuse(causeOf(reason));
@@ -89,8 +91,9 @@ protected:
         if (!connection) {
             return fail(QStringLiteral("Qt's database driver has no libpq connection"));
         }
+        // Otherwise notices would go to stderr.
         PQsetNoticeReceiver(
-            connection, [](void *, const PGresult *) {}, nullptr);  // else on stderr
+            connection, [](void *, const PGresult *) {}, nullptr);
         PQsetErrorVerbosity(connection, PQERRORS_TERSE);
         setServer({ PQhost(connection), QByteArray(PQport(connection)).toInt() });
         return startWatchdog(PQsocket(connection));
@@ -119,6 +122,7 @@ private:
     bool startWatchdog(int socketNumber)
     {
         try {
+            // A copy, because libpq may close its descriptor and the number be reused.
             const auto socket = std::make_shared<SocketCopy>(socketNumber);
             setWatchdog(std::make_unique<Watchdog>(
                 [socket] { socket->shutDown(); }, address().responseTimeout));
@@ -137,12 +141,22 @@ std::unique_ptr<Database> makeDatabase(const StoreAddress &address)
 }  // namespace
 
 const Dialect POSTGRESQL {
-    "postgresql://USER@HOST:PORT/DB", isPostgresqlUrl, parsePostgresqlUrl, makeDatabase, "QPSQL",
-    nullptr, nullptr, "BYTEA", "\"C\"",
+    /*form*/ "postgresql://USER@HOST:PORT/DB",
+    /*isUrl*/ isPostgresqlUrl,
+    /*parse*/ parsePostgresqlUrl,
+    /*makeDatabase*/ makeDatabase,
+    /*driver*/ "QPSQL",
+    /*journal*/ nullptr,
+    /*log*/ nullptr,
+    /*blob*/ "BYTEA",
+    /*collation*/ "\"C\"",
+    /*hasSchema*/
     "SELECT count(*) FROM pg_tables WHERE tablename = 'tq_schema' "
     "AND schemaname = ANY (current_schemas(false))",
-    "BEGIN ISOLATION LEVEL REPEATABLE READ, READ ONLY", "BEGIN ISOLATION LEVEL READ COMMITTED",
-    "SELECT pg_advisory_xact_lock(8025545361711)",  // a number of this system's own
+    /*beginReading*/ "BEGIN ISOLATION LEVEL REPEATABLE READ, READ ONLY",
+    /*beginWriting*/ "BEGIN ISOLATION LEVEL READ COMMITTED",
+    // The number is an arbitrary key of our advisory lock.
+    /*waitForWriters*/ "SELECT pg_advisory_xact_lock(8025545361711)",
 };
 
 }  // namespace TQServerInternal

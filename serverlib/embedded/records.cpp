@@ -20,10 +20,10 @@ struct Mark
 };
 static_assert(sizeof(Mark) == sizeof(TQLISTRECORD::reserved), "fits the reserved bytes");
 
-std::uint64_t sealOf(const void *shown)
+std::uint64_t sealOf(const void *declared)
 {
     constexpr std::uint64_t SECRET = 0x5451524543f0e1d2;
-    return SECRET ^ reinterpret_cast<std::uintptr_t>(shown);
+    return SECRET ^ reinterpret_cast<std::uintptr_t>(declared);
 }
 
 }  // namespace
@@ -33,13 +33,13 @@ ListRecord *ListRecord::create(PACKETDATATYPES type, std::uint64_t store)
     return new ListRecord { {}, type, store, TQKEY_CC::getNullKey(), {}, {}, 0, 0, {} };
 }
 
-ListRecord *ListRecord::of(const void *shown)
+ListRecord *ListRecord::of(const void *declared)
 {
     Mark mark = {};
-    if (shown) {
-        std::memcpy(&mark, shown, sizeof(mark));
+    if (declared) {
+        std::memcpy(&mark, declared, sizeof(mark));
     }
-    if (!shown || mark.seal != sealOf(shown)) {
+    if (!declared || mark.seal != sealOf(declared)) {
         return nullptr;
     }
     return reinterpret_cast<ListRecord *>(static_cast<std::uintptr_t>(mark.record));
@@ -47,7 +47,7 @@ ListRecord *ListRecord::of(const void *shown)
 
 void ListRecord::destroy(ListRecord *record) { delete record; }
 
-void ListRecord::show()
+void ListRecord::fillDeclaredPart()
 {
     if (type == PACKETDATATYPE_JOB) {
         const auto job = new (storage) TQJOB {};

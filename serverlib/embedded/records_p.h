@@ -16,14 +16,15 @@ struct ListRecord
     // A record of an item of that type, from the store of that number; free it with destroy().
     static ListRecord *create(PACKETDATATYPES type, std::uint64_t store);
     // The record of a declared part; null for null and for what this library did not make.
-    static ListRecord *of(const void *shown);
+    static ListRecord *of(const void *declared);
     static void destroy(ListRecord *record);
 
-    TQLISTRECORD *shown() { return reinterpret_cast<TQLISTRECORD *>(storage); }
+    // The declared part.
+    TQLISTRECORD *asListRecord() { return reinterpret_cast<TQLISTRECORD *>(storage); }
 
     // Fills the declared part from the members below. Its texts point at theirs, so they must not
     // change afterwards.
-    void show();
+    void fillDeclaredPart();
 
     alignas(8) unsigned char storage[sizeof(TQJOB)];  // the declared part, whichever it is
     PACKETDATATYPES type;  // of the item

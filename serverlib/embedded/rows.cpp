@@ -1,5 +1,5 @@
 // Reads rows of the store into list records: each column becomes a line of packet text, in the form
-// that the field's type code has.
+// that the field's type code requires.
 
 #include "rows_p.h"
 
@@ -13,10 +13,11 @@ namespace TQServerInternal {
 
 namespace {
 
-// The columns before those of the fields.
+// Columns before the fields: id, name, then publication name, publication id and page, which
+// StorageClass::Source::head selects.
 enum HeadColumn { Id, Name, PublicationName, PublicationId, Page, FirstField };
 
-// Count and entries; empty without entries.
+// "<hex count> <entries>", or empty if there are none.
 std::string arrayText(const QString &text, char stored, char written)
 {
     std::string entries;
@@ -40,76 +41,82 @@ std::string binaryText(const QByteArray &bytes)
     return hexText(static_cast<unsigned>(bytes.size())) + ' ' + bytes.toBase64().toStdString();
 }
 
-// Without line feeds, and without the blanks at its ends that readers drop.
-std::string textOf(const TQSTORAGEFIELD &, const QVariant &value)
+// One line: line feeds become blanks; outer white space is trimmed, as readers would do.
+std::string textOf(const QVariant &value)
 {
     QString line = value.toString().trimmed();
     line.replace(QLatin1Char('\n'), QLatin1Char(' '));
     return line.toStdString();
 }
 
-std::string integerOf(const TQSTORAGEFIELD &, const QVariant &value)
+std::string integerOf(const QVariant &value)
 {
     bool isNumber = false;
     const qlonglong number = value.toLongLong(&isNumber);
     return isNumber ? std::to_string(number) : std::string();
 }
 
-std::string realOf(const TQSTORAGEFIELD &, const QVariant &value)
+std::string realOf(const QVariant &value)
 {
     bool isNumber = false;
     const double number = value.toDouble(&isNumber);
+    if (!isNumber) {
+        return {};
+    }
     char digits[32];
     const auto end = std::to_chars(std::begin(digits), std::end(digits), number).ptr;
-    return isNumber ? std::string(digits, end) : std::string();
+    return std::string(digits, end);
 }
 
-// A column of keys holds ids; the type that they are of stands in the field.
+// The column holds the id; the key's type comes from the field definition.
 std::string keyOf(const TQSTORAGEFIELD &field, const QVariant &value)
 {
     return hexText(value.toUInt()) + ' ' + hexText(field.refers);
 }
 
-std::string numbersOf(const TQSTORAGEFIELD &, const QVariant &value)
-{
-    return arrayText(value.toString(), ' ', ' ');
-}
-
-std::string textsOf(const TQSTORAGEFIELD &, const QVariant &value)
-{
-    return arrayText(value.toString(), '\n', '\r');
-}
-
-std::string bytesOf(const TQSTORAGEFIELD &, const QVariant &value)
-{
-    return binaryText(value.toByteArray());
-}
-
-// The packet text of a stored value, one function for each family. It is empty for what has none.
-using Writer = std::string (*)(const TQSTORAGEFIELD &field, const QVariant &value);
-constexpr Writer WRITERS[] = { nullptr, textOf, integerOf, realOf, keyOf, numbersOf, numbersOf,
-    textsOf, bytesOf };
-static_assert(std::size(WRITERS) == size_t(Family::Count), "one writer per family");
-
+// The packet text of a stored value; empty if it has none.
 std::string valueText(const TQSTORAGEFIELD &field, const QVariant &value)
 {
-    const Writer write = WRITERS[size_t(familyOf(field.type))];
-    return write && !value.isNull() ? write(field, value) : std::string();
+    if (value.isNull()) {
+        return {};
+    }
+    switch (familyOf(field.type)) {
+    case Family::Text:
+        return textOf(value);
+    case Family::Integer:
+        return integerOf(value);
+    case Family::Real:
+        return realOf(value);
+    case Family::Key:
+        return keyOf(field, value);
+    case Family::IntegerArray:
+    case Family::RealArray:
+        return arrayText(value.toString(), ' ', ' ');
+    case Family::StringArray:
+        return arrayText(value.toString(), '\n', '\r');
+    case Family::Binary:
+        return binaryText(value.toByteArray());
+    case Family::None:
+    case Family::Count:
+        break;
+    }
+    return {};
 }
 
-// Bytes are read for one item at a time; see readBinaryField().
-bool isListed(const TQSTORAGEFIELD &field)
+// Binary columns are not part of lists; see readBinaryField().
+bool isInSelect(const TQSTORAGEFIELD &field)
 {
     return field.column && familyOf(field.type) != Family::Binary;
 }
 
-// Each "A." becomes the alias of the type's own table.
+// A selection writes "A." for the type's own table. In the whole statement, "A." is replaced by the
+// alias of that table.
 QString selectStatement(const StorageClass &type, const Selection &selection)
 {
     const StorageClass::Source &source = *type.source();
     std::string text = "SELECT A.id, A.name, " + std::string(source.head);
     for (const TQSTORAGEFIELD &field : type.fields()) {
-        if (isListed(field)) {
+        if (isInSelect(field)) {
             text.append(", ").append(field.column);
         }
     }
@@ -134,7 +141,7 @@ ListRecord *readRecord(const QSqlQuery &row, const StorageClass &type, OpenStore
     record->page = row.value(Page).toInt();
     int column = FirstField;
     for (const TQSTORAGEFIELD &field : type.fields()) {
-        if (!isListed(field)) {
+        if (!isInSelect(field)) {
             continue;
         }
         const std::string text = valueText(field, row.value(column));
@@ -144,7 +151,7 @@ ListRecord *readRecord(const QSqlQuery &row, const StorageClass &type, OpenStore
             appendField(record->fields, field.tag, text);
         }
     }
-    record->show();
+    record->fillDeclaredPart();
     return record;
 }
 
@@ -161,7 +168,7 @@ bool readRecords(OpenStore &store, const StorageClass &type, const Selection &se
     }
     TQLISTRECORD *last = nullptr;
     while (database.next(*query)) {
-        TQLISTRECORD *record = readRecord(*query, type, store.number())->shown();
+        TQLISTRECORD *record = readRecord(*query, type, store.number())->asListRecord();
         if (last) {
             last->next = record;
         } else {
@@ -177,7 +184,7 @@ bool readRecords(OpenStore &store, const StorageClass &type, const Selection &se
 }
 
 std::optional<BinaryField> readBinaryField(
-    OpenStore &store, const StorageClass &type, const char *column, const QVariant &value)
+    OpenStore &store, const StorageClass &type, const char *keyColumn, const QVariant &keyValue)
 {
     for (const TQSTORAGEFIELD &field : type.fields()) {
         if (familyOf(field.type) != Family::Binary || !field.column) {
@@ -187,13 +194,15 @@ std::optional<BinaryField> readBinaryField(
         const QString statement =
             QStringLiteral("SELECT %1 FROM %2 WHERE %3.%4 = ?")
                 .arg(QLatin1String(field.column), QLatin1String(source.tables),
-                    QLatin1String(source.alias), QLatin1String(column));
-        const std::optional<QVariant> bytes = store.database().ask(statement, { value });
+                    QLatin1String(source.alias), QLatin1String(keyColumn));
+        const std::optional<QVariant> bytes = store.database().ask(statement, { keyValue });
         if (!bytes) {
+            // The caller cannot tell this from a row without bytes, so the failure is counted here.
+            // readRecords() returns false instead, and its caller counts.
             store.fail();
             return {};
         }
-        if (!bytes->isNull()) {
+        if (!bytes->isNull()) {  // the first binary field that is not null
             return BinaryField { field.tag, binaryText(bytes->toByteArray()) };
         }
     }

@@ -26,10 +26,11 @@ struct BinaryField
     std::string value;
 };
 
-// The binary field of the row that has that value in that column. None without such a row, or
-// without bytes, and when the statement failed, which counts as a failure of the store.
+// The first binary field that is not null, of the row that has that value in the key column. None
+// without such a row, or without bytes, and when the statement failed, which counts as a failure of
+// the store.
 std::optional<BinaryField> readBinaryField(
-    OpenStore &store, const StorageClass &type, const char *column, const QVariant &value);
+    OpenStore &store, const StorageClass &type, const char *keyColumn, const QVariant &keyValue);
 
 }  // namespace TQServerInternal
 

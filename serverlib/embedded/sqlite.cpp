@@ -195,19 +195,19 @@ std::unique_ptr<Database> makeDatabase(const StoreAddress &address)
 }  // namespace
 
 const Dialect SQLITE {
-    "sqlite:PATH, sqlite::memory:",
-    isUrl,
-    parse,
-    makeDatabase,
-    "QSQLITE",
-    "-journal",
-    LOG,
-    "BLOB",
-    "BINARY",
-    "SELECT count(*) FROM sqlite_master WHERE type = 'table' AND name = 'tq_schema'",
-    "BEGIN",
-    "BEGIN IMMEDIATE",
-    nullptr,
+    /*form*/ "sqlite:PATH, sqlite::memory:",
+    /*isUrl*/ isUrl,
+    /*parse*/ parse,
+    /*makeDatabase*/ makeDatabase,
+    /*driver*/ "QSQLITE",
+    /*journal*/ "-journal",
+    /*log*/ LOG,
+    /*blob*/ "BLOB",
+    /*collation*/ "BINARY",
+    /*hasSchema*/ "SELECT count(*) FROM sqlite_master WHERE type = 'table' AND name = 'tq_schema'",
+    /*beginReading*/ "BEGIN",
+    /*beginWriting*/ "BEGIN IMMEDIATE",
+    /*waitForWriters*/ nullptr,
 };
 
 }  // namespace TQServerInternal
