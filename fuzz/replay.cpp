@@ -24,12 +24,6 @@ Input read(const std::filesystem::path &file)
     return { std::istreambuf_iterator<char>(in), {} };
 }
 
-void write(const Input &input, const std::filesystem::path &file)
-{
-    std::ofstream out(file, std::ios::binary);
-    std::copy(input.begin(), input.end(), std::ostreambuf_iterator<char>(out));
-}
-
 // Random bytes, or a given input with some bytes changed.
 Input makeInput(const std::vector<Input> &given, unsigned seed)
 {
@@ -62,9 +56,7 @@ void run(const Input &input) { LLVMFuzzerTestOneInput(input.data(), input.size()
 int main(int argc, char **argv)
 {
     if (argc < 2 || argc > 4) {
-        std::fprintf(stderr,
-            "usage: replay_NAME FOLDER [COUNT [SEED]]\n"
-            "COUNT 1 also writes the input to the file SEED.\n");
+        std::fprintf(stderr, "usage: replay_NAME FOLDER [COUNT [SEED]]\n");
         return 2;
     }
     std::error_code error;
@@ -85,11 +77,7 @@ int main(int argc, char **argv)
     const unsigned seed = argc > 3 ? unsigned(std::strtoul(argv[3], nullptr, 10)) : 0;
     for (unsigned i = 0; i < count; ++i) {
         announce(std::to_string(seed + i));
-        const Input input = makeInput(inputs, seed + i);
-        if (count == 1) {
-            write(input, std::to_string(seed));
-        }
-        run(input);
+        run(makeInput(inputs, seed + i));
     }
     return 0;
 }
