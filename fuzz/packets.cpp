@@ -19,7 +19,9 @@ constexpr unsigned MAX_LINES = 12;
 constexpr int IDS[] = { 0, 1, 7, -1 };
 constexpr PACKETDATATYPES TYPES[] = { PACKETDATATYPE_JOB, PACKETDATATYPE_OUTPUT,
     PACKETDATATYPE_UNCONVERTED, PACKETDATATYPES(0x63) };
-constexpr const char *NAMES[] = { nullptr, "", "Emma", "p. 12 & <13>", "S\xc3\xb6hne", "\xff" };
+constexpr const char *NAMES[] = { nullptr, "", "Emma", "p. 12 & <13>", "S\xc3\xb6hne", "\xff",
+    "\xef\xbb\xbf"
+    "Emma" };
 // The type 63 has a field of every kind.
 constexpr const char *LINES[] = { "SI 63", "SI 15", "SI 6", "TI 0", "SL 2", "TL 0", "101 text",
     "101  a \"b\" ]]> <&>", "0101 text", "1 Emma", "e01 2a 56", "f01 2 129 198", "f01 2  129 198",

@@ -44,10 +44,13 @@ bool isAscii(const std::string &text)
     return std::all_of(text.begin(), text.end(), [](char c) { return (c & 0x80) == 0; });
 }
 
-// Bytes that are no UTF-8 may read alike where they differ.
+// Different bytes may be the same text: invalid UTF-8, or a byte order mark at the start.
 bool sameText(const std::string &a, const std::string &b)
 {
-    return a == b || (!isAscii(a) && !isAscii(b) && toText(a) == toText(b));
+    if (a == b || (isAscii(a) && isAscii(b))) {
+        return a == b;
+    }
+    return toText(a) == toText(b);
 }
 
 void writeField(XmlWriter &writer, const QString &name, const FieldContent &content)
