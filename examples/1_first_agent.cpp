@@ -29,7 +29,7 @@ public:
     {
         const std::unique_ptr<XMLPacket> received(packet);  // receivers own packets
         if (received->getSourceAgentID() == getAgentID()) {
-            QCoreApplication::quit();  // the reply, next in the queue, still comes
+            QCoreApplication::quit();  // the reply is already queued and still delivered
         }
         std::list<QDomNode> books;
         received->getNodesOfType(XMLObject::XMLOBJECT_PACKETABLE, books);
