@@ -7,7 +7,7 @@
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     const QByteArray text(reinterpret_cast<const char *>(data), static_cast<int>(size));
-    QStringList lines = linesOf(QString::fromUtf8(text));
+    QStringList lines = linesOf(QString::fromUtf8(text.constData(), text.size()));
     TextItem item;
     item.text = text;
 
