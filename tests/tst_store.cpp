@@ -13,8 +13,8 @@ struct ImportResult
     std::vector<TQKEY_ELEMENT> keys;
 };
 
-ImportResult importProfiles(const QByteArray &url, const std::vector<std::string> &files,
-    const TQPROGRESS &progress = {})
+ImportResult importProfiles(
+    const QByteArray &url, const std::vector<std::string> &files, const TQPROGRESS &progress = {})
 {
     ImportResult result;
     TQImportProfiles(url.constData(), files, progress, result.error, &result.keys);

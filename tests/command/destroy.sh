@@ -1,4 +1,4 @@
-#!/usr/bin/env bash
+#!/bin/sh
 # destroy.sh STORE TABLE [KIND]: overwrites the first page of a table, or its last page of a kind.
 page=$(sqlite3 "$1" "SELECT rootpage FROM sqlite_master WHERE name = '$2'")
 [ -z "$3" ] ||
