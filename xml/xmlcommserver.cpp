@@ -237,7 +237,7 @@ void forEachOwner(const Listing &listing, const Session &session, const XMLActio
         const TQKEY_ELEMENT key { owner->key, owner->hkey };
         use(RecordList(listing.family, listing.query(session, key)));
     }
-    // Server libraries expect this call for owners of books also when there are none.
+    // An empty list of books' owners is passed to TQPacketFreeList(), too; one of outputs is not.
     if (!owners.isEmpty() || listing.ownerType == PACKETDATATYPE_BOOKOWNER) {
         owners.free();
     }
