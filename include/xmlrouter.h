@@ -66,7 +66,8 @@ public:
     int findAgentOfType(int agentType) const;
     /// @}
     /// The lowest id of that type. If there is none, the id that the broker supplies, or 0. While
-    /// the broker supplies a type, it gets 0 when it asks for the same type.
+    /// the broker supplies a type, it gets 0 when it asks for the same type. When it asks for
+    /// another one, it is called again, up to 64 calls inside one another.
     int supplyAgentOfType(int agentType);
     /// Installs a broker and deletes the one before. The router owns the broker. If \a broker is
     /// the current one, it is deleted, and there is none afterwards.

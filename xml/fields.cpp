@@ -8,9 +8,9 @@
 #include <iterator>
 #include <unordered_map>
 
-// The two forms of a field, here of tag 7:
+// A field of each form in packet text and in XML, here of tag 7:
 //
-// | Shape       | Value in packet text | Element                                                 |
+// | Form        | Value in packet text | Element                                                 |
 // |-------------|----------------------|---------------------------------------------------------|
 // | Simple      | 300                  | <_7 value="300"/>                                       |
 // | Key         | 2a 56                | <_7 key="2a" hkey="56"/>                                |
@@ -30,13 +30,13 @@ constexpr unsigned int UNCONVERTED = PACKETDATATYPE_UNCONVERTED;
 // Tables that are kept; far more than there are data types.
 constexpr size_t MAX_TABLES = 1024;
 
-// The shape of a field by element type code. Codes outside all spans have no shape. The width of a
-// field does not matter here: it only distinguishes codes that have the same shape.
+// The form of a field by element type code. Codes outside all spans have no form. The width of a
+// field does not matter here: it only distinguishes codes that have the same form.
 struct Span
 {
     TQELEMENTTYPE first;
     TQELEMENTTYPE last;
-    Shape shape;
+    Form form;
 };
 constexpr Span SPANS[] = {
     { TQELEMENT_TEXT, TQELEMENT_NAME, Simple },
@@ -52,14 +52,14 @@ constexpr Span SPANS[] = {
     { TQELEMENT_BITSETS, TQELEMENT_INTEGERS4, NumberArray },
 };
 
-Shape shapeOf(unsigned int type)
+Form formOf(unsigned int type)
 {
     for (const Span &span : SPANS) {
         if (type >= span.first && type <= span.last) {
-            return span.shape;
+            return span.form;
         }
     }
-    return NoShape;
+    return NoForm;
 }
 
 bool isBefore(const FieldTable::Field &field, unsigned int tag) { return field.tag < tag; }
@@ -208,14 +208,14 @@ void writeBinary(LineBuffer &out, QStringView tag, const QDomElement &e)
     out += LINE_FEED;
 }
 
-// How a shape is read and written.
-struct Forms
+// How a form is read and written.
+struct Conversion
 {
     FieldContent (*read)(QStringView value);
     void (*write)(LineBuffer &out, QStringView tag, const QDomElement &e);
 };
-// By shape. A field without a shape has neither element nor line.
-constexpr Forms FORMS[] = {
+// By form; a field without a form has neither element nor line.
+constexpr Conversion CONVERSIONS[] = {
     { nullptr, nullptr },
     { readSimple, writeSimple },
     { readKey, writeKey },
@@ -223,7 +223,7 @@ constexpr Forms FORMS[] = {
     { readStringArray, writeStringArray },
     { readBinary, writeBinary },
 };
-static_assert(std::size(FORMS) == Binary + 1, "one row for each shape");
+static_assert(std::size(CONVERSIONS) == Binary + 1, "one row for each form");
 
 }  // namespace
 
@@ -231,7 +231,7 @@ FieldTable::FieldTable(const CONVERTSTRUCTELEMENTINFO *records)
 {
     const CONVERTSTRUCTELEMENTINFO *end = records;
     for (; end->type != 0; ++end) {
-        m_fields.push_back({ end->tag, end->type, shapeOf(end->type), fieldName(int(end->tag)) });
+        m_fields.push_back({ end->tag, end->type, formOf(end->type), fieldName(int(end->tag)) });
     }
     m_records.assign(records, end + 1);
     std::stable_sort(m_fields.begin(), m_fields.end(),
@@ -280,9 +280,9 @@ std::shared_ptr<const FieldTable> fieldsOfType(QStringView type)
     return FieldTable::of(datatype);
 }
 
-FieldContent readField(Shape shape, QStringView value)
+FieldContent readField(Form form, QStringView value)
 {
-    return shape == NoShape ? FieldContent() : FORMS[shape].read(value);
+    return form == NoForm ? FieldContent() : CONVERSIONS[form].read(value);
 }
 
 bool operator==(const FieldContent &a, const FieldContent &b)
@@ -324,10 +324,10 @@ QDomElement buildField(
     return e;
 }
 
-void writeField(LineBuffer &out, Shape shape, QStringView tag, const QDomElement &e)
+void writeField(LineBuffer &out, Form form, QStringView tag, const QDomElement &e)
 {
-    if (shape != NoShape) {
-        FORMS[shape].write(out, tag, e);
+    if (form != NoForm) {
+        CONVERSIONS[form].write(out, tag, e);
     }
 }
 

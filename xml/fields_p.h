@@ -18,8 +18,8 @@ namespace TQXmlInternal {
 
 // The fields of items: which fields a data type has, and how each is read and written.
 
-// The form of a field's value; fields.cpp shows each form in packet text and in XML.
-enum Shape { NoShape, Simple, Key, NumberArray, StringArray, Binary };
+// The forms of a field; fields.cpp shows each in packet text and in XML.
+enum Form { NoForm, Simple, Key, NumberArray, StringArray, Binary };
 
 // Packet text that is being written. It is appended to in many short pieces, for which
 // QString::append() is too slow.
@@ -31,7 +31,7 @@ inline void append(LineBuffer &out, QStringView piece)
 }
 
 // The fields of a data type, ready for conversions: the server library's table with each field's
-// shape and element name, indexed by data tag.
+// form and element name, indexed by data tag.
 class FieldTable
 {
 public:
@@ -39,7 +39,7 @@ public:
     {
         unsigned int tag;
         unsigned int type;  // element type code
-        Shape shape;
+        Form form;
         QString name;  // element name
     };
 
@@ -72,7 +72,7 @@ struct FieldContent
     std::optional<QStringView> text;
 };
 
-FieldContent readField(Shape shape, QStringView value);
+FieldContent readField(Form form, QStringView value);
 
 bool operator==(const FieldContent &a, const FieldContent &b);
 
@@ -82,8 +82,8 @@ QDomElement buildField(
     QDomDocument &document, QDomElement &parent, const QString &name, const FieldContent &content);
 
 // Appends the line of a field's element, which starts with its tag. A simple field without a value
-// and a field without a shape have no line.
-void writeField(LineBuffer &out, Shape shape, QStringView tag, const QDomElement &e);
+// and a field without a form have no line.
+void writeField(LineBuffer &out, Form form, QStringView tag, const QDomElement &e);
 
 // The fields of an item whose type has that text; null when such items are not converted.
 std::shared_ptr<const FieldTable> fieldsOfType(QStringView type);

@@ -96,7 +96,7 @@ void writeContent(XmlWriter &writer, const char *text, size_t length)
             open.pop_back();
             break;
         case PacketStep::AddField:
-            writeField(writer, step.field->name, readField(step.field->shape, step.value));
+            writeField(writer, step.field->name, readField(step.field->form, step.value));
             break;
         }
     }
@@ -114,7 +114,7 @@ bool isSame(const PacketStep &a, const PacketStep &b)
         return a.value == b.value;
     }
     return a.field->name == b.field->name &&
-        readField(a.field->shape, a.value) == readField(b.field->shape, b.value);
+        readField(a.field->form, a.value) == readField(b.field->form, b.value);
 }
 
 }  // namespace

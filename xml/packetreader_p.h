@@ -172,13 +172,13 @@ private:
         Part value;
     };
 
-    enum Bracket { NoBracket, ItemBegins, ListBegins, Ends };
+    enum LineKind { FieldLine, ItemBegins, ListBegins, BlockEnds };
 
-    static Bracket bracketOf(QStringView tag)
+    static LineKind kindOf(QStringView tag)
     {
         // Most lines are fields. Their tags are hexadecimal, so none ends in I or L.
         if (tag.size() != 2 || (tag.at(1) != QLatin1Char('I') && tag.at(1) != QLatin1Char('L'))) {
-            return NoBracket;
+            return FieldLine;
         }
         if (tag == START_ITEM) {
             return ItemBegins;
@@ -186,7 +186,7 @@ private:
         if (tag == START_LIST) {
             return ListBegins;
         }
-        return tag == END_ITEM || tag == END_LIST ? Ends : NoBracket;
+        return tag == END_ITEM || tag == END_LIST ? BlockEnds : FieldLine;
     }
 
     // Cuts the line into tag and value; false if that is not possible.
@@ -209,8 +209,8 @@ private:
     // closes what was opened last, item or list.
     bool read(PacketStep &step)
     {
-        switch (bracketOf(m_tag)) {
-        case Ends:
+        switch (kindOf(m_tag)) {
+        case BlockEnds:
             return close(step);
         case ItemBegins: {
             std::shared_ptr<const FieldTable> fields = fieldsOfType(m_value);
@@ -221,7 +221,7 @@ private:
         }
         case ListBegins:
             return open(step, PacketStep::OpenList, nullptr);
-        case NoBracket:
+        case FieldLine:
             break;
         }
         return addField(step);
@@ -251,7 +251,7 @@ private:
         }
         const FieldTable::Field *field = level.fields->find(tag);
         step = { PacketStep::AddField, field, m_value };
-        return field && field->shape != NoShape;
+        return field && field->form != NoForm;
     }
 
     bool isWithinDepth() const { return m_levels.size() <= size_t(TQMAX_NESTING) + 1; }

@@ -13,7 +13,7 @@
 //   TI 0        closes it
 //   SL size     opens a list of that many items
 //   TL 0        closes it
-//   tag value   a field of the open item; its shape says what the value is, see fields.cpp
+//   tag value   a field of the open item; its form says what the value is, see fields.cpp
 //
 // Numbers are hexadecimal. The reader skips what it cannot convert. A line without a blank is cut
 // at the same position as the line before it. The rules for writers are in
@@ -61,7 +61,7 @@ void build(const QDomElement &root, PacketReader<Lines> &reader)
             break;
         case PacketStep::AddField:
             buildField(
-                document, open.back(), step.field->name, readField(step.field->shape, step.value));
+                document, open.back(), step.field->name, readField(step.field->form, step.value));
             break;
         }
     }
@@ -69,7 +69,7 @@ void build(const QDomElement &root, PacketReader<Lines> &reader)
 
 void writeContent(LineBuffer &out, const QDomNode &parent, const FieldTable *fields, int level);
 
-void writeBracket(LineBuffer &out, const QString &word, QStringView value)
+void writeBlockLine(LineBuffer &out, const QString &word, QStringView value)
 {
     append(out, word);
     out += BLANK;
@@ -85,15 +85,15 @@ void writeBlock(LineBuffer &out, const QDomElement &e, bool isItem, int level)
     }
     if (isItem) {
         const QString type = e.attribute(DATATYPE);
-        writeBracket(out, START_ITEM, type);
+        writeBlockLine(out, START_ITEM, type);
         if (const auto fields = fieldsOfType(type)) {
             writeContent(out, e, fields.get(), level);
         }
-        writeBracket(out, END_ITEM, END_VALUE);
+        writeBlockLine(out, END_ITEM, END_VALUE);
     } else {
-        writeBracket(out, START_LIST, e.attribute(SIZE));
+        writeBlockLine(out, START_LIST, e.attribute(SIZE));
         writeContent(out, e, nullptr, level);
-        writeBracket(out, END_LIST, END_VALUE);
+        writeBlockLine(out, END_LIST, END_VALUE);
     }
 }
 
@@ -104,7 +104,7 @@ void writeField(
     const QStringView tag = tagIn(name);
     const FieldTable::Field *field = readNumber(tag, 16, number) ? fields.find(number) : nullptr;
     if (field) {
-        writeField(out, field->shape, tag, node.toElement());
+        writeField(out, field->form, tag, node.toElement());
     }
 }
 

@@ -43,22 +43,22 @@ const char *textOf(const char *text) { return text ? text : ""; }
 // A record that was taken off its list and is freed unless an item takes it over.
 struct RecordDeleter
 {
-    PACKETDATATYPES family;
-    void operator()(TQLISTRECORD *record) const { TQPacketFreeItem(record, family); }
+    PACKETDATATYPES recordType;
+    void operator()(TQLISTRECORD *record) const { TQPacketFreeItem(record, recordType); }
 };
 using OwnedRecord = std::unique_ptr<TQLISTRECORD, RecordDeleter>;
 
-// A list of records of one family, freed at the end. append() walks only over the new records. A
+// A list of records of one type, freed at the end. append() walks only over the new records. A
 // list that links back to itself is cut after its last record.
 class RecordList
 {
 public:
-    RecordList(PACKETDATATYPES family, TQLISTRECORD *records)
-        : m_family(family), m_head(records), m_tail(cutCycle(records))
+    RecordList(PACKETDATATYPES type, TQLISTRECORD *records)
+        : m_type(type), m_head(records), m_tail(cutCycle(records))
     {
     }
     RecordList(RecordList &&other) noexcept
-        : m_family(other.m_family), m_head(other.release()), m_tail(other.m_tail)
+        : m_type(other.m_type), m_head(other.release()), m_tail(other.m_tail)
     {
     }
     RecordList &operator=(RecordList &&) = delete;
@@ -82,16 +82,16 @@ public:
     bool isEmpty() const { return !m_head; }
     TQLISTRECORD *head() const { return m_head; }
     TQLISTRECORD *release() { return std::exchange(m_head, nullptr); }
-    void free() { TQPacketFreeList(&m_head, m_family); }
+    void free() { TQPacketFreeList(&m_head, m_type); }
 
-    // Unlinks each record and calls use with it. What use does not release is freed.
+    // Unlinks each record and hands it to use. It is freed unless use releases it.
     template<typename Use>
-    void takeEach(Use use)
+    void handEachTo(Use use)
     {
         for (TQLISTRECORD *record = m_head; record;) {
             TQLISTRECORD *const next = record->next;
             RemoveItemFromList(&m_head, record);
-            OwnedRecord taken(record, RecordDeleter { m_family });
+            OwnedRecord taken(record, RecordDeleter { m_type });
             use(taken);
             record = next;
         }
@@ -108,7 +108,7 @@ private:
         return last;
     }
 
-    const PACKETDATATYPES m_family;
+    const PACKETDATATYPES m_type;
     TQLISTRECORD *m_head;
     TQLISTRECORD *m_tail;
 };
@@ -191,10 +191,10 @@ void Session::send(std::unique_ptr<XMLPacket> packet) const
     }
 }
 
-// The record family of a listing, the type of its owners, and the query for one owner.
+// The type of a listing's records, the type of their owners, and the query for one owner.
 struct Listing
 {
-    PACKETDATATYPES family;
+    PACKETDATATYPES recordType;
     PACKETDATATYPES ownerType;
     TQLISTRECORD *(*query)(const Session &session, const TQKEY_ELEMENT &owner);
 };
@@ -207,7 +207,7 @@ constexpr Listing JOBS { PACKETDATATYPE_JOB, PACKETDATATYPE_OUTPUTLIST,
 RecordList gather(
     const Listing &listing, const Session &session, const QList<TQKEY_ELEMENT *> &keys)
 {
-    RecordList records(listing.family, nullptr);
+    RecordList records(listing.recordType, nullptr);
     for (const TQKEY_ELEMENT *key : keys) {
         if (key) {
             records.append(listing.query(session, *key));
@@ -227,7 +227,7 @@ void forEachOwner(const Listing &listing, const Session &session, const XMLActio
     }
     if (!list.keys.isEmpty()) {
         for (const TQKEY_ELEMENT *key : std::as_const(list.keys)) {
-            use(RecordList(listing.family, listing.query(session, *key)));
+            use(RecordList(listing.recordType, listing.query(session, *key)));
         }
         return;
     }
@@ -235,7 +235,7 @@ void forEachOwner(const Listing &listing, const Session &session, const XMLActio
     for (TQLISTRECORD *record = owners.head(); record; record = record->next) {
         const TQOWNER *owner = as<TQOWNER>(record);
         const TQKEY_ELEMENT key { owner->key, owner->hkey };
-        use(RecordList(listing.family, listing.query(session, key)));
+        use(RecordList(listing.recordType, listing.query(session, key)));
     }
     // An empty list of books' owners is passed to TQPacketFreeList(), too; one of outputs is not.
     if (!owners.isEmpty() || listing.ownerType == PACKETDATATYPE_BOOKOWNER) {
@@ -262,7 +262,7 @@ public:
     }
 
     template<typename Use>
-    void takeEach(Use use)
+    void handEachTo(Use use)
     {
         for (auto &[id, job] : m_chosen) {
             use(job);
@@ -347,7 +347,11 @@ TQBOOK *XMLCommServer::getBooks(const QList<TQKEY_ELEMENT *> &keys) const
     return as<TQBOOK>(gather(BOOKS, Session(m_commServer), keys).release());
 }
 
-// After the first query, the functions below do not use the bridge: it may have been deleted.
+// What the functions below have in common:
+// - After the first query they do not use the bridge: it may have been deleted.
+// - The reply is sent when it is complete. A reply with jobs is always sent. The others are only
+// sent
+//   if the server library gave any records.
 
 void XMLCommServer::sendOUTPUTs(int destinationAgentID) const
 {
@@ -361,7 +365,7 @@ void XMLCommServer::sendOUTPUTs(int destinationAgentID) const
     if (!item) {
         return;
     }
-    outputs.takeEach([&](OwnedRecord &record) {
+    outputs.handEachTo([&](OwnedRecord &record) {
         item->loadRecord(asBytes(record.release()));
         packet->appendV(*item, false);
     });
@@ -374,7 +378,7 @@ void XMLCommServer::sendBooks(int destinationAgentID, XMLAction *request) const
     std::unique_ptr<XMLPacket> packet(getXMLPacket(destinationAgentID));
     BOOK_CC item;
     forEachOwner(BOOKS, session, request, [&](RecordList books) {
-        books.takeEach([&](OwnedRecord &record) {
+        books.handEachTo([&](OwnedRecord &record) {
             item.setName(textOf(as<TQBOOK>(record.get())->name));
             item.setData(asBytes(record.release()));
             packet->appendV(item, false);
@@ -394,7 +398,7 @@ void XMLCommServer::sendTQJOBs(int destinationAgentID, XMLAction *request) const
     std::unique_ptr<XMLPacket> packet(getXMLPacket(destinationAgentID));
     TQJOB_CC item;
     forEachOwner(JOBS, session, request, [&](RecordList jobs) {
-        jobs.takeEach([&](OwnedRecord &record) {
+        jobs.handEachTo([&](OwnedRecord &record) {
             TQJOB *const job = as<TQJOB>(record.get());
             if (exclude && job->publicationName) {
                 return;
@@ -416,13 +420,13 @@ void XMLCommServer::sendPublications(int destinationAgentID, XMLAction *request)
     Publications publications;
     forEachOwner(JOBS, session, request, [&](RecordList jobs) {
         foundJobs = foundJobs || !jobs.isEmpty();
-        jobs.takeEach([&](OwnedRecord &job) { publications.offer(std::move(job)); });
+        jobs.handEachTo([&](OwnedRecord &job) { publications.offer(std::move(job)); });
     });
     if (!foundJobs) {
         return;
     }
     TQJOB_CC item;
-    publications.takeEach([&](OwnedRecord &record) {
+    publications.handEachTo([&](OwnedRecord &record) {
         TQJOB *const job = as<TQJOB>(record.get());
         item.setName(textOf(job->publicationName));
         TQJOB_CC::trimLists(job);

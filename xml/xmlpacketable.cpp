@@ -44,13 +44,13 @@ QDomElement appendElement(
     return e;
 }
 
-QDomElement appendField(Shape shape, QDomElement &parent, const QString &name, const QString &text)
+QDomElement appendField(Form form, QDomElement &parent, const QString &name, const QString &text)
 {
     if (parent.isNull() || name.isEmpty()) {
         return QDomElement();
     }
     QDomDocument document = parent.ownerDocument();
-    return buildField(document, parent, name, readField(shape, text));
+    return buildField(document, parent, name, readField(form, text));
 }
 
 QString toQString(const LineBuffer &text)
@@ -68,11 +68,11 @@ LineBuffer contentOf(const QDomElement &e)
 }
 
 // The line of a field's element.
-QString lineOf(Shape shape, const QDomElement &e)
+QString lineOf(Form form, const QDomElement &e)
 {
     const QString tag = XMLPacketable::getDATATAGFromXMLTagName(e.tagName());
     LineBuffer line;
-    writeField(line, shape, tag, e);
+    writeField(line, form, tag, e);
     return line.empty() ? QString() : toQString(line);
 }
 

@@ -22,7 +22,8 @@ constexpr int NO_AGENT = 0;
 // How many calls of the slot send() may run inside one another; limits recursion.
 constexpr int MAX_DELIVERIES = 64;
 
-// How many types a broker may be asked for while it supplies others; limits recursion.
+// How many calls of the broker may run inside one another: while it supplies a type, it may ask for
+// another one. Limits recursion.
 constexpr int MAX_SUPPLYING = 64;
 
 }  // namespace
