@@ -33,9 +33,10 @@ public:
     TQCommServer(const TQCommServer &) = delete;
     TQCommServer &operator=(const TQCommServer &) = delete;
 
-    /// Records of data type 15 (outputs) or 85 (owners of books), sorted by name; null for other
-    /// types, which is no failure. How names are compared is up to the server library, but the
-    /// order is the same each time: listings keep it.
+    /// Records of data type 15 (outputs) or 85 (owners of books), sorted by name. How names are
+    /// compared is up to the server library, but the order is the same each time: listings keep it.
+    /// A server library may list further types for applications; the embedded one lists 48 (ICC
+    /// profiles, without their bytes). Null for all other types, which is no failure.
     TQLISTRECORD *getDBList(TQLPCOMMANDS &command, ZQ_MESSAGE_ID &message, PACKETDATATYPES type);
     /// Jobs in a queue of the output with that id, which getidfromtqkey() gave; null for 0. With
     /// TQQUEUE_ALL the jobs in all its queues. libtqxml asks for all, by name, ascending.

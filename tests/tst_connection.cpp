@@ -204,6 +204,7 @@ private Q_SLOTS:
     void initTestCase() { QVERIFY(m_stores.start()); }
     void init();
     void whateverHappensAnswersAreOfOneMomentOrFailures();
+    void aReaderThatWaitsHoldsUpNoWriter();
     void anItemThatLacksWhatItRefersToIsAnError();
     void profilesComeFromTheStoreOfTheirItem();
     void aDamagedPageIsAnErrorOrChangesNothing();
@@ -239,6 +240,32 @@ void tst_Connection::whateverHappensAnswersAreOfOneMomentOrFailures()
         trial.ask();
     }
     QVERIFY2(!QTest::currentTestFailed(), ("seed " + QByteArray::number(seed)).constData());
+}
+
+// As a listing does that waits for the program which reads its output.
+void tst_Connection::aReaderThatWaitsHoldsUpNoWriter()
+{
+    constexpr int WRITES = 20;
+    const QByteArray store = sample("waiting");
+    Client client(store);
+    const TQReadTransaction transaction(client.server);
+    const QByteArrayList before = client.jobsOf(OUTPUT);
+    QVERIFY(!before.isEmpty());
+    qint64 slowest = 0;
+    for (int i = 0; i < WRITES; ++i) {
+        QElapsedTimer time;
+        time.start();
+        QString error;
+        sql(store, "UPDATE tq_job SET name = 'changed' WHERE page % 20 = " + QByteArray::number(i),
+            &error);
+        QCOMPARE(error, QString());
+        slowest = std::max(slowest, time.elapsed());
+    }
+    QVERIFY2(slowest < 1000, QByteArray::number(slowest).constData());  // ms, far below any timeout
+    QCOMPARE(
+        sql(store, "SELECT count(*) FROM tq_job WHERE name <> 'changed'"), QByteArrayList { "0" });
+    QCOMPARE(client.jobsOf(OUTPUT), before);
+    QCOMPARE(client.server.failures(), 0U);
 }
 
 void tst_Connection::anItemThatLacksWhatItRefersToIsAnError()

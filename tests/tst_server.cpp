@@ -115,6 +115,10 @@ private Q_SLOTS:
     void profilesAreLoadedByKeyOrByName();
     void queuesAndOrdersAreThoseAskedFor_data() { Stores::addDatabases(); }
     void queuesAndOrdersAreThoseAskedFor();
+    void keysAreListedWithTheirNamesInTheOrderOfListings_data() { Stores::addDatabases(); }
+    void keysAreListedWithTheirNamesInTheOrderOfListings();
+    void profilesAreListedWithoutTheirBytes_data() { Stores::addDatabases(); }
+    void profilesAreListedWithoutTheirBytes();
     void keysOfNothingFindNothing_data() { Stores::addDatabases(); }
     void keysOfNothingFindNothing();
 
@@ -316,6 +320,50 @@ void tst_Server::queuesAndOrdersAreThoseAskedFor()
     QCOMPARE(listed(TQQUEUE_ALL, AGE, SORTORDER_ASCENDING), stored(" ORDER BY j.id"));
     QCOMPARE(listed(TQQUEUE_ALL, AGE, SORTORDER_DESCENDING), stored(" ORDER BY j.id DESC"));
     QCOMPARE(listed(IN_PROGRESS, AGE, SORTORDER_ASCENDING), stored(" AND state = 1 ORDER BY j.id"));
+}
+
+void tst_Server::keysAreListedWithTheirNamesInTheOrderOfListings()
+{
+    const QByteArray store = sample("keys");
+    Client client(store);
+    const QList<std::pair<PACKETDATATYPES, QByteArray>> tables { { OUTPUT, "tq_output" },
+        { OWNER, "tq_book_owner" }, { PROFILE, "tq_icc_profile" }, { SPECIMEN, "" } };
+    for (const auto &[type, table] : tables) {
+        QByteArrayList expected;
+        if (!table.isEmpty()) {
+            const QByteArray number = QByteArray::number(type);
+            expected = sql(store,
+                "SELECT id || ':" + number + " ' || name FROM " + table + " ORDER BY name, id");
+            QVERIFY(expected.size() > 1);
+        }
+        std::vector<TQNAMEDKEY> keys { { { 7, 7 }, "stale" } };
+        QVERIFY(TQListKeys(client.server, type, keys));
+        QByteArrayList listed;
+        for (const TQNAMEDKEY &item : keys) {
+            const QByteArray key =
+                QByteArray::number(item.key.key) + ':' + QByteArray::number(item.key.hkey);
+            listed += key + ' ' + item.name.c_str();
+        }
+        QCOMPARE(listed, expected);
+    }
+    sql(store, "ALTER TABLE tq_output RENAME TO gone");
+    std::vector<TQNAMEDKEY> keys;
+    QVERIFY(!TQListKeys(client.server, OUTPUT, keys));
+    QCOMPARE(client.server.failures(), 1U);
+}
+
+void tst_Server::profilesAreListedWithoutTheirBytes()
+{
+    const QByteArray store = sample("profiles");
+    Client client(store);
+    const Item profile = makeItem(PROFILE);
+    profile->loadRecord(firstRecord(client, PROFILE));
+    const QByteArray name =
+        sql(store, "SELECT name FROM tq_icc_profile ORDER BY name LIMIT 1").value(0);
+    QCOMPARE(QByteArray(profile->name), name);
+    const QByteArray text = packetOf(*profile);
+    QVERIFY2(text.startsWith("SI 30\n1 " + name + '\n'), text.constData());
+    QVERIFY2(!text.contains("\n7 "), text.constData());
 }
 
 void tst_Server::keysOfNothingFindNothing()

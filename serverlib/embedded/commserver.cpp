@@ -28,6 +28,7 @@ struct List
 constexpr List LISTS[] = {
     { PACKETDATATYPE_OUTPUTLIST, PACKETDATATYPE_OUTPUT },
     { PACKETDATATYPE_BOOKOWNER, PACKETDATATYPE_BOOKOWNER },
+    { PACKETDATATYPE_ICCPROFILE, PACKETDATATYPE_ICCPROFILE },
 };
 
 // Which rows a query selects; "A" stands for the table of their type.
@@ -193,4 +194,19 @@ TQReadTransaction::~TQReadTransaction()
     if (OpenStore *store = OpenStore::find(m_connection)) {
         store->endReading();
     }
+}
+
+bool TQListKeys(TQCommServer &server, PACKETDATATYPES type, std::vector<TQNAMEDKEY> &keys)
+{
+    keys.clear();
+    OpenStore *const store = OpenStore::find(&server);
+    if (!store) {
+        return false;  // the connection is another thread's
+    }
+    const bool isListed =
+        store->reach() && (!isStored(type) || readKeys(*store, *storageClass(type), keys));
+    if (!isListed) {
+        store->fail();
+    }
+    return isListed;
 }

@@ -109,18 +109,25 @@ bool isInSelect(const TQSTORAGEFIELD &field)
     return field.column && familyOf(field.type) != Family::Binary;
 }
 
-// A selection writes "A." for the type's own table. In the whole statement, "A." is replaced by the
-// alias of that table.
-QString selectStatement(const StorageClass &type, const Selection &selection)
+// The columns of a record.
+std::string columnsOf(const StorageClass &type)
 {
-    const StorageClass::Source &source = *type.source();
-    std::string text = "SELECT A.id, A.name, " + std::string(source.head);
+    std::string columns = "A.id, A.name, " + std::string(type.source()->head);
     for (const TQSTORAGEFIELD &field : type.fields()) {
         if (isInSelect(field)) {
-            text.append(", ").append(field.column);
+            columns.append(", ").append(field.column);
         }
     }
-    text.append(" FROM ").append(source.tables);
+    return columns;
+}
+
+// Columns and a selection write "A." for the type's own table. In the whole statement, "A." is
+// replaced by the alias of that table.
+QString selectStatement(
+    const StorageClass &type, const std::string &columns, const Selection &selection)
+{
+    const StorageClass::Source &source = *type.source();
+    std::string text = "SELECT " + columns + " FROM " + source.tables;
     if (*selection.where) {
         text.append(" WHERE ").append(selection.where);
     }
@@ -162,7 +169,7 @@ bool readRecords(OpenStore &store, const StorageClass &type, const Selection &se
 {
     *list = nullptr;
     Database &database = store.database();
-    QSqlQuery *query = database.run(selectStatement(type, selection), values);
+    QSqlQuery *query = database.run(selectStatement(type, columnsOf(type), selection), values);
     if (!query) {
         return false;
     }
@@ -178,6 +185,24 @@ bool readRecords(OpenStore &store, const StorageClass &type, const Selection &se
     }
     if (!database.finish(*query)) {
         TQPacketFreeList(list, type.type());
+        return false;
+    }
+    return true;
+}
+
+bool readKeys(OpenStore &store, const StorageClass &type, std::vector<TQNAMEDKEY> &keys)
+{
+    Database &database = store.database();
+    QSqlQuery *query = database.run(selectStatement(type, "A.id, A.name", { "", "A.name, A.id" }));
+    if (!query) {
+        return false;
+    }
+    while (database.next(*query)) {
+        keys.push_back({ { query->value(Id).toUInt(), type.type() },
+            query->value(Name).toString().toStdString() });
+    }
+    if (!database.finish(*query)) {
+        keys.clear();
         return false;
     }
     return true;

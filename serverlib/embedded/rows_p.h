@@ -4,6 +4,7 @@
 #include "openstore_p.h"
 #include "records_p.h"
 #include "storageclass_p.h"
+#include "tqstore.h"
 
 namespace TQServerInternal {
 
@@ -18,6 +19,10 @@ struct Selection
 // null list, when the statement failed.
 bool readRecords(OpenStore &store, const StorageClass &type, const Selection &selection,
     const QVariantList &values, TQLISTRECORD **list);
+
+// Reads keys and names of all items of a type, sorted by name. False, and nothing, when the
+// statement failed.
+bool readKeys(OpenStore &store, const StorageClass &type, std::vector<TQNAMEDKEY> &keys);
 
 // A binary field's value as it stands in packet text.
 struct BinaryField

@@ -68,7 +68,8 @@
 /// given up; the next query opens a new one.
 
 /// A transaction of a connection: while it lives, all queries see the store as it was at the first
-/// of them, whatever others change meanwhile. It does not hold up anybody.
+/// of them, whatever others change meanwhile. It holds up neither readers nor writers, however long
+/// it lives; but until it ends, an SQLite store's write-ahead log grows with each change.
 ///
 /// An SQLite store is checked as a whole at the end of a connection's first transaction. The check
 /// finds damage that a query does not notice because it only makes rows invisible. Damage counts as
@@ -90,6 +91,21 @@ public:
 private:
     unsigned long long m_connection;  // its number in the thread; 0 for none
 };
+
+/// A stored item, by its key and its name.
+struct TQNAMEDKEY
+{
+    TQKEY_ELEMENT key;
+    std::string name;  ///< UTF-8
+};
+
+/// Keys and names of all items of a data type, in the order of a listing by name. Data type 8
+/// stands for the outputs. Nothing else of the items is read, so a program that holds this list can
+/// ask for what belongs to one owner after another without holding more than that. Types that are
+/// not stored have no items. False when the query failed, which counts as a failure of the
+/// connection; then keys is empty.
+TQSERVER_EXPORT bool TQListKeys(
+    TQCommServer &server, PACKETDATATYPES type, std::vector<TQNAMEDKEY> &keys);
 
 /// Called with how many of how many rows or files are done. When it returns false, the work stops
 /// and fails, and everything is as it was before. May be empty.
