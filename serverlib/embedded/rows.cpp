@@ -6,7 +6,11 @@
 #include "elementcodes_p.h"
 #include "itemtext_p.h"
 
+#include <QStringView>
+
+#include <algorithm>
 #include <charconv>
+#include <cstddef>
 #include <iterator>
 
 namespace TQServerInternal {
@@ -17,23 +21,85 @@ namespace {
 // StorageClass::Source::head selects.
 enum HeadColumn { Id, Name, PublicationName, PublicationId, Page, FirstField };
 
-// "<hex count> <entries>", or empty if there are none.
-std::string arrayText(const QString &text, char stored, char written)
+// Most texts are ASCII, which needs no buffer on its way.
+void appendUtf8(std::string &line, QStringView text)
 {
-    std::string entries;
-    unsigned count = 0;
-    for (const QString &part : text.split(QLatin1Char(stored))) {
-        const std::string entry = part.trimmed().toStdString();
-        if (entry.empty()) {
-            continue;
-        }
-        if (count > 0) {
-            entries += written;
-        }
-        entries += entry;
-        ++count;
+    const auto isAscii = [](QChar c) { return c.unicode() < 0x80; };
+    if (std::all_of(text.begin(), text.end(), isAscii)) {
+        const size_t size = line.size();
+        line.resize(size + size_t(text.size()));
+        std::transform(text.begin(), text.end(), line.begin() + std::ptrdiff_t(size),
+            [](QChar c) { return char(c.unicode()); });
+    } else {
+        const QByteArray utf8 = text.toUtf8();
+        line.append(utf8.constData(), size_t(utf8.size()));
     }
-    return count > 0 ? hexText(count) + ' ' + entries : std::string();
+}
+
+template<typename Number>
+void appendNumber(std::string &line, Number number)
+{
+    char digits[32];
+    const auto end = std::to_chars(std::begin(digits), std::end(digits), number).ptr;
+    line.append(digits, end);
+}
+
+// Each of these appends a column's value in one form of packet text; nothing if it has none.
+
+// One line: line feeds become blanks; outer white space is trimmed, as readers would do.
+void appendText(std::string &line, const QVariant &value)
+{
+    const QString text = value.toString();
+    const auto start = std::ptrdiff_t(line.size());
+    appendUtf8(line, QStringView(text).trimmed());
+    std::replace(line.begin() + start, line.end(), '\n', ' ');
+}
+
+void appendInteger(std::string &line, const QVariant &value)
+{
+    bool isNumber = false;
+    const qlonglong number = value.toLongLong(&isNumber);
+    if (isNumber) {
+        appendNumber(line, number);
+    }
+}
+
+void appendReal(std::string &line, const QVariant &value)
+{
+    bool isNumber = false;
+    const double number = value.toDouble(&isNumber);
+    if (isNumber) {
+        appendNumber(line, number);
+    }
+}
+
+// The column holds the id; the key's type comes from the field definition.
+void appendKey(std::string &line, const QVariant &value, const TQSTORAGEFIELD &field)
+{
+    line.append(hexText(value.toUInt())).append(1, ' ').append(hexText(field.refers));
+}
+
+// "<hex count> <entries>". Entries are stored with one character between them and written with
+// another; empty ones are left out.
+void appendArray(std::string &line, const QVariant &value, char stored, char written)
+{
+    const QString text = value.toString();
+    const size_t start = line.size();
+    unsigned count = 0;
+    for (qsizetype from = 0; from <= text.size();) {
+        const qsizetype found = text.indexOf(QLatin1Char(stored), from);
+        const qsizetype end = found < 0 ? text.size() : found;
+        const QStringView entry = QStringView(text).mid(from, end - from).trimmed();
+        if (!entry.isEmpty()) {
+            line.append(count > 0 ? 1 : 0, written);
+            appendUtf8(line, entry);
+            ++count;
+        }
+        from = end + 1;
+    }
+    if (count > 0) {
+        line.insert(start, hexText(count) + ' ');
+    }
 }
 
 std::string binaryText(const QByteArray &bytes)
@@ -41,66 +107,27 @@ std::string binaryText(const QByteArray &bytes)
     return hexText(static_cast<unsigned>(bytes.size())) + ' ' + bytes.toBase64().toStdString();
 }
 
-// One line: line feeds become blanks; outer white space is trimmed, as readers would do.
-std::string textOf(const QVariant &value)
+void appendValue(std::string &line, const QVariant &value, const TQSTORAGEFIELD &field)
 {
-    QString line = value.toString().trimmed();
-    line.replace(QLatin1Char('\n'), QLatin1Char(' '));
-    return line.toStdString();
-}
-
-std::string integerOf(const QVariant &value)
-{
-    bool isNumber = false;
-    const qlonglong number = value.toLongLong(&isNumber);
-    return isNumber ? std::to_string(number) : std::string();
-}
-
-std::string realOf(const QVariant &value)
-{
-    bool isNumber = false;
-    const double number = value.toDouble(&isNumber);
-    if (!isNumber) {
-        return {};
-    }
-    char digits[32];
-    const auto end = std::to_chars(std::begin(digits), std::end(digits), number).ptr;
-    return std::string(digits, end);
-}
-
-// The column holds the id; the key's type comes from the field definition.
-std::string keyOf(const TQSTORAGEFIELD &field, const QVariant &value)
-{
-    return hexText(value.toUInt()) + ' ' + hexText(field.refers);
-}
-
-// The packet text of a stored value; empty if it has none.
-std::string valueText(const TQSTORAGEFIELD &field, const QVariant &value)
-{
-    if (value.isNull()) {
-        return {};
-    }
     switch (familyOf(field.type)) {
     case Family::Text:
-        return textOf(value);
+        return appendText(line, value);
     case Family::Integer:
-        return integerOf(value);
+        return appendInteger(line, value);
     case Family::Real:
-        return realOf(value);
+        return appendReal(line, value);
     case Family::Key:
-        return keyOf(field, value);
+        return appendKey(line, value, field);
     case Family::IntegerArray:
     case Family::RealArray:
-        return arrayText(value.toString(), ' ', ' ');
+        return appendArray(line, value, ' ', ' ');
     case Family::StringArray:
-        return arrayText(value.toString(), '\n', '\r');
-    case Family::Binary:
-        return binaryText(value.toByteArray());
+        return appendArray(line, value, '\n', '\r');
+    case Family::Binary:  // see readBinaryField()
     case Family::None:
     case Family::Count:
         break;
     }
-    return {};
 }
 
 // Binary columns are not part of lists; see readBinaryField().
@@ -138,29 +165,75 @@ QString selectStatement(
         QLatin1String("A."), QLatin1String(source.alias) + QLatin1Char('.'));
 }
 
-ListRecord *readRecord(const QSqlQuery &row, const StorageClass &type, OpenStore::Number store)
+std::string utf8(const QVariant &value)
 {
-    ListRecord *record = ListRecord::create(type.type(), store);
-    record->key = { row.value(Id).toUInt(), type.type() };
-    record->name = row.value(Name).toString().toStdString();
-    record->publication = row.value(PublicationName).toString().toStdString();
-    record->publicationId = row.value(PublicationId).toUInt();
-    record->page = row.value(Page).toInt();
-    int column = FirstField;
-    for (const TQSTORAGEFIELD &field : type.fields()) {
-        if (!isInSelect(field)) {
-            continue;
-        }
-        const std::string text = valueText(field, row.value(column));
-        ++column;
-        // A value that does not have the field's form is left out.
-        if (!text.empty() && isValue(field, text)) {
-            appendField(record->fields, field.tag, text);
+    const QString text = value.toString();
+    std::string utf8;
+    appendUtf8(utf8, text);
+    return utf8;
+}
+
+// Makes records of the rows of a query.
+class RecordReader
+{
+public:
+    RecordReader(const StorageClass &type, OpenStore::Number store) : m_type(type), m_store(store)
+    {
+        for (const TQSTORAGEFIELD &field : type.fields()) {
+            if (isInSelect(field)) {
+                m_columns.push_back({ &field, hexText(field.tag) + ' ' });
+            }
         }
     }
-    record->fillDeclaredPart();
-    return record;
-}
+
+    ListRecord *read(const QSqlQuery &row)
+    {
+        ListRecord *record = ListRecord::create(m_type.type(), m_store);
+        record->key = { row.value(Id).toUInt(), m_type.type() };
+        record->name = utf8(row.value(Name));
+        record->publication = utf8(row.value(PublicationName));
+        record->publicationId = row.value(PublicationId).toUInt();
+        record->page = row.value(Page).toInt();
+        m_lines.clear();
+        int number = FirstField;
+        for (const Column &column : m_columns) {
+            appendLine(column, row.value(number));
+            ++number;
+        }
+        record->fields = m_lines;
+        record->fillDeclaredPart();
+        return record;
+    }
+
+private:
+    struct Column
+    {
+        const TQSTORAGEFIELD *field;
+        std::string lineStart;  // the tag and a blank
+    };
+
+    // A value that does not have the field's form is left out.
+    void appendLine(const Column &column, const QVariant &value)
+    {
+        if (value.isNull()) {
+            return;
+        }
+        const size_t line = m_lines.size();
+        m_lines += column.lineStart;
+        appendValue(m_lines, value, *column.field);
+        const auto text = std::string_view(m_lines).substr(line + column.lineStart.size());
+        if (!text.empty() && isValue(*column.field, text)) {
+            m_lines += '\n';
+        } else {
+            m_lines.resize(line);
+        }
+    }
+
+    const StorageClass &m_type;
+    const OpenStore::Number m_store;
+    std::vector<Column> m_columns;
+    std::string m_lines;  // of one record
+};
 
 }  // namespace
 
@@ -173,9 +246,10 @@ bool readRecords(OpenStore &store, const StorageClass &type, const Selection &se
     if (!query) {
         return false;
     }
+    RecordReader reader(type, store.number());
     TQLISTRECORD *last = nullptr;
     while (database.next(*query)) {
-        TQLISTRECORD *record = readRecord(*query, type, store.number())->asListRecord();
+        TQLISTRECORD *record = reader.read(*query)->asListRecord();
         if (last) {
             last->next = record;
         } else {
