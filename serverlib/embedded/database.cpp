@@ -169,6 +169,16 @@ bool Database::failed(const QSqlError &error)
         causeOf(error.databaseText().isEmpty() ? error.driverText() : error.databaseText()));
 }
 
+QString Database::numbered(const QString &statement, const char *prefix)
+{
+    const QStringList parts = statement.split(QLatin1Char('?'));
+    QString text = parts.first();
+    for (int i = 1; i < int(parts.size()); ++i) {
+        text += QLatin1String(prefix) + QString::number(i) + parts.at(i);
+    }
+    return text;
+}
+
 QString Database::causeOf(const QString &message)
 {
     // "ERROR:  division by zero at character 8 (22012)"

@@ -103,6 +103,8 @@ protected:
     void setWatchdog(std::unique_ptr<Watchdog> watchdog) { m_watchdog = std::move(watchdog); }
     // Lets recover() open the store again.
     void suspect() { m_isSuspect = true; }
+    // The statement with prefix and 1, 2 ... in place of its "?". Statements contain no other "?".
+    static QString numbered(const QString &statement, const char *prefix);
     // The cause alone of a database system's message, in one line.
     static QString causeOf(const QString &message);
 

