@@ -3,6 +3,8 @@
 
 #include "input.h"
 
+#include "tqstorageclass.h"
+
 #include <QDomElement>
 
 class XMLPacketable;
@@ -12,6 +14,7 @@ struct Conversion
 {
     Input &input;
     bool isRaw = false;  ///< converts what can be converted
+    bool isFieldsOnly = false;  ///< leaves out what packet text has no place for
     bool isLimited = true;  ///< refuses large items
 
     /// Reports an error in the input and returns the exit code.
@@ -23,6 +26,12 @@ struct Conversion
 int convertToXml(const Conversion &conversion);
 int convertToPacket(const Conversion &conversion);
 /// @}
+
+/// The message for a fault in that line of the input.
+QString lineMessage(qint64 line, const QString &reason);
+
+/// The fields of a data type; null if it has none or is unknown.
+CONVERTSTRUCTELEMENTINFO *fieldsOfType(PACKETDATATYPES type);
 
 /// Reads the items of a packet text into one packetable and returns its element.
 QDomElement readItems(XMLPacketable &all, QStringList lines);

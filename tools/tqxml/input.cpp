@@ -48,8 +48,28 @@ qint64 Input::readData(char *data, qint64 size)
     if (taken < 0) {
         m_readError = m_file.errorString();
     }
+    look(data, taken);
     m_allowed -= std::max<qint64>(taken, 0);
     return taken;
+}
+
+// Follows the characters of UTF-8: a first byte, and the 0 to 3 bytes that it announces.
+void Input::look(const char *data, qint64 size)
+{
+    for (qint64 i = 0; i < size; ++i) {
+        const auto byte = static_cast<unsigned char>(data[i]);
+        const bool isFollowing = (byte & 0xc0) == 0x80;
+        const bool isWrong = isFollowing != (m_following > 0) || byte >= 0xf8;
+        if (isWrong && m_lineNotInUtf8 == 0) {
+            m_lineNotInUtf8 = m_lines;
+        }
+        m_following = isFollowing ? m_following - 1
+            : byte < 0xc0         ? 0
+            : byte < 0xe0         ? 1
+            : byte < 0xf0         ? 2
+                                  : 3;
+        m_lines += byte == LINE_FEED;
+    }
 }
 
 QByteArray LineReader::take(qint64 most)

@@ -29,6 +29,9 @@ public:
     /// Why reading stopped before the end of the file; empty if it did not.
     QString readError() const { return m_readError; }
 
+    /// The first line that is not UTF-8 in what was read so far; 0 if there is none.
+    qint64 lineNotInUtf8() const { return m_lineNotInUtf8; }
+
     /// Ends the input after this many more bytes.
     void allow(qint64 bytes) { m_allowed = bytes; }
     /// Whether that limit ended it.
@@ -42,10 +45,14 @@ protected:
 
 private:
     bool isStandardInput() const;
+    void look(const char *data, qint64 size);
 
     const QString m_name;
     QFile m_file;
     QString m_readError;
+    qint64 m_lines = 1;  // those that were begun
+    int m_following = 0;  // bytes of the open UTF-8 character to come
+    qint64 m_lineNotInUtf8 = 0;
     qint64 m_allowed = std::numeric_limits<qint64>::max();
 };
 

@@ -14,80 +14,43 @@
 namespace {
 
 constexpr QLatin1Char LINE_FEED('\n');
-constexpr QLatin1Char BLANK(' ');
 
 QByteArray packetText(const QDomElement &packetable)
 {
     return XMLPacketable().toPacket(packetable).toUtf8();
 }
 
-// Replaces line feeds with blanks. Recursion is safe: the reader has limited the nesting.
-void blankLineFeeds(QDomNode node)
+// What packet text would not give back unchanged of a packetable.
+Loss lossOf(const QDomElement &packetable, const QByteArray &text)
 {
-    if (node.isText()) {
-        node.setNodeValue(node.nodeValue().replace(LINE_FEED, BLANK));
+    const Loss unheld = firstUnheld(packetable);
+    if (!unheld.isNone()) {
+        return unheld;
     }
-    const QDomNamedNodeMap attributes = node.attributes();
-    for (int i = 0; i < attributes.count(); ++i) {
-        QDomAttr attribute = attributes.item(i).toAttr();
-        attribute.setValue(attribute.value().replace(LINE_FEED, BLANK));
-    }
-    for (QDomNode child = node.firstChild(); !child.isNull(); child = child.nextSibling()) {
-        blankLineFeeds(child);
-    }
-}
-
-// The first word of the first line of packet text that changes when line feeds become blanks.
-QString cutByLineFeed(const QDomDocument &document, const QByteArray &text)
-{
-    const QDomDocument copy = document.cloneNode().toDocument();
-    blankLineFeeds(copy);
-    const QByteArray blanked = packetText(copy.documentElement());
-    const Comparison comparison(text, blanked);
-    return comparison.isEqual() ? QString() : comparison.word();
-}
-
-// The name of something that packet text would not give back unchanged; empty if there is none.
-QString lostIn(const QDomDocument &document, const QByteArray &text)
-{
     XMLPacketable again;
     const QDomElement read =
         readItems(again, QString::fromUtf8(text).split(LINE_FEED, Qt::SkipEmptyParts));
-    const QByteArray reread = packetText(read);
-    const Comparison comparison(text, reread);
-    if (!comparison.isEqual()) {
-        return comparison.word();
-    }
-    QDomElement packetable = document.documentElement();
-    packetable.removeAttribute(XMLPacketable::DATATYPE);  // only items have fields
-    return firstLoss(packetable, read);
-}
-
-// Why the packet text of a packetable would not give it back unchanged; empty if it does.
-QString lossOf(const QDomDocument &document, const QByteArray &text, bool hasLineFeeds)
-{
-    const QString cut = hasLineFeeds ? cutByLineFeed(document, text) : QString();
-    if (!cut.isEmpty()) {
-        return QStringLiteral("a line feed in the value of \"%1\", which packet text cannot carry")
-            .arg(cut);
-    }
-    const QString lost = lostIn(document, text);
-    return lost.isEmpty() ? QString()
-                          : QStringLiteral("\"%1\" would not come back the same").arg(lost);
+    const Loss changed = firstChanged(packetable, read);
+    const Comparison comparison(text, packetText(read));
+    return !changed.isNone() || comparison.isEqual()
+        ? changed
+        : Loss { packetable,
+              QStringLiteral("\"%1\" would not come back the same").arg(comparison.word()) };
 }
 
 }  // namespace
 
 int convertToPacket(const Conversion &conversion)
 {
-    XmlReader reader(conversion.input, { conversion.isRaw, conversion.isLimited });
+    XmlReader reader(
+        conversion.input, { conversion.isRaw, conversion.isFieldsOnly, conversion.isLimited });
     Spool spool;
     for (QDomDocument document = reader.next(); !document.isNull(); document = reader.next()) {
-        const QByteArray text = packetText(document.documentElement());
-        const QString loss =
-            conversion.isRaw ? QString() : lossOf(document, text, reader.hasLineFeeds());
-        if (!loss.isEmpty()) {
-            return conversion.fail(loss);
+        const QDomElement packetable = document.documentElement();
+        const QByteArray text = packetText(packetable);
+        const Loss loss = conversion.isRaw ? Loss() : lossOf(packetable, text);
+        if (!loss.isNone()) {
+            return conversion.fail(lineMessage(reader.lineOf(loss.element), loss.reason));
         }
         if (!spool.write(text)) {
             return fail(spool.error());

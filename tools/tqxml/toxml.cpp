@@ -10,6 +10,7 @@
 #include "command.h"
 #include "comparison.h"
 #include "conversion.h"
+#include "packetfaults.h"
 #include "spool.h"
 #include "streams.h"
 #include "xmlwriter.h"
@@ -194,9 +195,8 @@ private:
         }
         const QString reason = comparison.levels() >= TQMAX_NESTING
             ? QStringLiteral("items are nested deeper than %1 levels").arg(TQMAX_NESTING)
-            : QStringLiteral("not packet text, or nothing that comes back the same");
-        const qint64 line = block.firstLine + comparison.line() - 1;
-        m_error = QStringLiteral("line %1: %2").arg(QString::number(line), reason);
+            : faultOf(block.text, comparison.line(), block.firstLine == 1);
+        m_error = lineMessage(block.firstLine + comparison.line() - 1, reason);
     }
 
     const Conversion &m_conversion;

@@ -14,7 +14,7 @@ _tqxml()
         2,show) words='job book owner output profile --help' ;;
         *,list) words='--key --include-publications --database --format --help' ;;
         *,show) words='--references --database --help' ;;
-        *,convert) words='--to --raw --no-limit --help' files=1 ;;
+        *,convert) words='--to --raw --fields-only --no-limit --help' files=1 ;;
         *,init) words='--jobs --help' files=1 ;;
         *,import-icc) words='--help' files=1 ;;
         esac

@@ -10,7 +10,6 @@
 namespace {
 
 constexpr int MAX_DEPTH = 1000;  // levels of elements; inlined items take three each
-constexpr QLatin1Char LINE_FEED('\n');
 
 bool isPacketable(const QString &name)
 {
@@ -42,6 +41,8 @@ QDomDocument XmlReader::next()
             enter();
         } else if (token == QXmlStreamReader::EndElement) {
             leave();
+        } else if (token == QXmlStreamReader::Characters && isWhole() && !m_xml.isWhitespace()) {
+            m_xml.raiseError(QStringLiteral("packet text has no place for text outside of items"));
         }
         limit();
     }
@@ -56,10 +57,33 @@ QString XmlReader::error() const
     if (!m_input.readError().isEmpty()) {
         return m_input.readError();
     }
+    const QString encoding = m_xml.documentEncoding().toString().toUpper();
+    const bool isUtf8 = encoding.isEmpty() || encoding == QLatin1String("UTF-8");
+    if (m_xml.error() == QXmlStreamReader::NotWellFormedError && isUtf8 &&
+        m_input.lineNotInUtf8() > 0) {
+        return lineMessage(m_input.lineNotInUtf8(),
+            QStringLiteral("this is not UTF-8, and the document declares no other encoding"));
+    }
     return m_xml.hasError() ? QStringLiteral("line %1, column %2: %3")
                                   .arg(QString::number(m_xml.lineNumber()),
                                       QString::number(m_xml.columnNumber()), m_xml.errorString())
                             : QString();
+}
+
+qint64 XmlReader::lineOf(const QDomElement &element) const
+{
+    // In the order of the document, each element after its parent.
+    QDomElement at = element.ownerDocument().documentElement();
+    int index = 0;
+    while (at != element) {
+        QDomElement next = at.firstChildElement();
+        for (; next.isNull(); at = at.parentNode().toElement()) {
+            next = at.nextSiblingElement();
+        }
+        at = next;
+        ++index;
+    }
+    return m_lines.value(index, m_line);
 }
 
 bool XmlReader::isAtPacketable() const
@@ -74,10 +98,42 @@ void XmlReader::enter()
     if (m_depth == MAX_DEPTH) {
         return leaveOut(QStringLiteral("elements are nested deeper than %1 levels").arg(MAX_DEPTH));
     }
+    const QString reason = isWhole() ? reasonAgainstFrame() : QString();
+    if (!reason.isEmpty()) {
+        return m_xml.raiseError(reason);
+    }
     ++m_depth;
     if (m_depth == 2 && !m_hasBody && m_xml.qualifiedName() == XMLPacket::BODY) {
         m_hasBody = m_isInBody = true;
     }
+}
+
+// Why packet text has no place for this element, which is no packetable; empty if it is part of
+// every packet and says nothing.
+QString XmlReader::reasonAgainstFrame() const
+{
+    const QString name = m_xml.qualifiedName().toString();
+    if (m_depth == 0 && name != XMLObject::rootNodeName(XMLObject::XMLOBJECT_PACKET)) {
+        return QStringLiteral("\"%1\" is no packet, packetable or item").arg(name);
+    }
+    const bool isHeader = name == XMLPacket::HEADER;
+    const bool isFirstBody = name == XMLPacket::BODY && !m_hasBody;
+    const bool isAgent =
+        !m_isInBody && (name == XMLPacket::SOURCE || name == XMLPacket::DESTINATION);
+    const QString leaveOut = QStringLiteral("; --fields-only leaves it out");
+    if ((m_depth == 1 && !isHeader && !isFirstBody) || (m_depth == 2 && !isAgent) || m_depth > 2) {
+        return QStringLiteral("packet text has no place for \"%1\"").arg(name) + leaveOut;
+    }
+    const QXmlStreamAttributes attributes = m_xml.attributes();
+    for (const QXmlStreamAttribute &attribute : attributes) {
+        const QString attributeName = attribute.qualifiedName().toString();
+        if (!attributeName.startsWith(QLatin1String("xmlns"))) {
+            return QStringLiteral("packet text has no place for \"%1\" of \"%2\"")
+                       .arg(attributeName, name) +
+                leaveOut;
+        }
+    }
+    return QString();
 }
 
 void XmlReader::leave()
@@ -101,11 +157,12 @@ QDomDocument XmlReader::readPacketable()
     limit();
     m_document = QDomDocument();
     m_current = QDomElement();
-    m_hasLineFeeds = false;
+    m_lines.clear();
     if (!isPacketable(m_xml.qualifiedName().toString())) {
         m_current =
             m_document.createElement(XMLObject::rootNodeName(XMLObject::XMLOBJECT_PACKETABLE));
         m_document.appendChild(m_current);
+        m_lines.append(m_line);
     }
     open();
     while (!m_nesting.isEmpty() && !m_xml.atEnd()) {
@@ -138,11 +195,16 @@ void XmlReader::open()
     if (m_depth + m_nesting.size() >= MAX_DEPTH) {
         return leaveOut(QStringLiteral("elements are nested deeper than %1 levels").arg(MAX_DEPTH));
     }
-    QDomElement e = m_document.createElement(name);
-    const QXmlStreamAttributes attributes = m_xml.attributes();
-    for (const QXmlStreamAttribute &attribute : attributes) {
-        e.setAttribute(attribute.qualifiedName().toString(), value(attribute.value().toString()));
+    if (m_options.isFieldsOnly && isPacketable(name) && !m_nesting.isEmpty()) {
+        return m_xml.skipCurrentElement();
     }
+    QDomElement e = m_document.createElement(name);
+    const QXmlStreamAttributes attributes =
+        m_options.isFieldsOnly && isPacketable(name) ? QXmlStreamAttributes() : m_xml.attributes();
+    for (const QXmlStreamAttribute &attribute : attributes) {
+        e.setAttribute(attribute.qualifiedName().toString(), attribute.value().toString());
+    }
+    m_lines.append(m_xml.lineNumber());
     m_nesting.append(nesting);
     m_current.isNull() ? m_document.appendChild(e) : m_current.appendChild(e);
     m_current = e;
@@ -164,15 +226,9 @@ void XmlReader::addText()
     const bool isLayout = m_text.trimmed().isEmpty() &&
         (m_current.tagName() != XMLPacketable::VALUE || m_current.hasChildNodes());
     if (!isLayout) {
-        m_current.appendChild(m_document.createTextNode(value(m_text)));
+        m_current.appendChild(m_document.createTextNode(m_text));
     }
     m_text.clear();
-}
-
-QString XmlReader::value(const QString &text)
-{
-    m_hasLineFeeds = m_hasLineFeeds || text.contains(LINE_FEED);
-    return text;
 }
 
 void XmlReader::leaveOut(const QString &error)

@@ -9,16 +9,19 @@
 class Input;
 
 /// Reads the packetables of an XML document one by one. The document is a packet, one packetable,
-/// or one item, around which a packetable is made. Anything outside packetables is skipped.
+/// or one item, around which a packetable is made.
 ///
 /// White space between elements is dropped, but an entry of an array may be blank. Items nested too
-/// deeply are an error, or left out if isRaw is set.
+/// deeply are an error, or left out if isRaw is set. So is what stands outside of packetables,
+/// unless isFieldsOnly is set, which also leaves out the attributes of packetables and items inside
+/// of fields.
 class XmlReader
 {
 public:
     struct Options
     {
         bool isRaw = false;
+        bool isFieldsOnly = false;
         bool isLimited = true;
     };
 
@@ -26,21 +29,22 @@ public:
 
     /// The next packetable, as the root of a document; null at the end or after an error.
     QDomDocument next();
-    /// Whether a value of that packetable has a line feed.
-    bool hasLineFeeds() const { return m_hasLineFeeds; }
+    /// The line of the input with the start of an element of that packetable.
+    qint64 lineOf(const QDomElement &element) const;
     /// Why there is no next packetable; empty at the end of a good document.
     QString error() const;
 
 private:
     bool isAtPacketable() const;
+    bool isWhole() const { return !m_options.isRaw && !m_options.isFieldsOnly; }
     void enter();
+    QString reasonAgainstFrame() const;
     void leave();
     QDomDocument readPacketable();
 
     void open();
     void close();
     void addText();
-    QString value(const QString &text);
     void leaveOut(const QString &error);
     void limit();
 
@@ -54,7 +58,7 @@ private:
     QDomElement m_current;  // the open element
     QList<int> m_nesting;  // levels of items and lists, for each open element
     QString m_text;  // since the last tag
-    bool m_hasLineFeeds = false;
+    QList<qint64> m_lines;  // of the packetable's elements
     qint64 m_line = 1;  // where the packetable starts
     qint64 m_values = 0;  // so far in the packetable
 };
