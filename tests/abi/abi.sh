@@ -1,14 +1,30 @@
 #!/usr/bin/env bash
-# abi.sh write|compare FOLDER LIBRARY... OBJECT: the binary interface as text, one fact a line.
+# abi.sh write|compare FOLDER VERSION LIBRARY... OBJECT: the binary interface as text, one fact a line.
 #
-# FOLDER/NAME.symbols is what each library exports. FOLDER/classes.layout is, from the debug
+# FOLDER/NAME.symbols is what each library exports, each line with the version since which it does,
+# in the form of the symbols files of Debian packages. FOLDER/classes.layout is, from the debug
 # information of an object that names every public class: sizes, offsets of members, places of
 # virtual functions. Versions of Qt and of the compiler leave no trace in them.
 set -euo pipefail
 export LC_ALL=C
 
 # symbols LIBRARY; a constructor or destructor has several symbols, of one name.
-symbols() { nm --dynamic --defined-only --demangle "$1" | cut -d ' ' -f 3- | sort -u; }
+# Names that KNOWN has, a file of such lines, keep their version.
+symbols() {  # LIBRARY VERSION KNOWN
+    nm --dynamic --defined-only --demangle "$1" | cut -d ' ' -f 3- | sort -u |
+        awk -v version="$2" -v known="$3" '
+            BEGIN {
+                while ((getline < known) > 0) {
+                    since = $NF
+                    sub(/ [^ ]+$/, "")
+                    versions[$0] = since
+                }
+            }
+            {
+                line = " (c++)\"" $0 "@Base\""
+                print line, line in versions ? versions[line] : version
+            }'
+}
 
 # layout OBJECT: a class is an entry of the first level; what is directly below it, its member.
 # Where destructors are among the virtual functions, compilers leave out.
@@ -52,20 +68,25 @@ layout() {
         END { print_entry() }' | c++filt | sort -u
 }
 
-write() {
+# write_to FOLDER KNOWN VERSION LIBRARY... OBJECT: KNOWN is the folder of what was written before.
+write_to() {
     local library name
     mkdir -p "$1"
-    for library in "${@:2:$#-2}"; do
+    for library in "${@:4:$#-4}"; do
         name=${library##*/}
-        symbols "$library" >"$1/${name%%.so*}.symbols"
+        name=${name%%.so*}.symbols
+        symbols "$library" "$3" "$2/$name" >"$1/$name.new"
+        mv "$1/$name.new" "$1/$name"
     done
     layout "${!#}" >"$1/classes.layout"
 }
 
+write() { write_to "$1" "$@"; }
+
 compare() {
     now=$(mktemp -d)
     trap 'rm -rf "$now"' EXIT
-    write "$now" "${@:2}"
+    write_to "$now" "$@"
     diff -ru "$1" "$now" || {
         echo 'The binary interface changed. Where that is meant, ./dev abi writes it again.'
         exit 1
