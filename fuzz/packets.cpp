@@ -1,5 +1,6 @@
 #include "fuzz.h"
 
+#include "xmlaction.h"
 #include "xmlmessage.h"
 #include "xmlpacket.h"
 
@@ -8,13 +9,16 @@
 
 #include <algorithm>
 #include <iterator>
+#include <memory>
 
-// Calls on packets, each made twice: on a packet that is left alone afterwards, and on one that has
-// to build its document after every call. Nobody may see a difference.
+// Calls on packets and on actions that share elements with them, each made twice: on objects that
+// are left alone afterwards, and on objects that have to build their elements after every call.
+// Nobody may see a difference.
 
 namespace {
 
 constexpr unsigned PACKETS = 3;
+constexpr unsigned ACTIONS = 2;
 constexpr unsigned MAX_LINES = 12;
 constexpr int IDS[] = { 0, 1, 7, -1 };
 constexpr PACKETDATATYPES TYPES[] = { PACKETDATATYPE_JOB, PACKETDATATYPE_OUTPUT,
@@ -37,8 +41,17 @@ struct ServerItem : TextItem
     bool isCurrent = false;
 };
 
+void build(XMLPacket &packet)
+{
+    XMLMessage nothing;
+    nothing.setNode(QDomElement());
+    packet.appendV(nothing);  // which appends nothing, to a body
+}
+
 struct Twice
 {
+    Twice() { build(eager); }
+
     void append(ServerItem item)
     {
         lazy.appendV(item, item.isCurrent);
@@ -49,12 +62,13 @@ struct Twice
     XMLPacket eager;
 };
 
-void build(XMLPacket &packet)
+struct ActionTwice
 {
-    XMLMessage nothing;
-    nothing.setNode(QDomElement());
-    packet.appendV(nothing);  // which appends nothing, to a body
-}
+    ActionTwice() { eager.getNodeConst(); }
+
+    XMLAction lazy;
+    XMLAction eager;
+};
 
 QByteArray written(const XMLPacket &packet)
 {
@@ -71,27 +85,51 @@ QByteArray sorted(QByteArray bytes)
 }
 
 // QtXml writes attributes in any order.
+QByteArray sortedText(const QDomDocument &document)
+{
+    QString text;
+    QTextStream stream(&text, QIODevice::WriteOnly);
+    stream << document;
+    return sorted(text.toUtf8());
+}
+
 void compareWithQtXml(XMLPacket &packet)
 {
     XMLMessage last;
-    QString text;
-    QTextStream stream(&text, QIODevice::WriteOnly);
-    stream << packet.append(last).ownerDocument();
-    require(sorted(written(packet)) == sorted(text.toUtf8()), "QtXml writes the same");
+    const QDomDocument document = packet.append(last).ownerDocument();
+    require(sorted(written(packet)) == sortedText(document), "QtXml writes the same");
+}
+
+// Builds the element of the action.
+void look(const ActionTwice &action)
+{
+    const QDomElement &lazy = action.lazy.getNodeConst();
+    const QDomElement &eager = action.eager.getNodeConst();
+    require(areSame(lazy, eager), "same element");
+    require(lazy.parentNode().nodeName() == eager.parentNode().nodeName(), "same parent");
+    const QByteArray document = sortedText(eager.ownerDocument());
+    require(sortedText(lazy.ownerDocument()) == document, "same document around the element");
 }
 
 class World : public Program
 {
 public:
-    using Program::Program;
+    World(const uint8_t *data, size_t size) : Program(data, size)
+    {
+        std::generate_n(m_packets, PACKETS, std::make_unique<Twice>);
+        std::generate_n(m_actions, ACTIONS, std::make_unique<ActionTwice>);
+    }
 
     void finish()
     {
-        for (Twice &each : m_packets) {
+        for (const auto &each : m_packets) {
             XMLPacket copy;
-            copy = each.lazy;
-            require(copy == each.lazy && copy == each.eager, "a copy is equal, built or not");
+            copy = each->lazy;
+            require(copy == each->lazy && copy == each->eager, "a copy is equal, built or not");
             compareWithQtXml(copy);
+        }
+        for (const auto &action : m_actions) {
+            look(*action);
         }
     }
 
@@ -102,12 +140,17 @@ private:
         static constexpr Step STEPS[] = { &World::setID, &World::appendServerItem,
             &World::appendServerItem, &World::appendBuilt, &World::copy, &World::clear,
             &World::compare, &World::compareAlmostSame, &World::compareAlmostSame,
-            &World::changeNode };
+            &World::changeNode, &World::appendMessage, &World::compareActions,
+            &World::replacePacket, &World::replaceAction, &World::changeAction,
+            &World::changeAction, &World::appendAction, &World::appendAction,
+            &World::lookAtAction };
         const Step next = bytes.oneOf(STEPS);
-        Twice &packet = m_packets[bytes.below(PACKETS)];
-        (this->*next)(packet, m_packets[bytes.below(PACKETS)]);
-        build(packet.eager);
-        check(packet.lazy, packet.eager);
+        const unsigned packet = bytes.below(PACKETS);
+        (this->*next)(*m_packets[packet], *m_packets[bytes.below(PACKETS)]);
+        for (const auto &each : m_packets) {
+            build(each->eager);
+            check(each->lazy, each->eager);
+        }
     }
 
     static void check(const XMLPacket &lazy, const XMLPacket &eager)
@@ -162,6 +205,71 @@ private:
         XMLMessage message(bytes.text(8));
         packet.lazy.append(message);
         packet.eager.appendV(message);
+    }
+
+    // What is not built until somebody looks at it.
+    void appendMessage(Twice &packet, Twice &)
+    {
+        const QString text = bytes.text(8);
+        XMLMessage message(text);
+        XMLMessage built(text);
+        packet.lazy.appendV(message);
+        packet.eager.appendV(built);
+    }
+
+    ActionTwice &action() { return *m_actions[bytes.below(ACTIONS)]; }
+
+    void appendAction(Twice &packet, Twice &)
+    {
+        ActionTwice &appended = action();
+        packet.lazy.appendV(appended.lazy);
+        packet.eager.appendV(appended.eager);
+    }
+
+    void change(ActionTwice &changed)
+    {
+        const unsigned change = bytes.below(4);
+        const QString text = bytes.text(4);
+        for (XMLAction *each : { &changed.lazy, &changed.eager }) {
+            if (change == 0) {
+                each->setName(text);
+            } else if (change == 1) {
+                each->setType(int(text.size()));
+            } else if (change == 2) {
+                each->setOriginator(int(text.size()));
+            } else {
+                each->setOrgName(text);  // a child
+            }
+        }
+    }
+
+    void changeAction(Twice &, Twice &) { change(action()); }
+    void lookAtAction(Twice &, Twice &) { look(action()); }
+
+    // Objects that share elements with what is replaced live on.
+    void replacePacket(Twice &, Twice &)
+    {
+        m_packets[bytes.below(PACKETS)] = std::make_unique<Twice>();
+    }
+
+    void replaceAction(Twice &, Twice &)
+    {
+        m_actions[bytes.below(ACTIONS)] = std::make_unique<ActionTwice>();
+    }
+
+    // Two actions with attributes in any order.
+    void compareActions(Twice &, Twice &)
+    {
+        ActionTwice actions[2];
+        Twice packets[2];
+        for (int i = 0; i < 2; ++i) {
+            change(actions[i]);
+            change(actions[i]);
+            packets[i].lazy.appendV(actions[i].lazy);
+            packets[i].eager.appendV(actions[i].eager);
+            build(packets[i].eager);
+        }
+        compare(packets[0], packets[1]);
     }
 
     void copy(Twice &to, Twice &from)
@@ -254,7 +362,8 @@ private:
         }
     }
 
-    Twice m_packets[PACKETS];
+    std::unique_ptr<Twice> m_packets[PACKETS];
+    std::unique_ptr<ActionTwice> m_actions[ACTIONS];
 };
 
 }  // namespace

@@ -9,6 +9,17 @@
 #include <QString>
 
 #include <list>
+#include <memory>
+
+class XMLAction;
+class XMLImage;
+class XMLMessage;
+class XMLPacket;
+class XMLUI;
+
+namespace TQXmlInternal {
+class Draft;
+}
 
 /// Base of everything that is held as XML. An object owns one element of a known kind, in a
 /// document of its own. The class also has the static functions with which all kinds read and write
@@ -204,10 +215,28 @@ protected:
 private:
     friend class XMLPacket;  // moves elements of other objects into its body
 
+    // Those whose attributes are set without building the element.
+    friend class XMLAction;
+    friend class XMLImage;
+    friend class XMLMessage;
+    friend class XMLUI;
+
+    // Changes nothing if the name or the value is empty.
+    void setOwnAttribute(const QString &name, const QString &value);
+    QDomDocument &ownDocument() const;
+    TQXmlInternal::Draft takeDraft() const;
+    void leaveHolder();
+
+    // The element is in one of three states: a draft of its own; a draft in an unbuilt packet,
+    // which is m_holder; or built.
     const XMLOBJECT_TYPE m_type;
+    int m_place = 0;  // in the body of m_holder
+    XMLPacket *m_holder = nullptr;
+    mutable std::unique_ptr<TQXmlInternal::Draft> m_draft;  // null if it has no attributes
     mutable QDomDocument m_document;  // the object's own; null until first used
     mutable QDomElement m_element;
     QDomDocument m_owner;  // of m_element, if not m_document: a node does not own its document
+    mutable bool m_isBuilt = false;
 };
 
 #endif

@@ -18,7 +18,7 @@ class XMLRouter;
 class XMLUI;
 
 namespace TQXmlInternal {
-class PacketItem;
+class BodyItem;
 class XmlWriter;
 }
 
@@ -26,8 +26,10 @@ class XmlWriter;
 /// a body that holds any number of items.
 ///
 /// The document is built when somebody asks for one of its nodes: by getNodesOfType(), by append(),
-/// or by appendV() of anything but a server item. Until then a packet holds only ids and the packet
-/// text of its items. All other functions work without a document.
+/// or by appendV() of an item that is built itself, because it has children or was looked at. It
+/// is also built when an item that was appended by appendV() is used again or outlives the packet.
+/// Until then a packet holds only ids, the packet text of server items, and the attributes of other
+/// items. All other functions work without a document.
 ///
 /// A packet belongs to its creator until XMLRouter::send() takes it over, and to the receiving
 /// agent from receive() on. What XMLObject offers on the object's own element (getNode(),
@@ -78,7 +80,8 @@ public:
 
     /// @{
     /// Move the item's own element to the end of the body. Item and packet then share the element;
-    /// either may be deleted first. An element that contains the body is not moved.
+    /// either may be deleted first, in the same thread. An element that contains the body is not
+    /// moved.
     void appendV(XMLPacketable &item);
     void appendV(XMLAction &item);
     void appendV(XMLUI &item);
@@ -111,6 +114,7 @@ public:
     /// @}
 
 private:
+    friend class XMLObject;  // shares the element of an object that was appended
     friend class XMLRouter;  // marks what it has taken over
 
     // The document and its elements, once somebody has asked for a node.
@@ -121,13 +125,15 @@ private:
     bool showsDestination() const;
     QDomElement appendCopy(const XMLObject &item);
     void appendMoved(XMLObject &item);
+    void forgetObject(int place);
+    void releaseObjects();
     void writeUnbuilt(TQXmlInternal::XmlWriter &writer) const;
 
+    bool m_isTaken = false;  // by a router; false while the packet is an agent's
     std::optional<int> m_source;  // the ids, while there is no tree
     std::optional<int> m_destination;
-    mutable std::vector<TQXmlInternal::PacketItem> m_items;  // of the body
+    mutable std::vector<TQXmlInternal::BodyItem> m_items;  // of the body
     mutable std::unique_ptr<Tree> m_tree;  // null until built; then it holds everything
-    bool m_isTaken = false;  // by a router; false while the packet is an agent's
 };
 
 #endif

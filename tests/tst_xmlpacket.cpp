@@ -47,6 +47,7 @@ class tst_XMLPacket : public QObject
 private Q_SLOTS:
     void anItemIsCopiedByAppendAndMovedByAppendV();
     void aMovedItemAndItsPacketOutliveEachOther();
+    void anItemThatTakesOtherDataLeavesItsPacketAlone();
     void idsAreKeptAndCount();
     void serverItemsAreConverted();
     void aPacketThatItsBodyLiesInIsNotMoved();
@@ -94,6 +95,20 @@ void tst_XMLPacket::aMovedItemAndItsPacketOutliveEachOther()
     std::list<QDomNode> nodes;
     QCOMPARE(second.getNodesOfType(XMLObject::XMLOBJECT_UI, nodes), 1);
     QCOMPARE(xmlOf(nodes.back()), str("<ui name='start'/>"));
+}
+
+void tst_XMLPacket::anItemThatTakesOtherDataLeavesItsPacketAlone()
+{
+    XMLPacketable item;
+    XMLPacket packet;
+    packet.appendV(item);
+    XMLPacketable other;
+    other.setName(str("p. 12"));
+    item.setData(other.getNodeConst());
+    std::list<QDomNode> nodes;
+    QCOMPARE(packet.getNodesOfType(XMLObject::XMLOBJECT_PACKETABLE, nodes), 1);
+    QCOMPARE(xmlOf(nodes.front()), str("<packetable/>"));
+    QCOMPARE(item.getName(), str("p. 12"));
 }
 
 void tst_XMLPacket::idsAreKeptAndCount()

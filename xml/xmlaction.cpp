@@ -1,6 +1,7 @@
 #include "xmlaction.h"
 
 #include "packetitem_p.h"
+#include "text_p.h"
 #include "xmlpacketable.h"
 
 #include <QScopeGuard>
@@ -8,6 +9,8 @@
 
 #include <cstdio>
 #include <type_traits>
+
+using namespace TQXmlInternal;
 
 namespace {
 
@@ -140,11 +143,14 @@ bool XMLAction::hasSortAscending() const { return has(element(), SORT_ASCENDING)
 bool XMLAction::getSortAscending() const { return get(element(), SORT_ASCENDING); }
 
 void XMLAction::setName(QDomElement &e, const QString &name) { setAttribute(e, NAME, name); }
-void XMLAction::setName(const QString &name) { setName(element(), name); }
+void XMLAction::setName(const QString &name) { setOwnAttribute(NAME, name); }
 QString XMLAction::getName() const { return getAttribute(element(), NAME); }
-void XMLAction::setType(int type) { setAttribute(element(), TYPE, type); }
+void XMLAction::setType(int type) { setOwnAttribute(TYPE, numberText(type, 10)); }
 int XMLAction::getType() const { return getAttributeInt(element(), TYPE); }
-void XMLAction::setOriginator(int originator) { setAttribute(element(), ORIGINATOR, originator); }
+void XMLAction::setOriginator(int originator)
+{
+    setOwnAttribute(ORIGINATOR, numberText(originator, 10));
+}
 int XMLAction::getOriginator() const { return getAttributeInt(element(), ORIGINATOR); }
 
 void XMLAction::setOrgName(QDomElement &e, const QString &orgName)
@@ -268,7 +274,7 @@ QDomElement XMLAction::append(TQPacketable &item)
     if (element().isNull()) {
         return QDomElement();
     }
-    return TQXmlInternal::PacketItem(item, false).appendTo(element());
+    return PacketItem(item, false).appendTo(element());
 }
 
 QDomElement XMLAction::append(XMLPacketable &item)

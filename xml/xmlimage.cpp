@@ -13,7 +13,7 @@ XMLImage::XMLImage(const QString &name) : XMLImage() { setName(name); }
 
 XMLImage::~XMLImage() = default;
 
-void XMLImage::setURL(const QString &url) { setAttribute(element(), URL, url); }
+void XMLImage::setURL(const QString &url) { setOwnAttribute(URL, url); }
 QString XMLImage::getURL() const { return getAttribute(element(), URL); }
-void XMLImage::setName(const QString &name) { setAttribute(element(), NAME, name); }
+void XMLImage::setName(const QString &name) { setOwnAttribute(NAME, name); }
 QString XMLImage::getName() const { return getAttribute(element(), NAME); }

@@ -12,5 +12,5 @@ XMLMessage::XMLMessage(const QString &text) : XMLMessage() { setMessage(text); }
 
 XMLMessage::~XMLMessage() = default;
 
-void XMLMessage::setMessage(const QString &text) { setAttribute(element(), MESSAGE, text); }
+void XMLMessage::setMessage(const QString &text) { setOwnAttribute(MESSAGE, text); }
 QString XMLMessage::getMessage() const { return getAttribute(element(), MESSAGE); }

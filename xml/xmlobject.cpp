@@ -1,7 +1,9 @@
 #include "xmlobject.h"
 
 #include "domtree_p.h"
+#include "draft_p.h"
 #include "text_p.h"
+#include "xmlpacket.h"
 
 #include <iterator>
 
@@ -13,9 +15,10 @@ const QString XMLObject::NUMLIST_SEP = QStringLiteral(" ");
 namespace {
 
 // Element names by kind.
-constexpr const char *ROOT_NAMES[] = { "tqxml", "packetable", "action", "ui", "img", "msg" };
-constexpr char NO_ROOT_NAME[] = "nobody";
-constexpr char DUMMY_ROOT_NAME[] = "dummydoc";
+const QString ROOT_NAMES[] = { QStringLiteral("tqxml"), QStringLiteral("packetable"),
+    QStringLiteral("action"), QStringLiteral("ui"), QStringLiteral("img"), QStringLiteral("msg") };
+const QString NO_ROOT_NAME = QStringLiteral("nobody");
+const QString DUMMY_ROOT_NAME = QStringLiteral("dummydoc");
 
 // Significant digits of a stored double.
 constexpr int PROPERTY_DIGITS = 6;
@@ -84,35 +87,72 @@ QList<T> propertyList(const QDomElement &e, const QString &name, int base)
 
 }  // namespace
 
-XMLObject::XMLObject(XMLOBJECT_TYPE type) : m_type(type)
+XMLObject::XMLObject(XMLOBJECT_TYPE type) : m_type(type) {}
+
+XMLObject::~XMLObject() { leaveHolder(); }
+
+void XMLObject::leaveHolder()
 {
-    if (type != XMLOBJECT_PACKET) {  // which has its own document and rarely needs this one
-        element();
+    if (m_holder) {
+        m_holder->forgetObject(m_place);
+        m_holder = nullptr;
     }
 }
 
-XMLObject::~XMLObject() = default;
+QDomDocument &XMLObject::ownDocument() const
+{
+    if (m_document.isNull()) {
+        m_document = createDocument(QString(), DUMMY_ROOT_NAME);
+    }
+    return m_document;
+}
 
 QDomElement &XMLObject::element() const
 {
-    if (m_document.isNull()) {
-        m_document = createDocument(QString(), QLatin1String(DUMMY_ROOT_NAME));
-        QDomElement root = m_document.documentElement();
-        m_element = createElement(root, rootNodeName());
+    if (m_holder) {
+        m_holder->tree();  // which sets the element
+    } else if (!m_isBuilt) {
+        QDomElement root = ownDocument().documentElement();
+        m_element = takeDraft().appendTo(root);
+        m_isBuilt = true;
     }
     return m_element;
 }
 
+Draft XMLObject::takeDraft() const
+{
+    if (!m_draft) {
+        return Draft(rootNodeName());
+    }
+    Draft draft = std::move(*m_draft);
+    m_draft.reset();
+    return draft;
+}
+
+void XMLObject::setOwnAttribute(const QString &name, const QString &value)
+{
+    if (m_isBuilt || m_holder) {
+        setAttribute(element(), name, value);
+    } else if (!name.isEmpty() && !value.isEmpty()) {
+        if (!m_draft) {
+            m_draft = std::make_unique<Draft>(rootNodeName());
+        }
+        m_draft->setAttribute(name, value);
+    }
+}
+
 void XMLObject::setElement(const QDomElement &e)
 {
+    leaveHolder();
+    m_isBuilt = true;
     m_element = e;
     m_owner = e.ownerDocument();
 }
 
 void XMLObject::setNode(const QDomElement &e)
 {
-    element();  // makes m_document
-    setElement(m_document.importNode(withinDepth(e), true).toElement());
+    element();
+    setElement(ownDocument().importNode(withinDepth(e), true).toElement());
 }
 
 QDomElement XMLObject::getNode() const
@@ -125,7 +165,7 @@ const QDomElement &XMLObject::getNodeConst() const { return element(); }
 QString XMLObject::rootNodeName(XMLOBJECT_TYPE type)
 {
     const bool known = type >= 0 && size_t(type) < std::size(ROOT_NAMES);
-    return QLatin1String(known ? ROOT_NAMES[type] : NO_ROOT_NAME);
+    return known ? ROOT_NAMES[type] : NO_ROOT_NAME;
 }
 
 QString XMLObject::rootNodeName() const { return rootNodeName(m_type); }

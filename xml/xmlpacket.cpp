@@ -1,7 +1,7 @@
 #include "xmlpacket.h"
 
 #include "domtree_p.h"
-#include "packetitem_p.h"
+#include "draft_p.h"
 #include "text_p.h"
 #include "xmlaction.h"
 #include "xmlimage.h"
@@ -12,6 +12,7 @@
 
 #include <QFile>
 
+#include <algorithm>
 #include <cstdio>
 
 using namespace TQXmlInternal;
@@ -42,10 +43,22 @@ struct XMLPacket::Tree
 
 XMLPacket::XMLPacket() : XMLObject(XMLOBJECT_PACKET) {}
 
-XMLPacket::~XMLPacket() = default;
+XMLPacket::~XMLPacket() { releaseObjects(); }
+
+// Objects that share an element with this packet keep its document.
+void XMLPacket::releaseObjects()
+{
+    const auto hasObject = [](const BodyItem &item) { return item.object() != nullptr; };
+    if (std::any_of(m_items.begin(), m_items.end(), hasObject)) {
+        tree();
+    }
+}
+
+void XMLPacket::forgetObject(int place) { m_items[size_t(place)].forgetObject(); }
 
 void XMLPacket::init(const XMLPacket *other)
 {
+    releaseObjects();
     if (other && other->m_tree) {
         auto copy = std::make_unique<Tree>();
         copy->document = withinDepth(other->m_tree->document).cloneNode(true).toDocument();
@@ -60,7 +73,7 @@ void XMLPacket::init(const XMLPacket *other)
     }
     m_source = other ? other->m_source : std::nullopt;
     m_destination = other ? other->m_destination : std::nullopt;
-    m_items = other ? std::vector<PacketItem>(other->m_items) : std::vector<PacketItem>();
+    m_items = other ? std::vector<BodyItem>(other->m_items) : std::vector<BodyItem>();
     m_tree.reset();
 }
 
@@ -82,10 +95,13 @@ XMLPacket::Tree &XMLPacket::tree() const
     if (m_destination) {
         setAttribute(tree->destination, AGENT_ID, *m_destination);
     }
-    for (const PacketItem &item : m_items) {
-        item.appendTo(tree->body);
+    for (const BodyItem &item : m_items) {
+        const QDomElement e = item.appendTo(tree->body);
+        if (item.object()) {
+            item.object()->setElement(e);
+        }
     }
-    std::vector<PacketItem>().swap(m_items);
+    std::vector<BodyItem>().swap(m_items);
     m_tree = std::move(tree);
     return *m_tree;
 }
@@ -153,8 +169,12 @@ bool XMLPacket::isEmpty() const { return m_tree ? !m_tree->body.hasChildNodes() 
 
 bool XMLPacket::hasNodesOfType(XMLOBJECT_TYPE t) const
 {
-    return m_tree ? XMLObject::hasNodesOfType(m_tree->body, t)
-                  : t == XMLOBJECT_PACKETABLE && !m_items.empty();
+    if (m_tree) {
+        return XMLObject::hasNodesOfType(m_tree->body, t);
+    }
+    const QString name = rootNodeName(t);
+    return std::any_of(m_items.begin(), m_items.end(),
+        [&name](const BodyItem &item) { return item.name() == name; });
 }
 
 int XMLPacket::getNodesOfType(XMLOBJECT_TYPE t, std::list<QDomNode> &out) const
@@ -173,6 +193,14 @@ QDomElement XMLPacket::appendCopy(const XMLObject &item)
 
 void XMLPacket::appendMoved(XMLObject &item)
 {
+    if (!m_tree && !item.m_isBuilt && !item.m_holder) {
+        item.m_holder = this;
+        item.m_place = int(m_items.size());
+        Draft draft = item.takeDraft();
+        draft.setObject(&item);
+        m_items.emplace_back(std::move(draft));
+        return;
+    }
     QDomElement &body = tree().body;
     const QDomElement moved = item.getNodeConst();
     if (body.isNull() || moved.isNull() || isWithin(body, moved)) {
@@ -205,7 +233,7 @@ void XMLPacket::appendV(TQPacketable &p, bool current)
     if (m_tree) {
         append(p, current);
     } else {
-        m_items.emplace_back(p, current);
+        m_items.emplace_back(PacketItem(p, current));
     }
 }
 
@@ -239,7 +267,7 @@ void XMLPacket::writeUnbuilt(XmlWriter &writer) const
     writeID(DESTINATION, m_destination);
     writer.closeElement(HEADER);
     writer.openElement(BODY);
-    for (const PacketItem &item : m_items) {
+    for (const BodyItem &item : m_items) {
         item.write(writer);
     }
     writer.closeElement(BODY);

@@ -38,7 +38,7 @@ XMLUI::XMLUI(const QString &name) : XMLUI() { setName(name); }
 
 XMLUI::~XMLUI() = default;
 
-void XMLUI::setName(const QString &name) { setAttribute(element(), NAME, name); }
+void XMLUI::setName(const QString &name) { setOwnAttribute(NAME, name); }
 QString XMLUI::getName() const { return getAttribute(element(), NAME); }
 
 QDomElement XMLUI::append(XMLAction &action)
