@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <tuple>
-#include <utility>
 #include <vector>
 
 namespace TQXmlInternal {
@@ -203,6 +202,24 @@ bool sameNode(const QDomNode &a, const QDomNode &b, QString &likely)
     return a.hasAttributes() ? sameAttributes(a, b, likely) : !b.hasAttributes();
 }
 
+// Children of two nodes that are compared. Every copy of a node costs two atomic operations.
+struct Level
+{
+    Level(const QDomNode &parentA, const QDomNode &parentB)
+        : a(parentA.firstChild()), b(parentB.firstChild())
+    {
+    }
+
+    void step()
+    {
+        a = a.nextSibling();
+        b = b.nextSibling();
+    }
+
+    QDomNode a;
+    QDomNode b;
+};
+
 }  // namespace
 
 QDomNode withinDepth(const QDomNode &node)
@@ -275,29 +292,29 @@ QStringList attributeTexts(const QDomElement &e)
 
 bool sameDocument(const QDomDocument &a, const QDomDocument &b)
 {
-    // The nodes that come next in both documents, on each level down to where the walk is.
-    std::vector<std::pair<QDomNode, QDomNode>> levels;
+    std::vector<Level> levels;  // down to where the walk is
     levels.reserve(USUAL_DEPTH);
-    levels.emplace_back(a.firstChild(), b.firstChild());
+    levels.emplace_back(a, b);
     QString likely;
     while (!levels.empty()) {
-        auto &[nodeA, nodeB] = levels.back();
-        if (!sameTexts(nodeA, nodeB) || nodeA.isNull() != nodeB.isNull()) {
+        Level &level = levels.back();
+        if (!sameTexts(level.a, level.b) || level.a.isNull() != level.b.isNull()) {
             return false;
         }
-        if (nodeA.isNull()) {
+        if (level.a.isNull()) {
             levels.pop_back();
+            if (!levels.empty()) {
+                levels.back().step();
+            }
             continue;
         }
-        if (!sameNode(nodeA, nodeB, likely)) {
+        if (!sameNode(level.a, level.b, likely)) {
             return false;
         }
-        const QDomNode childA = nodeA.firstChild();
-        const QDomNode childB = nodeB.firstChild();
-        nodeA = nodeA.nextSibling();
-        nodeB = nodeB.nextSibling();
-        if (!childA.isNull() || !childB.isNull()) {
-            levels.emplace_back(childA, childB);
+        if (level.a.hasChildNodes() || level.b.hasChildNodes()) {
+            levels.emplace_back(level.a, level.b);
+        } else {
+            level.step();
         }
     }
     return true;
