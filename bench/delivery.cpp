@@ -41,13 +41,19 @@ public:
     void receive(XMLPacket *packet) override { delete packet; }
 };
 
-// Makes packets each of which differs from the one before, every time in another place.
+// In what a packet differs from the one before.
+enum Difference { Destination, Source, ItemCount, Key, Name, EndOfText };
+
+// Makes packets with the differences from first to last, in turn.
 class Variety
 {
 public:
+    Variety(Difference first, Difference last) : m_first(first), m_count(last - first + 1) {}
+
     std::unique_ptr<XMLPacket> next(const XMLAgent &one, const XMLAgent &other)
     {
-        change(m_made++);
+        change(Difference(m_first + m_made % m_count));
+        ++m_made;
         const XMLAgent &source = m_isSwapped ? other : one;
         std::unique_ptr<XMLPacket> packet(source.getXMLPacket(m_destination));
         for (int i = 0; i < m_items; ++i) {
@@ -57,28 +63,33 @@ public:
     }
 
 private:
-    void change(int made)
+    void change(Difference difference)
     {
-        switch (made % 5) {
-        case 0:
+        switch (difference) {
+        case Destination:
             m_destination = 3 - m_destination;
             break;
-        case 1:
+        case Source:
             m_isSwapped = !m_isSwapped;
             break;
-        case 2:
+        case ItemCount:
             m_items = 3 - m_items;
             break;
-        case 3:
+        case Key:
             ++m_item->dbkey.key;
             break;
-        case 4:
-            m_item->setName(std::to_string(made).c_str());
+        case Name:
+            m_item->setName(std::to_string(m_made).c_str());
+            break;
+        case EndOfText:
+            m_item->text = Item::textEndingWith(std::to_string(m_made));
             break;
         }
     }
 
-    std::unique_ptr<TQPacketable> m_item = Item::serverItem();
+    const Difference m_first;
+    const int m_count;
+    std::unique_ptr<TextItem> m_item = Item::serverItem();
     int m_destination = 1;
     int m_items = 1;
     bool m_isSwapped = false;
@@ -93,7 +104,7 @@ struct Traffic
     Variety variety;
     std::vector<std::unique_ptr<XMLPacket>> packets;
 
-    Traffic()
+    Traffic(Difference first, Difference last) : variety(first, last)
     {
         for (Sink &sink : sinks) {
             router.add(&sink);
@@ -118,10 +129,10 @@ struct Traffic
     }
 };
 
-Figure::Make sendAndDeliver(int count)
+Figure::Make sendAndDeliver(int count, Difference first = Destination, Difference last = Name)
 {
-    return [count] {
-        auto traffic = std::make_shared<Traffic>();
+    return [count, first, last] {
+        auto traffic = std::make_shared<Traffic>(first, last);
         return Measured([traffic] { traffic->run(); }, [traffic, count] { traffic->make(count); });
     };
 }
@@ -251,6 +262,7 @@ Measured buildBurst()
 {
     return [texts = messageTexts()] {
         std::vector<HandmadePacket> packets;
+        packets.reserve(size_t(texts.size()));
         for (const QString &text : texts) {
             packets.emplace_back(1, 1);
             packets.back().append(QStringLiteral("msg")).setAttribute(QStringLiteral("msg"), text);
@@ -381,6 +393,7 @@ Figure::Make queue(bool withItem)
 
 const Register FIGURES = {
     { "send_deliver", sendAndDeliver(QUEUE), postAndDeliver },
+    { "send_deliver_texts", sendAndDeliver(QUEUE, EndOfText, EndOfText), postAndDeliver },
     { "packet_life", liveWithAction, buildWithAction },
     { "packet_life_empty", liveEmpty, postAndDeliver },
     { "burst", burst, buildBurst },

@@ -115,7 +115,7 @@ Measured compareTexts()
     return [a, b] { keep(*a == *b); };
 }
 
-// A packet of many small items; only the length counts here.
+// A packet of many small items, with its document; only the length counts here.
 Packet packetOf(int messages, int destination, const QString &first)
 {
     auto packet = std::make_shared<XMLPacket>();
@@ -125,6 +125,8 @@ Packet packetOf(int messages, int destination, const QString &first)
         XMLMessage message(i == 0 ? first : QStringLiteral("done"));
         packet->appendV(message);
     }
+    std::list<QDomNode> nodes;
+    packet->getNodesOfType(XMLObject::XMLOBJECT_MSG, nodes);
     return packet;
 }
 

@@ -175,6 +175,13 @@ qint64 readAttributes(const QDomElement &e, const QString &name, const Names &na
 
 QByteArray Item::text(int items) { return oneItem().repeated(items); }
 
+std::string Item::textEndingWith(const std::string &value)
+{
+    const std::string whole = text().toStdString();
+    const std::string end = "TI 0\n";
+    return whole.substr(0, whole.size() - end.size()) + "1 " + value + '\n' + end;
+}
+
 void Item::build(QDomDocument &document, QDomElement &parent)
 {
     static const Names names;
@@ -222,7 +229,7 @@ Item::Form Item::formOf(unsigned int tag)
     return OTHERS[tag - std::size(SIMPLE) - 1];
 }
 
-std::unique_ptr<TQPacketable> Item::serverItem()
+std::unique_ptr<TextItem> Item::serverItem()
 {
     return std::make_unique<TextItem>(text().toStdString());
 }

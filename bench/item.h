@@ -5,8 +5,9 @@
 #include <QDomDocument>
 
 #include <memory>
+#include <string>
 
-class TQPacketable;
+class TextItem;
 
 // The mixed item that the figures are about: 12 simple values, 3 keys, 2 number arrays of 8, a
 // string array of 4, 200 bytes of binary data and a list of two items of 3 fields.
@@ -14,6 +15,9 @@ namespace Item {
 
 // Packet text of that many such items, one after the other.
 QByteArray text(int items = 1);
+
+// Packet text of one item with a further simple value at its end.
+std::string textEndingWith(const std::string &value);
 
 // Builds the same tree below parent, with direct QtXml calls, from UTF-8 values.
 void build(QDomDocument &document, QDomElement &parent);
@@ -26,7 +30,7 @@ enum Form { Simple, Key, Numbers, Strings, Binary };
 Form formOf(unsigned int tag);
 
 // A server item that writes that text.
-std::unique_ptr<TQPacketable> serverItem();
+std::unique_ptr<TextItem> serverItem();
 
 // Reads every name, attribute and text of the items below the node and returns how many characters
 // they are.

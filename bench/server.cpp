@@ -156,16 +156,16 @@ ArchiveNode *TQCommServer::getArchiveNode(
 }
 const char *TQCommServer::errorText() const { return ""; }
 
-TextItem::TextItem(std::string text)
-    : TQPacketable(PACKETDATATYPES(BENCH_TYPE)), m_text(std::move(text))
+TextItem::TextItem(std::string packetText)
+    : TQPacketable(PACKETDATATYPES(BENCH_TYPE)), text(std::move(packetText))
 {
 }
 TextItem::~TextItem() = default;
 char *TextItem::toPacket(unsigned int &length) const
 {
-    char *buffer = static_cast<char *>(std::malloc(m_text.size() + 1));
-    std::memcpy(buffer, m_text.data(), m_text.size());
-    length = unsigned(m_text.size());
+    char *buffer = static_cast<char *>(std::malloc(text.size() + 1));
+    std::memcpy(buffer, text.data(), text.size());
+    length = unsigned(text.size());
     return buffer;
 }
 void TextItem::getReferences(int, TQDB_REFERENCE **head, int) { *head = readyReferences; }

@@ -18,13 +18,12 @@ constexpr unsigned int BENCH_TYPE = 0x30a;
 class TextItem : public TQPacketable
 {
 public:
-    explicit TextItem(std::string text);
+    explicit TextItem(std::string packetText);
     ~TextItem() override;
     char *toPacket(unsigned int &length) const override;
     void getReferences(int, TQDB_REFERENCE **head, int) override;
 
-private:
-    std::string m_text;
+    std::string text;
 };
 
 // What the next queries return, one list for each owner. The server functions do not free records;

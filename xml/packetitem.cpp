@@ -113,6 +113,9 @@ bool isSame(const PacketStep &a, const PacketStep &b)
     if (a.kind != PacketStep::AddField) {
         return a.value == b.value;
     }
+    if (a.field == b.field && a.value == b.value) {
+        return true;
+    }
     return a.field->name == b.field->name &&
         readField(a.field->form, a.value) == readField(b.field->form, b.value);
 }
