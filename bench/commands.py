@@ -17,7 +17,7 @@ from postgres import PostgresServer, Proxy
 FEW = 1000  # jobs
 MORE = 3000
 MANY = 1000000
-MEMORY = 4 << 30  # bytes that a program may take before it counts as failed
+MEMORY = 4 << 30  # bytes that a program may take; with more it fails
 MIB = 1 << 20
 PROFILES = "/usr/share/color/icc/*.icc"
 POSTGRES_JOBS = 10000
@@ -28,8 +28,12 @@ COUNTED = ("list_jobs_xml", "list_jobs_xml_over_stream", "list_jobs_growth", "in
            "import_icc")
 
 
-class TooMuch(Exception):
-    """A program ended with an error, mostly for want of memory."""
+class Failed(Exception):
+    """A measured program ended with an error."""
+
+    def __init__(self, command, status, errors):
+        lines = errors.strip().splitlines() or ["it said nothing"]
+        super().__init__(f"{' '.join(command)} ended with {status}: {lines[-1]}")
 
 
 class Commands:
@@ -45,12 +49,14 @@ class Commands:
         """The most memory that a program holds, in bytes."""
         def limit():
             resource.setrlimit(resource.RLIMIT_AS, (MEMORY, MEMORY))
-        with open(os.devnull, "wb") as null:
-            process = subprocess.Popen(command, stdout=null, stderr=null, preexec_fn=limit)
+        with tempfile.TemporaryFile("w+", errors="replace") as errors:
+            process = subprocess.Popen(command, stdout=subprocess.DEVNULL, stderr=errors,
+                                       preexec_fn=limit)
             _, status, usage = os.wait4(process.pid, 0)
             process.returncode = os.waitstatus_to_exitcode(status)
-        if process.returncode != 0:
-            raise TooMuch
+            if process.returncode != 0:
+                errors.seek(0)
+                raise Failed(command, process.returncode, errors.read())
         return usage.ru_maxrss * 1024
 
     def instructions(self, command, **options):
@@ -58,7 +64,7 @@ class Commands:
                               *command], stdout=subprocess.DEVNULL, stderr=subprocess.PIPE,
                              text=True, errors="replace", check=False, **options)
         if run.returncode != 0:
-            raise TooMuch
+            raise Failed(command, run.returncode, run.stderr)
         return int(re.search(r"Collected : (\d+)", run.stderr).group(1))
 
     def per_job(self, make_command, few=FEW, more=MORE):
