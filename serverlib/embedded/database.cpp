@@ -1,53 +1,24 @@
-// What all stores have in common: the QtSql connection, prepared statements, transactions, errors.
+// What all stores have in common: prepared statements, transactions, errors.
 
 #include "database_p.h"
 
 #include <QCoreApplication>
 #include <QRegularExpression>
-#include <QSqlError>
-
-#include <atomic>
 
 namespace TQServerInternal {
 
 bool Database::open(bool create)
 {
-    close();
+    disconnect();
     m_error.clear();
+    m_isSuspect = false;
     if (!QCoreApplication::instance()) {
         return fail(QStringLiteral("a database needs a QCoreApplication"));
-    }
-    const QLatin1String driver(dialect().driver);
-    if (!QSqlDatabase::isDriverAvailable(driver)) {
-        return fail(QStringLiteral("Qt has no database driver %1").arg(driver));
     }
     return connect(create);
 }
 
-bool Database::openSql(const QString &databaseName)
-{
-    static std::atomic<int> connections { 0 };
-    m_connection = QStringLiteral("tqserver-%1").arg(++connections);
-    m_sql = QSqlDatabase::addDatabase(QLatin1String(dialect().driver), m_connection);
-    m_sql.setDatabaseName(databaseName);
-    m_sql.setHostName(m_address.host);
-    m_sql.setUserName(m_address.user);
-    m_sql.setConnectOptions(m_address.options);
-    m_isSuspect = !m_sql.open();
-    return !m_isSuspect || failed(m_sql.lastError());
-}
-
-void Database::close()
-{
-    if (m_connection.isNull()) {
-        return;
-    }
-    m_statements.clear();
-    m_sql = QSqlDatabase();
-    QSqlDatabase::removeDatabase(m_connection);
-    m_connection = QString();
-    m_watchdog.reset();
-}
+void Database::forgetStatements() { m_statements.clear(); }
 
 bool Database::hasSchema()
 {
@@ -64,50 +35,37 @@ bool Database::recover()
     return !m_isSuspect;
 }
 
-QSqlQuery *Database::run(const QString &text, const QVariantList &values)
+Statement *Database::run(const QString &text, const QVariantList &values)
 {
-    const Watchdog::Wait wait(m_watchdog.get());
     auto found = m_statements.find(text);
     if (found == m_statements.end()) {
-        Statement statement { QSqlQuery(m_sql), QStringLiteral("tq%1").arg(m_statements.size()) };
-        statement.query.setForwardOnly(true);
-        if (!prepareStatement(statement, text)) {
-            failed(statement.query.lastError());
-            return nullptr;
-        }
-        found = m_statements.emplace(text, std::move(statement)).first;
+        const QString name = QStringLiteral("tq%1").arg(m_statements.size());
+        found = m_statements.emplace(text, makeStatement(text, name)).first;
     }
-    QSqlQuery &query = found->second.query;
-    if (!runStatement(found->second, values)) {
-        failed(query.lastError());
-        query.finish();
+    Statement &statement = *found->second;
+    if (!statement.run(values)) {
+        failed(statement.error());
+        statement.finish();
         return nullptr;
     }
-    return &query;
+    return &statement;
 }
 
-bool Database::next(QSqlQuery &query)
+bool Database::finish(Statement &statement)
 {
-    const Watchdog::Wait wait(m_watchdog.get());
-    return query.next();
+    const QString error = statement.error();
+    statement.finish();  // an unfinished one keeps the store locked
+    return error.isEmpty() ? isTrustworthy() : failed(error);
 }
 
-bool Database::finish(QSqlQuery &query)
+std::optional<QVariant> Database::ask(const QString &text, const QVariantList &values)
 {
-    const Watchdog::Wait wait(m_watchdog.get());
-    const QSqlError error = query.lastError();
-    query.finish();  // an unfinished query keeps the store locked
-    return error.isValid() ? failed(error) : isTrustworthy();
-}
-
-std::optional<QVariant> Database::ask(const QString &statement, const QVariantList &values)
-{
-    QSqlQuery *query = run(statement, values);
-    if (!query) {
+    Statement *statement = run(text, values);
+    if (!statement) {
         return {};
     }
-    const QVariant value = next(*query) ? query->value(0) : QVariant();
-    return finish(*query) ? std::make_optional(value) : std::nullopt;
+    const QVariant value = statement->next() ? statement->value(0) : QVariant();
+    return finish(*statement) ? std::make_optional(value) : std::nullopt;
 }
 
 QVariant Database::valueOf(const QString &statement, const QVariantList &values)
@@ -115,11 +73,10 @@ QVariant Database::valueOf(const QString &statement, const QVariantList &values)
     return ask(statement, values).value_or(QVariant());
 }
 
-bool Database::execute(const QString &statement)
+bool Database::execute(const QString &text)
 {
-    const Watchdog::Wait wait(m_watchdog.get());
-    QSqlQuery query(m_sql);
-    return query.exec(statement) || failed(query.lastError());
+    const auto statement = makeStatement(text, QString());
+    return statement->run({}) || failed(statement->error());
 }
 
 bool Database::beginReading() { return execute(QLatin1String(dialect().beginReading)); }
@@ -133,7 +90,7 @@ bool Database::beginWriting()
 bool Database::commit()
 {
     for (auto &statement : m_statements) {
-        statement.second.query.finish();
+        statement.second->finish();
     }
     return execute(QStringLiteral("COMMIT"));
 }
@@ -141,9 +98,9 @@ bool Database::commit()
 void Database::rollback()
 {
     for (auto &statement : m_statements) {
-        statement.second.query.finish();
+        statement.second->finish();
     }
-    if (m_sql.isOpen()) {  // a lost connection has ended its transaction, too
+    if (isConnected()) {  // a lost connection has ended its transaction, too
         execute(QStringLiteral("ROLLBACK"));
     }
 }
@@ -159,17 +116,13 @@ bool Database::refuse(const QString &reason)
     return fail(QStringLiteral("%1: %2").arg(m_address.label, reason));
 }
 
-bool Database::failed(const QSqlError &error)
+bool Database::failed(const QString &message)
 {
     m_isSuspect = true;
-    if (m_watchdog && m_watchdog->hasBitten()) {
-        return refuse(noAnswer(m_watchdog->limit()));
-    }
-    return refuse(
-        causeOf(error.databaseText().isEmpty() ? error.driverText() : error.databaseText()));
+    return refuse(causeOf(message));
 }
 
-QString Database::numbered(const QString &statement, const char *prefix)
+QString Statement::numbered(const QString &statement, const char *prefix)
 {
     const QStringList parts = statement.split(QLatin1Char('?'));
     QString text = parts.first();

@@ -2,10 +2,7 @@
 #define DATABASE_P_H
 
 #include "storeaddress_p.h"
-#include "watchdog_p.h"
 
-#include <QSqlDatabase>
-#include <QSqlQuery>
 #include <QVariant>
 
 #include <map>
@@ -13,19 +10,44 @@
 #include <optional>
 #include <string>
 
-class QSqlError;
-
 namespace TQServerInternal {
 
-// A connection to a store: a QtSql connection of its own, and its statements, each prepared once.
-// What differs between the database systems is in the classes derived from it.
+// A statement of a connection, and the rows that it finds. It is prepared when it first runs.
+class Statement
+{
+public:
+    Statement() = default;
+    virtual ~Statement() = default;
+    Statement(const Statement &) = delete;
+    Statement &operator=(const Statement &) = delete;
+
+    // Runs it with the values in place of its "?". Rows that an earlier run has left are gone.
+    virtual bool run(const QVariantList &values) = 0;
+    // Goes to the next row, at first to the first; false at the end and on failure.
+    virtual bool next() = 0;
+    // Of the row.
+    virtual QVariant value(int column) const = 0;
+    // How many rows it has inserted, updated or deleted.
+    virtual int changedRows() const = 0;
+    // Releases what the run has left.
+    virtual void finish() = 0;
+    // What the database system says of the last failure; empty when there was none since run().
+    virtual QString error() const = 0;
+
+protected:
+    // The text with prefix and 1, 2 ... in place of its "?". Statements contain no other "?".
+    static QString numbered(const QString &text, const char *prefix);
+};
+
+// A connection to a store, and its statements, each prepared once. What differs between the
+// database systems is in the classes derived from it.
 //
 // It is for the thread that opened it. Several threads may each have databases of their own.
 class Database
 {
 public:
     explicit Database(const StoreAddress &address) : m_address(address) {}
-    virtual ~Database() { close(); }
+    virtual ~Database() = default;
     Database(const Database &) = delete;
     Database &operator=(const Database &) = delete;
 
@@ -40,19 +62,17 @@ public:
     const StoreAddress &address() const { return m_address; }
     const Dialect &dialect() const { return *m_address.dialect; }
 
-    // Runs a prepared statement; null when it fails. The query is the database's, valid until the
-    // statement runs again.
-    QSqlQuery *run(const QString &statement, const QVariantList &values = {});
-    // Goes to the next row of a query; false at the end and on failure.
-    bool next(QSqlQuery &query);
-    // Ends a query; false when it failed among its rows.
-    bool finish(QSqlQuery &query);
+    // Runs a prepared statement; null when it fails. It is the database's, and valid until it runs
+    // again.
+    Statement *run(const QString &text, const QVariantList &values = {});
+    // Ends a statement; false when it failed among its rows.
+    bool finish(Statement &statement);
     // The first column of the first row, null without a row; none when the statement failed.
-    std::optional<QVariant> ask(const QString &statement, const QVariantList &values = {});
+    std::optional<QVariant> ask(const QString &text, const QVariantList &values = {});
     // The same, and null when the statement failed.
-    QVariant valueOf(const QString &statement, const QVariantList &values = {});
-    // Runs a statement as it is.
-    bool execute(const QString &statement);
+    QVariant valueOf(const QString &text, const QVariantList &values = {});
+    // Runs a statement once.
+    bool execute(const QString &text);
 
     // A transaction whose queries all see one state of the store and hold no writer up.
     bool beginReading();
@@ -83,42 +103,32 @@ public:
     const Server &server() const { return m_server; }
 
 protected:
-    struct Statement
-    {
-        QSqlQuery query;
-        QString name;  // that a server knows it by
-    };
-
-    // Opens the connection, by openSql(), and sets the server, and the watchdog if there is one.
+    // Opens the connection and sets the server.
     virtual bool connect(bool create) = 0;
-    virtual bool prepareStatement(Statement &statement, const QString &text) = 0;
-    virtual bool runStatement(Statement &statement, const QVariantList &values) = 0;
+    // Ends the connection, if there is one, and its statements before. The destructor of the class
+    // that defines it calls it, too.
+    virtual void disconnect() = 0;
+    virtual bool isConnected() const = 0;
+    // The server may know the statement by the name, which is empty for one that runs once.
+    virtual std::unique_ptr<Statement> makeStatement(const QString &text, const QString &name) = 0;
     // Whether what a query has found may be believed.
     virtual bool isTrustworthy() { return true; }
 
-    // Opens the QtSql connection with the address's options.
-    bool openSql(const QString &databaseName);
-    const QSqlDatabase &sql() const { return m_sql; }
     void setServer(const Server &server) { m_server = server; }
-    void setWatchdog(std::unique_ptr<Watchdog> watchdog) { m_watchdog = std::move(watchdog); }
+    void forgetStatements();
     // Lets recover() open the store again.
     void suspect() { m_isSuspect = true; }
-    // The statement with prefix and 1, 2 ... in place of its "?". Statements contain no other "?".
-    static QString numbered(const QString &statement, const char *prefix);
-    // The cause alone of a database system's message, in one line.
-    static QString causeOf(const QString &message);
+    // Notes what the database system says of a failure, and returns false.
+    bool failed(const QString &message);
 
 private:
-    void close();
-    bool failed(const QSqlError &error);
+    // The cause alone of a database system's message, in one line.
+    static QString causeOf(const QString &message);
 
     const StoreAddress m_address;
     Server m_server { {}, 0 };
     bool m_isSuspect = false;  // a statement failed
-    QString m_connection;  // name of the QtSql connection; null when there is none
-    QSqlDatabase m_sql;
-    std::map<QString, Statement> m_statements;
-    std::unique_ptr<Watchdog> m_watchdog;  // null for a store that no server has
+    std::map<QString, std::unique_ptr<Statement>> m_statements;
     QString m_error;
 };
 

@@ -24,7 +24,6 @@ struct Dialect
     // Makes the database at such an address; it is not open yet.
     std::unique_ptr<Database> (*makeDatabase)(const StoreAddress &address);
 
-    const char *driver;  // of QtSql
     // What is appended to a file's name for files that belong to it; null where there are no files.
     const char *journal;
     const char *log;

@@ -1,60 +1,183 @@
-// Stores in PostgreSQL. Three timeouts: statement_timeout and lock_timeout, kept by the server, and
-// response_timeout, kept by our watchdog. We send PREPARE/EXECUTE ourselves: QtSql prints warnings
-// when it frees statements of a lost connection.
+// Stores in PostgreSQL, by libpq. Three timeouts: statement_timeout and lock_timeout, kept by the
+// server, and response_timeout, kept by the connection. Each statement takes one round trip, also
+// the first time, when it is prepared.
 
 #include "database_p.h"
+#include "postgresqlconnection_p.h"
 #include "postgresqlurl_p.h"
 #include "schemacheck_p.h"
-#include "serverprobe_p.h"
-#include "socketcopy_p.h"
 
-#include <QSqlDriver>
-
+#include <limits>
 #include <memory>
-#include <system_error>
-
-#include <libpq-fe.h>
+#include <utility>
+#include <vector>
 
 namespace TQServerInternal {
 
 namespace {
 
-// Null if the driver has no libpq connection. The handle's type name differs between Qt 5 and Qt 6.
-PGconn *connectionOf(const QSqlDatabase &database)
+// Data types of columns, as PostgreSQL's pg_type.dat numbers them.
+enum ColumnType : Oid { Bytes = 17, Int8 = 20, Int2 = 21, Int4 = 23, Float4 = 700, Float8 = 701 };
+
+QByteArray unescaped(const char *text)
 {
-    const QVariant handle = database.driver()->handle();
-    const QByteArray type = handle.typeName();
-    if (type != "PGconn*" && type != "pg_conn*") {
-        return nullptr;
-    }
-    return *static_cast<PGconn *const *>(handle.constData());
+    struct Free
+    {
+        void operator()(unsigned char *bytes) const { PQfreemem(bytes); }
+    };
+    size_t size = 0;
+    const std::unique_ptr<unsigned char, Free> bytes(
+        PQunescapeBytea(reinterpret_cast<const unsigned char *>(text), &size));
+    return QByteArray(reinterpret_cast<const char *>(bytes.get()), int(size));
 }
 
-// A value as part of a statement. It is null, bytes, text or a number; toString() of anything else
-// would not be quoted.
-QString literal(PGconn *connection, const QVariant &value)
+// The values of a statement as libpq takes them: bytes as they are, all others as text.
+class Parameters
 {
-    if (value.isNull()) {
-        return QStringLiteral("NULL");
+public:
+    explicit Parameters(const QVariantList &values)
+    {
+        m_contents.reserve(size_t(values.size()));  // what is pointed at stays where it is
+        for (const QVariant &value : values) {
+            const bool isBinary = value.userType() == QMetaType::QByteArray;
+            m_contents.push_back(isBinary ? value.toByteArray() : textOf(value));
+            m_texts.push_back(value.isNull() ? nullptr : m_contents.back().constData());
+            m_lengths.push_back(int(m_contents.back().size()));
+            m_formats.push_back(isBinary ? 1 : 0);
+        }
     }
-    if (value.userType() == QMetaType::QByteArray) {
-        return QStringLiteral("decode('%1', 'hex')")
-            .arg(QString::fromLatin1(value.toByteArray().toHex()));
+
+    bool send(PGconn *connection, const char *statement) const
+    {
+        return PQsendQueryPrepared(connection, statement, int(m_texts.size()), m_texts.data(),
+                   m_lengths.data(), m_formats.data(), 0) == 1;
     }
-    if (value.userType() != QMetaType::QString) {
-        return value.toString();
+
+private:
+    static QByteArray textOf(const QVariant &value)
+    {
+        const bool isReal = value.userType() == QMetaType::Double;
+        return isReal
+            ? QByteArray::number(value.toDouble(), 'g', std::numeric_limits<double>::max_digits10)
+            : value.toString().toUtf8();
     }
-    const QByteArray text = value.toString().toUtf8();
-    char *const quoted = PQescapeLiteral(connection, text.constData(), size_t(text.size()));
-    const QString result = QString::fromUtf8(quoted);
-    PQfreemem(quoted);
-    return result;
-}
+
+    std::vector<QByteArray> m_contents;
+    std::vector<const char *> m_texts;
+    std::vector<int> m_lengths;
+    std::vector<int> m_formats;
+};
+
+class PostgresqlStatement : public Statement
+{
+public:
+    PostgresqlStatement(PostgresqlConnection &connection, const QString &text, const QString &name)
+        : m_connection(connection), m_text(numbered(text, "$").toUtf8()), m_name(name.toUtf8())
+    {
+    }
+
+    bool run(const QVariantList &values) override
+    {
+        m_connection.drain();
+        m_error.clear();
+        const bool isSent = (m_isPrepared || sendText()) &&
+            Parameters(values).send(m_connection.get(), m_name.constData());
+        if (!isSent) {
+            setError(nullptr);
+        }
+        m_connection.sync();
+        m_isPrepared = m_isPrepared || (isSent && takePrepared());
+        if (!isSent || !m_isPrepared) {
+            return false;
+        }
+        PQsetSingleRowMode(m_connection.get());
+        m_isFirst = fetch();
+        return m_error.isEmpty();
+    }
+    bool next() override
+    {
+        const bool isFirst = std::exchange(m_isFirst, false);
+        return isFirst || (m_hasMore && fetch());
+    }
+    QVariant value(int column) const override
+    {
+        if (PQgetisnull(m_row.get(), 0, column) == 1) {
+            return {};
+        }
+        const char *text = PQgetvalue(m_row.get(), 0, column);
+        const int size = PQgetlength(m_row.get(), 0, column);
+        switch (PQftype(m_row.get(), column)) {
+        case Bytes:
+            return unescaped(text);
+        case Int8:
+        case Int2:
+        case Int4:
+            return QByteArray::fromRawData(text, size).toLongLong();
+        case Float4:
+        case Float8:
+            return QByteArray::fromRawData(text, size).toDouble();
+        default:
+            return QString::fromUtf8(text, size);
+        }
+    }
+    int changedRows() const override { return QByteArray(PQcmdTuples(m_row.get())).toInt(); }
+    void finish() override
+    {
+        m_connection.drain();
+        m_row.reset();
+        m_isFirst = false;
+        m_hasMore = false;
+    }
+    QString error() const override { return m_error; }
+
+private:
+    bool sendText() const
+    {
+        return PQsendPrepare(
+                   m_connection.get(), m_name.constData(), m_text.constData(), 0, nullptr) == 1;
+    }
+    bool takePrepared()
+    {
+        const PostgresqlConnection::Result result = m_connection.takeResult();
+        m_connection.takeResult();  // their end
+        const bool isPrepared = PQresultStatus(result.get()) == PGRES_COMMAND_OK;
+        if (!isPrepared) {
+            setError(result);
+        }
+        return isPrepared;
+    }
+    // Goes to the next row; false at the end and on failure.
+    bool fetch()
+    {
+        m_row = m_connection.takeResult();
+        const ExecStatusType status = PQresultStatus(m_row.get());
+        m_hasMore = status == PGRES_SINGLE_TUPLE;
+        if (!m_hasMore && status != PGRES_TUPLES_OK && status != PGRES_COMMAND_OK) {
+            setError(m_row);
+        }
+        return m_hasMore;
+    }
+    void setError(const PostgresqlConnection::Result &result)
+    {
+        const QString error = m_connection.errorOf(result);
+        m_error = error.isEmpty() ? QStringLiteral("the connection is lost") : error;
+    }
+
+    PostgresqlConnection &m_connection;
+    const QByteArray m_text;
+    const QByteArray m_name;  // that the server knows it by
+    bool m_isPrepared = false;
+    bool m_isFirst = false;  // the first row is fetched, and next() will go to it
+    bool m_hasMore = false;  // what was fetched last was a row
+    PostgresqlConnection::Result m_row;
+    QString m_error;
+};
 
 class PostgresqlDatabase : public Database
 {
 public:
     using Database::Database;
+    ~PostgresqlDatabase() override { disconnect(); }
 
     bool checkSchema() override
     {
@@ -68,58 +191,30 @@ public:
 protected:
     bool connect(bool /*create*/) override
     {
-        // QtSql has no time limit while it connects; a probe has.
-        const QString reason = probeServer(conninfo(address()), address().responseTimeout);
-        if (!reason.isEmpty()) {
-            return refuse(causeOf(reason));
+        m_connection =
+            std::make_unique<PostgresqlConnection>(conninfo(address()), address().responseTimeout);
+        if (!m_connection->isOpen()) {
+            return failed(m_connection->errorOf(nullptr));
         }
-        if (!openSql(address().database)) {
-            return false;
-        }
-        PGconn *const connection = connectionOf(sql());
-        if (!connection) {
-            return fail(QStringLiteral("Qt's database driver has no libpq connection"));
-        }
-        // Otherwise notices would go to stderr.
-        PQsetNoticeReceiver(
-            connection, [](void *, const PGresult *) {}, nullptr);
-        PQsetErrorVerbosity(connection, PQERRORS_TERSE);
-        setServer({ PQhost(connection), QByteArray(PQport(connection)).toInt() });
-        return startWatchdog(PQsocket(connection));
+        setServer({ PQhost(m_connection->get()), QByteArray(PQport(m_connection->get())).toInt() });
+        return true;
     }
 
-    bool prepareStatement(Statement &statement, const QString &text) override
+    void disconnect() override
     {
-        return statement.query.exec(
-            QStringLiteral("PREPARE ") + statement.name + QStringLiteral(" AS ") + numbered(text, "$"));
+        forgetStatements();
+        m_connection.reset();
     }
 
-    bool runStatement(Statement &statement, const QVariantList &values) override
+    bool isConnected() const override { return m_connection && m_connection->isOpen(); }
+
+    std::unique_ptr<Statement> makeStatement(const QString &text, const QString &name) override
     {
-        QString text = QStringLiteral("EXECUTE ") + statement.name;
-        if (!values.isEmpty()) {
-            QStringList literals;
-            for (const QVariant &value : values) {
-                literals += literal(connectionOf(sql()), value);
-            }
-            text += QLatin1Char('(') + literals.join(QLatin1Char(',')) + QLatin1Char(')');
-        }
-        return statement.query.exec(text);
+        return std::make_unique<PostgresqlStatement>(*m_connection, text, name);
     }
 
 private:
-    bool startWatchdog(int socketNumber)
-    {
-        try {
-            // A copy, because libpq may close its descriptor and the number be reused.
-            const auto socket = std::make_shared<SocketCopy>(socketNumber);
-            setWatchdog(std::make_unique<Watchdog>(
-                [socket] { socket->shutDown(); }, address().responseTimeout));
-            return true;
-        } catch (const std::system_error &error) {
-            return refuse(QString::fromLocal8Bit(error.what()));
-        }
-    }
+    std::unique_ptr<PostgresqlConnection> m_connection;  // null before the first one
 };
 
 std::unique_ptr<Database> makeDatabase(const StoreAddress &address)
@@ -134,7 +229,6 @@ const Dialect POSTGRESQL {
     /*isUrl*/ isPostgresqlUrl,
     /*parse*/ parsePostgresqlUrl,
     /*makeDatabase*/ makeDatabase,
-    /*driver*/ "QPSQL",
     /*journal*/ nullptr,
     /*log*/ nullptr,
     /*blob*/ "BYTEA",

@@ -186,7 +186,7 @@ public:
         }
     }
 
-    ListRecord *read(const QSqlQuery &row)
+    ListRecord *read(const Statement &row)
     {
         ListRecord *record = ListRecord::create(m_type.type(), m_store);
         record->key = { row.value(Id).toUInt(), m_type.type() };
@@ -242,13 +242,13 @@ bool readRecords(OpenStore &store, const StorageClass &type, const Selection &se
 {
     *list = nullptr;
     Database &database = store.database();
-    QSqlQuery *query = database.run(selectStatement(type, columnsOf(type), selection), values);
+    Statement *query = database.run(selectStatement(type, columnsOf(type), selection), values);
     if (!query) {
         return false;
     }
     RecordReader reader(type, store.number());
     TQLISTRECORD *last = nullptr;
-    while (database.next(*query)) {
+    while (query->next()) {
         TQLISTRECORD *record = reader.read(*query)->asListRecord();
         if (last) {
             last->next = record;
@@ -267,11 +267,11 @@ bool readRecords(OpenStore &store, const StorageClass &type, const Selection &se
 bool readKeys(OpenStore &store, const StorageClass &type, std::vector<TQNAMEDKEY> &keys)
 {
     Database &database = store.database();
-    QSqlQuery *query = database.run(selectStatement(type, "A.id, A.name", { "", "A.name, A.id" }));
+    Statement *query = database.run(selectStatement(type, "A.id, A.name", { "", "A.name, A.id" }));
     if (!query) {
         return false;
     }
-    while (database.next(*query)) {
+    while (query->next()) {
         keys.push_back({ { query->value(Id).toUInt(), type.type() },
             query->value(Name).toString().toStdString() });
     }

@@ -394,14 +394,14 @@ int storeProfile(Database &database, const IccProfile &profile)
 {
     const QVariantList values { profile.file, profile.deviceClass, profile.colourSpace,
         profile.version, int(profile.bytes.size()), profile.bytes, profile.name };
-    QSqlQuery *query = database.run(
+    Statement *query = database.run(
         QStringLiteral("UPDATE tq_icc_profile SET file = ?, device_class = ?, colour_space = ?, "
                        "version = ?, size = ?, data = ? WHERE name = ?"),
         values);
     if (!query) {
         return 0;
     }
-    if (query->numRowsAffected() > 0) {
+    if (query->changedRows() > 0) {
         const QString statement = QStringLiteral("SELECT id FROM tq_icc_profile WHERE name = ?");
         return database.valueOf(statement, { profile.name }).toInt();
     }

@@ -3,7 +3,7 @@
 // file next to the store, so a reader that may not write there reads without these marks. That is
 // safe as long as nobody has the store open to write, so the file is compared after each query.
 
-#include "database_p.h"
+#include "sqldatabase_p.h"
 #include "sqlitecheck_p.h"
 #include "urlparts_p.h"
 
@@ -20,7 +20,7 @@ namespace {
 
 constexpr const char *SCHEME = "sqlite:";
 constexpr int BUSY_TIMEOUT = 3000;  // ms to wait for a lock
-constexpr const char *NAME = ":v";  // and a number: a value in a statement
+constexpr const char *DRIVER = "QSQLITE";
 constexpr const char *LOG = "-wal";
 
 bool isUrl(const QString &url)
@@ -103,10 +103,10 @@ QString stampOf(const QString &path)
         .arg(isOpenElsewhere(path) ? QStringLiteral("open") : QString());
 }
 
-class SqliteDatabase : public Database
+class SqliteDatabase : public SqlDatabase
 {
 public:
-    using Database::Database;
+    using SqlDatabase::SqlDatabase;
 
     bool checkSchema() override { return checkSqliteSchema(*this); }
 
@@ -145,10 +145,10 @@ protected:
         setServer({ "localhost", 0 });
         m_stamp.clear();
         if (address().isMemory()) {
-            return openSql(QStringLiteral(":memory:"));
+            return openSql(DRIVER, QStringLiteral(":memory:"));
         }
         if (create) {
-            return openSql(fileName(address(), "rwc"));
+            return openSql(DRIVER, fileName(address(), "rwc"));
         }
         const QFileInfo file(address().path);
         const QString reason = whyMissing(file);
@@ -157,22 +157,9 @@ protected:
         }
         if (!isWritable(file) && !isOpenElsewhere(address().path)) {
             m_stamp = stampOf(address().path);
-            return openSql(fileName(address(), "ro&immutable=1"));
+            return openSql(DRIVER, fileName(address(), "ro&immutable=1"));
         }
-        return openSql(fileName(address(), "rw"));
-    }
-
-    bool prepareStatement(Statement &statement, const QString &text) override
-    {
-        return statement.query.prepare(numbered(text, NAME));
-    }
-
-    bool runStatement(Statement &statement, const QVariantList &values) override
-    {
-        for (int i = 0; i < values.size(); ++i) {
-            statement.query.bindValue(nameOf(i), values.at(i));
-        }
-        return statement.query.exec();
+        return openSql(DRIVER, fileName(address(), "rw"));
     }
 
     bool isTrustworthy() override
@@ -185,16 +172,6 @@ protected:
     }
 
 private:
-    // QtSql binds a value by name in a sixth of the time that it takes by position.
-    const QString &nameOf(int index)
-    {
-        for (int number = int(m_names.size()); number <= index; ++number) {
-            m_names += QLatin1String(NAME) + QString::number(number + 1);
-        }
-        return m_names.at(index);
-    }
-
-    QStringList m_names;  // of values in statements
     QString m_stamp;  // of a file that is read without marks, when it was opened; null otherwise
 };
 
@@ -210,7 +187,6 @@ const Dialect SQLITE {
     /*isUrl*/ isUrl,
     /*parse*/ parse,
     /*makeDatabase*/ makeDatabase,
-    /*driver*/ "QSQLITE",
     /*journal*/ "-journal",
     /*log*/ LOG,
     /*blob*/ "BLOB",

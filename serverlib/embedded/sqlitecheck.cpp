@@ -72,10 +72,11 @@ bool isOfSqlite(const Entry &entry)
 // Lists what is in a file, without what is SQLite's own; false when that fails.
 bool readEntries(Database &database, Entries &entries)
 {
-    QSqlQuery *query =
+    Statement *query =
         database.run(QStringLiteral("SELECT type, name, tbl_name, sql FROM sqlite_master"));
-    while (query && database.next(*query)) {
-        const QString sql = query->isNull(3) ? QString() : normalized(query->value(3).toString());
+    while (query && query->next()) {
+        const QString sql =
+            query->value(3).isNull() ? QString() : normalized(query->value(3).toString());
         Entry entry { query->value(0).toString(), query->value(1).toString(),
             query->value(2).toString(), sql };
         if (!isOfSqlite(entry)) {
