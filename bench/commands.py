@@ -18,6 +18,7 @@ FEW = 1000  # jobs
 MORE = 3000
 MANY = 1000000
 MEMORY = 4 << 30  # bytes that a program may take; with more it fails
+OUTPUTS = 4000
 MIB = 1 << 20
 PROFILES = "/usr/share/color/icc/*.icc"
 POSTGRES_JOBS = 10000
@@ -40,6 +41,7 @@ class Commands:
     def __init__(self, build, qt):
         self.tqxml = f"{build}/tools/tqxml/tqxml{'-qt5' if qt == 5 else ''}"
         self.rows = f"{build}/bench/tqxml_rows"
+        self.stored = f"{build}/bench/tqxml_stored"
         self.scratch = tempfile.TemporaryDirectory()
         self.folder = self.scratch.name
 
@@ -126,6 +128,25 @@ class Commands:
         self.peak(self.list(self.store(MANY)))  # without valgrind, which would take hours to fail
         make = lambda jobs: self.list(self.store(jobs))  # noqa: E731
         return self.per_job(make, FEW, MANY), self.per_job(make)
+
+    def list_jobs_again(self):
+        """Nanoseconds after a process has listed and freed 4,000 outputs, and before."""
+        store = f"{self.folder}/outputs.db"
+        subprocess.run(["cp", self.store(MORE), store], check=True)
+        self.sql(store, "WITH RECURSIVE more (n) AS (SELECT 1 UNION ALL SELECT n + 1 FROM more"
+                        f" WHERE n < {OUTPUTS}) INSERT INTO tq_output (id, name, technology,"
+                        " resolution, colours) SELECT (SELECT max(id) FROM tq_output) + n,"
+                        " 'more ' || n, 'proofer', 2400, 'Black' FROM more;")
+        run = subprocess.run([self.stored, store, "again"], check=True, capture_output=True,
+                             text=True)
+        first, again = run.stdout.split()
+        return int(again), int(first)
+
+    def read_records(self):
+        """Instructions of the store alone, by one more reading of all jobs in a process."""
+        counts = [self.instructions([self.stored, self.store(MORE), "records", str(rounds)])
+                  for rounds in (1, 2)]
+        return (counts[1] - counts[0]) / MORE, 1000
 
     def init_jobs(self):
         numbers = iter(range(10))

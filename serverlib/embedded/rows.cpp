@@ -87,7 +87,7 @@ void appendArray(std::string &line, const QVariant &value, char stored, char wri
     const size_t start = line.size();
     unsigned count = 0;
     for (qsizetype from = 0; from <= text.size();) {
-        const qsizetype found = text.indexOf(QLatin1Char(stored), from);
+        const qsizetype found = QStringView(text).indexOf(QLatin1Char(stored), from);
         const qsizetype end = found < 0 ? text.size() : found;
         const QStringView entry = QStringView(text).mid(from, end - from).trimmed();
         if (!entry.isEmpty()) {
