@@ -22,6 +22,7 @@ OUTPUTS = 4000
 MIB = 1 << 20
 PROFILES = "/usr/share/color/icc/*.icc"
 POSTGRES_JOBS = 10000
+RUNS = 7  # of which the fastest counts
 DELAY = 0.001  # seconds that the network takes
 
 # The figures that are ratios of instructions.
@@ -193,11 +194,14 @@ class Commands:
             store = self.store_on(server, proxy)
             seconds = []
             for proxy.delay in (0, DELAY):
-                started = time.monotonic()
-                subprocess.run(self.list(store), check=True, stdout=subprocess.DEVNULL,
-                               env=server.environment)
-                seconds.append(time.monotonic() - started)
+                seconds.append(min(self.seconds(self.list(store), server.environment)
+                                   for _ in range(RUNS)))
             return 1000 * (seconds[1] - seconds[0]), server.outputs("jobs")
+
+    def seconds(self, command, environment):
+        started = time.monotonic()
+        subprocess.run(command, check=True, stdout=subprocess.DEVNULL, env=environment)
+        return time.monotonic() - started
 
     def store_on(self, server, proxy):
         """The URL, through the proxy, of a store that is made past it."""
