@@ -5,18 +5,17 @@
 #include "util.h"
 #include "xmlaction.h"
 
-#include <QDirIterator>
-
 #include <climits>
 #include <cstring>
+#include <map>
 #include <memory>
 
 using Type = PACKETDATATYPES;
 
 namespace {
 
-// The specimen has a field of every element type code: its tag is 256 times the code, plus the
-// width.
+// The specimen, 63 in packet text, has a field of every element type code. The tag is 256 times the
+// code, plus the width: 101 is a text, e04 a key.
 constexpr Type SPECIMEN = PACKETDATATYPE_SPECIMEN;
 constexpr Type OUTPUT = PACKETDATATYPE_OUTPUT;
 
@@ -40,7 +39,7 @@ QString contentOf(const QDomElement &e)
 
 QString packetOf(const QDomElement &e) { return XMLPacketable().toPacket(e); }
 
-// The documented conversion, written the naive way: what the library does is compared with it.
+// Reading packet text, written the naive way: what the library reads is compared with it.
 
 enum class Form { None, Value, Key, Numbers, Texts, Bytes };
 
@@ -97,6 +96,9 @@ QString valueElements(const QStringList &texts)
     return xml;
 }
 
+// A value that does not fit its form leaves the element empty. Three are taken although they do not
+// quite fit: bytes without a blank are both size and data, texts that are not as many as they say
+// keep their count, and where texts start with a blank, the count is one of them.
 QString fieldElement(Form form, const QString &name, const QString &value)
 {
     const QStringList words = value.split(QLatin1Char(' '), Qt::SkipEmptyParts);
@@ -124,25 +126,6 @@ QString fieldElement(Form form, const QString &name, const QString &value)
     return element(name, attributes, content);
 }
 
-QString fieldLine(Form form, const QString &tag, const QDomElement &e)
-{
-    const auto line = [&tag](const QString &first, const QString &second) {
-        return QStringLiteral("%1 %2 %3\n").arg(tag, first, second);
-    };
-    const QString value = e.attribute(str("value"));
-    QStringList values;
-    for (QDomElement v = e.firstChildElement(); !v.isNull(); v = v.nextSiblingElement()) {
-        values += v.tagName() == str("value") ? QStringList(v.text()) : QStringList();
-    }
-    const QString count = hex(unsigned(values.size()));
-    return form == Form::Key    ? line(e.attribute(str("key")), e.attribute(str("hkey")))
-        : form == Form::Bytes   ? line(e.attribute(str("size")), e.text())
-        : form == Form::Texts   ? line(count, values.join(QLatin1Char('\r')))
-        : form == Form::Numbers ? line(count, values.join(QLatin1Char(' ')))
-        : form == Form::Value && !value.isEmpty() ? tag + str(" ") + value + str("\n")
-                                                  : QString();
-}
-
 // Reads lines into XML.
 struct NaiveReader
 {
@@ -154,7 +137,8 @@ struct NaiveReader
     QString content(unsigned int type)
     {
         QString xml;
-        int cut = -1;  // a line without a blank is cut where the one before it was
+        // A line without a blank is cut where the one before it in the same item was.
+        int cut = -1;
         int length = 0;
         while (at < lines.size()) {
             const QString line = lines[at++].trimmed();
@@ -188,27 +172,7 @@ struct NaiveReader
     }
 };
 
-// Writes what an element of an item of that type holds.
-QString naiveText(const QDomElement &parent, unsigned int type)
-{
-    QString text;
-    for (QDomElement e = parent.firstChildElement(); !e.isNull(); e = e.nextSiblingElement()) {
-        const QString name = e.nodeName();
-        if (name == str("item")) {
-            const unsigned int own = numberOf(e.attribute(str("datatype")));
-            text += str("SI ") + e.attribute(str("datatype")) + str("\n");
-            text += (tableOf(own) ? naiveText(e, own) : QString()) + str("TI 0\n");
-        } else if (name == str("list")) {
-            text += str("SL ") + e.attribute(str("size")) + str("\n");
-            text += naiveText(e, 0) + str("TL 0\n");
-        } else {
-            text += fieldLine(formIn(type, name.mid(1)), name.mid(1), e);
-        }
-    }
-    return text;
-}
-
-// Input for both: what is right, what nearly is, and what a conversion has to leave out.
+// Input: what is right, what nearly is, and what a conversion has to leave out.
 
 constexpr const char *VALUES[] = { "x", "a  b %2 %1", "2 7 8", "2 7", "1 7 8", "0", "1f ff",
     "2 a b\rc", "3 a\r\rb\rc", "4 AAEC", "x 1", "a 1 2 3 4 5 6 7 8 9 a", "100000001 7",
@@ -230,17 +194,30 @@ QByteArray randomText(Random &random)
     return text;
 }
 
-// Elements of the fuzz target's corpus.
-QList<QByteArray> corpus()
-{
-    QList<QByteArray> inputs;
-    QDirIterator files(str(TQXML_CORPUS), QDir::Files);
-    while (files.hasNext()) {
-        QFile file(files.next());
-        inputs += file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
-    return inputs;
-}
+// Elements of a specimen, as any program may write them, and their packet text.
+const Case TREES[] = {
+    { "only elements count", "<?item 1?><!--item-->text", "" },
+    { "names that are no tag", "<x><item datatype='8'/></x><_zz value='x'/><_-101 value='x'/>",
+        "" },
+    { "a text without a value", "<_101/><_102 value=''/>", "" },
+    { "a text with elements", "<_101 value='x'>t<_101 value='y'/></_101>", "101 x\n" },
+    { "a line feed in a text", "<_101 value='a&#10;TI 0'/>", "101 a\nTI 0\n" },
+    { "a key in capitals", "<_E01 hkey='2' key='1'/>", "E01 1 2\n" },
+    { "a key without words", "<_e01><item datatype='8'/></_e01>", "e01  \n" },
+    { "values are counted anew",
+        "<_f01 size='9'><x>5</x><value>2</value><n:value>3</n:value></_f01>", "f01 1 2\n" },
+    { "values of many nodes", "<_f01><value>2<q>3</q><!--4--><![CDATA[5]]></value></_f01>",
+        "f01 1 235\n" },
+    { "no values", "<_f01 size='9'><![CDATA[6]]><?value 7?></_f01>", "f01 0 \n" },
+    { "an empty text among texts", "<_1601>z<value>%1</value><value/></_1601>", "1601 2 %1\r\n" },
+    { "bytes of many nodes", "<_1701 size='3'>a<b>b</b><?x y?><![CDATA[<c]]></_1701>",
+        "1701 3 ab<c\n" },
+    { "a list has no fields", "<list><item datatype='8'/><list size='2'/><_101 value='x'/></list>",
+        "SL \nSI 8\nTI 0\nSL 2\nTL 0\nTL 0\n" },
+    { "an item that is not converted", "<item datatype='6'><_1 value='x'/><list/></item>",
+        "SI 6\nTI 0\n" },
+    { "an item without a type", "<item><_101 value='x'/></item>", "SI \nTI 0\n" },
+};
 
 // Blocks within one another, items and lists in turn, with a field behind each inner block.
 QByteArray nested(int levels)
@@ -258,9 +235,11 @@ class tst_XMLPacketable : public QObject
 private Q_SLOTS:
     void everyFormOfAField();
     void anyPacketTextIsConvertedAsDocumented();
+    void everyTypeCodeIsWrittenAgain();
+    void anyTreeIsWrittenAsDocumented_data() { addRows(TREES); }
     void anyTreeIsWrittenAsDocumented();
     void fieldsAreBuiltAndWrittenOneByOne();
-    void readingStopsWhereItsElementEnds();
+    void toDomReturnsTheClosingLine();
     void blocksAreFollowedTo256Levels();
     void deepTreesTakeNoStack();
     void timeGrowsWithTheText();
@@ -275,7 +254,6 @@ private Q_SLOTS:
 
 private:
     static void checkText(const QByteArray &text);
-    static void checkElement(const QDomElement &e);
 };
 
 void tst_XMLPacketable::everyFormOfAField()
@@ -302,7 +280,7 @@ void tst_XMLPacketable::everyFormOfAField()
     QCOMPARE(packetOf(item.getNodeConst()), str(text.constData()));
 }
 
-// As lines and as bytes, and what was read is written again.
+// As lines and as bytes.
 void tst_XMLPacketable::checkText(const QByteArray &text)
 {
     const QString decoded = QString::fromUtf8(text.constData(), int(text.size()));
@@ -317,16 +295,6 @@ void tst_XMLPacketable::checkText(const QByteArray &text)
     XMLPacketable item;
     item.setData(TextItem(SPECIMEN, text));
     QCOMPARE(contentOf(item.getNodeConst()), contentOf(xml.root));
-    checkElement(xml.root);
-}
-
-void tst_XMLPacketable::checkElement(const QDomElement &e)
-{
-    const unsigned int type = numberOf(e.attribute(str("datatype")));
-    const bool isItem = e.tagName() == str("item");
-    const QString expected = !isItem || tableOf(type) ? naiveText(e, isItem ? type : 0) : QString();
-    QVERIFY2(
-        packetOf(e) == expected, qPrintable(xmlOf(e) + str("\nis written as\n") + packetOf(e)));
 }
 
 void tst_XMLPacketable::anyPacketTextIsConvertedAsDocumented()
@@ -337,27 +305,27 @@ void tst_XMLPacketable::anyPacketTextIsConvertedAsDocumented()
     }
 }
 
-void tst_XMLPacketable::anyTreeIsWrittenAsDocumented()
+void tst_XMLPacketable::everyTypeCodeIsWrittenAgain()
 {
-    const Xml odd(
-        "<packetable><?item 1?><!--item--><x><item datatype='8'/></x>text<item/>"
-        "<item datatype='63'><_101 value='a&#10;TI 0'/><?_101 x?><_zz value='x'/>"
-        "<_101 value='x'>t<_101 value='y'/></_101><_101/><_102 value=''/><_-101 value='x'/><x901/>"
-        "<_e01 hkey='2' key='1'><item datatype='8'/></_e01><_E01/>"
-        "<_f01 size='9'><x>5</x><![CDATA[6]]><?value 7?>"
-        "<value>2<q>3</q><!--4--><![CDATA[5]]></value></_f01><_1701 size='3'>a<b>b</b>"
-        "<?x y?><![CDATA[<c]]></_1701><_1601>z<value>%1</value><value/></_1601></item>"
-        "<list><item datatype='8'/><list size='2'/><_101 value='x'/></list>"
-        "<item datatype='6'><_1 value='x'/><list/></item></packetable>");
-    QDomElement value = odd.root.ownerDocument().createElementNS(str("urn:n"), str("n:value"));
-    odd.root.elementsByTagName(str("_f01")).at(0).appendChild(value);
-    checkElement(odd.root);
-    for (const QByteArray &text : corpus()) {
-        QDomDocument document;
-        if (document.setContent(text) && text.count("<item") < TQMAX_NESTING) {
-            checkElement(document.documentElement());
+    const std::map<Form, QByteArray> values { { Form::Value, "x" }, { Form::Key, "2a 56" },
+        { Form::Numbers, "2 7 8" }, { Form::Texts, "2 a b\rc" }, { Form::Bytes, "4 AAEC" } };
+    QByteArray text = "SI 63\n";
+    for (unsigned int code = 1; code <= TQELEMENT_INTEGERS4; ++code) {
+        if (formOf(code) != Form::None) {
+            text += QByteArray::number(256 * code + 1, 16) + ' ' + values.at(formOf(code)) + '\n';
         }
     }
+    text += "TI 0\n";
+    XMLPacketable item;
+    item.setData(TextItem(SPECIMEN, text));
+    QCOMPARE(packetOf(item.getNodeConst()), str(text.constData()));
+}
+
+void tst_XMLPacketable::anyTreeIsWrittenAsDocumented()
+{
+    const auto &row = currentRow<Case>();
+    const Xml item(str("<item datatype='63'>%1</item>").arg(str(row.given)));
+    QCOMPARE(packetOf(item.root), str(row.expected));
 }
 
 void tst_XMLPacketable::fieldsAreBuiltAndWrittenOneByOne()
@@ -377,7 +345,7 @@ void tst_XMLPacketable::fieldsAreBuiltAndWrittenOneByOne()
     QVERIFY(X::createSimpleElement(null, str("_1"), str("1")).isNull());
 }
 
-void tst_XMLPacketable::readingStopsWhereItsElementEnds()
+void tst_XMLPacketable::toDomReturnsTheClosingLine()
 {
     QStringList lines { str("TI 0"), str("1 Press"), str("TI 0"), str("1 behind") };
     Xml output("<item datatype='8'/>");
