@@ -55,8 +55,8 @@ private:
     {
         using Step = void (World::*)();
         static constexpr Step STEPS[] = { &World::change, &World::changeAction, &World::fillPage,
-            &World::changePage, &World::fillAction, &World::makePacket, &World::copyPacket,
-            &World::append, &World::append, &World::take };
+            &World::changePage, &World::makePacket, &World::copyPacket, &World::append,
+            &World::append, &World::take };
         (this->*bytes.oneOf(STEPS))();
         withAny([](const auto &held) {
             require(
@@ -160,14 +160,6 @@ private:
             if (e.attribute(QStringLiteral("type")).toInt() == number) {
                 setName(e, name);
             }
-        }
-    }
-
-    void fillAction()
-    {
-        if (m_action.model.childNodes().size() < MAX_CHILDREN) {
-            m_action.object.append(m_item.object);
-            m_action.model.appendChild(m_item.model.cloneNode());
         }
     }
 

@@ -9,11 +9,6 @@
 
 namespace {
 
-struct FreeBuffer
-{
-    void operator()(char *buffer) const { TQ_free(buffer); }
-};
-
 std::unique_ptr<XMLPacketable> read(const QString &text)
 {
     auto item = std::make_unique<XMLPacketable>();
@@ -45,8 +40,10 @@ void checkText(const QString &text)
 QByteArray packetOf(const TQPacketable &item)
 {
     unsigned int length = 0;
-    const std::unique_ptr<char, FreeBuffer> written(item.toPacket(length));
-    return QByteArray(written.get(), int(length));
+    char *const text = item.toPacket(length);
+    const QByteArray copy(text, int(length));
+    TQ_free(text);
+    return copy;
 }
 
 // Data type of the first item in a packet text; none without an item.

@@ -3,8 +3,6 @@
 #include "util.h"
 #include "xmlaction.h"
 
-#include <vector>
-
 namespace {
 
 // A group with three actions, which log what they signal. Everything may die.
@@ -51,15 +49,12 @@ class tst_XMLActionGroup : public QObject
 private Q_SLOTS:
     void oneStaysChecked();
     void aSlotMayCheckAnother();
-    void aMemberThatChangesUnchecksTheOthers();
     void theCheckedActionIsTheSelectedOne();
     void anActionAddedTwiceIsListedTwice();
     void aDyingActionLeavesTheGroup();
-    void whoLeavesMeanwhileIsLeftAlone();
     void everythingMayDieAtAnyMoment();
     void onlyACheckedMemberIsRefused();
     void strangersAreLeftAlone();
-    void timeGrowsWithTheMembers();
     void signalsAndSlots();
 };
 
@@ -81,33 +76,6 @@ void tst_XMLActionGroup::aSlotMayCheckAnother()
     connect(scene.actions[0], &XMLAction::toggled, [&] { scene.actions[2]->setChecked(true); });
     scene.actions[1]->toggle();
     QCOMPARE(scene.takeLog(), str("a off, c on, c off, b on"));
-}
-
-// However often: three members, and an action that is none.
-void tst_XMLActionGroup::aMemberThatChangesUnchecksTheOthers()
-{
-    Random random;
-    Scene scene;
-    XMLAction outsider;
-    const QList<XMLAction *> members = scene.group->actions();
-    const QList<XMLAction *> all = members + QList<XMLAction *> { &outsider };
-    QMap<XMLAction *, bool> checked;
-    for (int step = 0; step < 5000; ++step) {
-        XMLAction *const action = random.oneOf(all);
-        const bool isMember = action != &outsider;
-        const bool isByGroup = random.onceIn(3);
-        const bool on = isByGroup || random.onceIn(2);
-        isByGroup ? scene.group->toggleAction(action) : action->setChecked(on);
-        if (!isByGroup || (isMember && !checked[action])) {
-            for (XMLAction *member : isMember ? members : QList<XMLAction *>()) {
-                checked[member] = false;
-            }
-            checked[action] = on;
-        }
-        for (XMLAction *each : all) {
-            QCOMPARE(each->isChecked(), checked[each]);
-        }
-    }
 }
 
 void tst_XMLActionGroup::theCheckedActionIsTheSelectedOne()
@@ -141,18 +109,6 @@ void tst_XMLActionGroup::aDyingActionLeavesTheGroup()
     delete scene.actions[0];
     scene.actions[1]->toggle();
     QCOMPARE(scene.members(), str("c"));
-}
-
-void tst_XMLActionGroup::whoLeavesMeanwhileIsLeftAlone()
-{
-    Scene dying;
-    connect(dying.actions[0], &XMLAction::toggled, [&] { delete dying.actions[2]; });
-    dying.actions[1]->toggle();
-    QCOMPARE(dying.takeLog(), str("a off, b on"));
-    Scene ending;
-    connect(ending.actions[0], &XMLAction::toggled, [&] { delete ending.group; });
-    ending.actions[1]->toggle();
-    QCOMPARE(ending.takeLog(), str("a off, b on"));
 }
 
 void tst_XMLActionGroup::everythingMayDieAtAnyMoment()
@@ -200,18 +156,6 @@ void tst_XMLActionGroup::strangersAreLeftAlone()
     connect(scene.actions[0], SIGNAL(toggled(bool)), &group, SLOT(removeAction()));
     scene.actions[0]->toggle();  // a member's signal counts
     QCOMPARE(scene.members(), str("bc"));
-}
-
-void tst_XMLActionGroup::timeGrowsWithTheMembers()
-{
-    QVERIFY(isLinear(20000, [](int count) {
-        std::vector<XMLAction> members { size_t(count) };
-        XMLActionGroup group(nullptr, nullptr);
-        for (XMLAction &action : members) {
-            group.addAction(&action);
-        }
-        group.toggleAction(&members.back());
-    }));
 }
 
 void tst_XMLActionGroup::signalsAndSlots()
