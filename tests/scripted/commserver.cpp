@@ -10,7 +10,7 @@ namespace {
 
 // Answers a query: fails, or makes a list of records.
 template<typename Key>
-TQLISTRECORD *query(TQLPCOMMANDS &command, const char *call, PACKETDATATYPES family,
+TQLISTRECORD *query(TQLPCOMMANDS &command, const char *call, PACKETDATATYPES type,
     std::map<Key, Script::Records> &lists, Key key)
 {
     command.status = script().isFaulty(call, "error") ? 1 : 0;
@@ -18,7 +18,7 @@ TQLISTRECORD *query(TQLPCOMMANDS &command, const char *call, PACKETDATATYPES fam
     TQLISTRECORD *last = nullptr;
     TQLISTRECORD *cycle = nullptr;
     for (size_t i = 0; i < lists[key].size() && !script().isFaulty(call); ++i) {
-        auto record = new Record { {}, lists[key][i], family };
+        auto record = new Record { {}, lists[key][i], type };
         script().records.insert(record);
         ScriptRecord &data = record->data;
         record->job = {};
@@ -123,7 +123,7 @@ void TQPacketFreeList(TQLISTRECORD **head, PACKETDATATYPES type)
 
 void TQPacketFreeItem(TQLISTRECORD *record, PACKETDATATYPES type)
 {
-    if (record && (script().records.erase(record) == 0 || Record::of(record)->family != type)) {
+    if (record && (script().records.erase(record) == 0 || Record::of(record)->type != type)) {
         ++script().wrongFrees;
     } else {
         delete Record::of(record);

@@ -14,7 +14,7 @@ namespace {
 
 struct FreeRecord
 {
-    void operator()(Record *record) const { TQPacketFreeItem(&record->list, record->family); }
+    void operator()(Record *record) const { TQPacketFreeItem(&record->list, record->type); }
 };
 
 }  // namespace
@@ -35,7 +35,7 @@ struct TQPacketable::Fields
             record.reset(Record::of(shown));
         }
         script().record(call, record->data.name);
-        script().untrimmedJobs += record->family == PACKETDATATYPE_JOB && !record->isTrimmed;
+        script().untrimmedJobs += record->type == PACKETDATATYPE_JOB && !record->isTrimmed;
         lines = record->data.name.empty() ? "" : "1 " + record->data.name + '\n';
         return record->data;
     }

@@ -31,7 +31,7 @@ struct Record
         TQJOB job;  // has its name where a book has it
     };
     ScriptRecord data;
-    PACKETDATATYPES family;
+    PACKETDATATYPES type;
     bool isTrimmed = false;
 
     static Record *of(const void *shown)
@@ -71,7 +71,7 @@ struct Script
     std::function<void()> onCall;
 
     /// What was handed out and not yet given back, and what was given back wrongly: twice, as
-    /// another family, or never handed out.
+    /// another type, or never handed out.
     std::set<const void *> records;
     std::set<const void *> buffers;
     std::set<const void *> items;
