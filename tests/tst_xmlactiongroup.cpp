@@ -51,7 +51,6 @@ private Q_SLOTS:
     void aSlotMayCheckAnother();
     void theCheckedActionIsTheSelectedOne();
     void anActionAddedTwiceIsListedTwice();
-    void aDyingActionLeavesTheGroup();
     void everythingMayDieAtAnyMoment();
     void onlyACheckedMemberIsRefused();
     void strangersAreLeftAlone();
@@ -100,15 +99,6 @@ void tst_XMLActionGroup::anActionAddedTwiceIsListedTwice()
     QCOMPARE(scene.takeLog(), str("a on"));
     delete scene.actions[0];
     QCOMPARE(scene.members(), str("bc"));
-}
-
-void tst_XMLActionGroup::aDyingActionLeavesTheGroup()
-{
-    Scene scene;
-    connect(scene.actions[1], &XMLAction::toggled, [&] { delete scene.actions[1]; });
-    delete scene.actions[0];
-    scene.actions[1]->toggle();
-    QCOMPARE(scene.members(), str("c"));
 }
 
 void tst_XMLActionGroup::everythingMayDieAtAnyMoment()

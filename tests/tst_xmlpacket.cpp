@@ -41,7 +41,6 @@ class tst_XMLPacket : public QObject
 
 private Q_SLOTS:
     void anItemIsCopiedByAppendAndMovedByAppendV();
-    void aMovedItemAndItsPacketOutliveEachOther();
     void anItemThatTakesOtherDataLeavesItsPacketAlone();
     void aPacketThatItsBodyLiesInIsNotMoved();
 
@@ -73,21 +72,6 @@ void tst_XMLPacket::anItemIsCopiedByAppendAndMovedByAppendV()
     QCOMPARE(packet.getNodesOfType(XMLObject::XMLOBJECT_MSG, nodes), 1);
     QVERIFY(other.hasNodesOfType(XMLObject::XMLOBJECT_MSG));
     QVERIFY(!other.isEmpty());
-}
-
-void tst_XMLPacket::aMovedItemAndItsPacketOutliveEachOther()
-{
-    auto page = std::make_unique<XMLUI>();
-    auto first = std::make_unique<XMLPacket>();
-    XMLPacket second;
-    first->appendV(*page);
-    first.reset();
-    page->setName(str("start"));
-    second.appendV(*page);
-    page.reset();
-    std::list<QDomNode> nodes;
-    QCOMPARE(second.getNodesOfType(XMLObject::XMLOBJECT_UI, nodes), 1);
-    QCOMPARE(xmlOf(nodes.back()), str("<ui name='start'/>"));
 }
 
 void tst_XMLPacket::anItemThatTakesOtherDataLeavesItsPacketAlone()
@@ -207,22 +191,18 @@ void tst_XMLPacket::idsInAReplacedHeaderCount()
 
 void tst_XMLPacket::manyAttributesAreComparedInAnyOrder()
 {
-    const auto compare = [](const QString &prefix, int count) {
+    const auto compare = [](int count) {
         Message up;
         Message down;
         for (int i = 0; i < count; ++i) {
-            const QString first = QString::number(i);
-            const QString last = QString::number(count - 1 - i);
-            up.element.setAttribute(prefix + first, first);
-            down.element.setAttribute(prefix + last, last);
+            up.element.setAttribute(str("a%1").arg(i), i);
+            down.element.setAttribute(str("a%1").arg(count - 1 - i), count - 1 - i);
         }
         QVERIFY(up.packet == down.packet);
-        up.element.attributes().item(count / 2).setNodeValue(str("\" b=\""));
+        up.element.setAttribute(str("a0"), str("\" b=\""));
         QVERIFY(up.packet != down.packet);
     };
-    compare(str("a"), 200);
-    compare(str("x:a"), 200);
-    QVERIFY(isLinear(10000, [&](int count) { compare(str("a"), count); }));
+    QVERIFY(isLinear(10000, compare));
 }
 
 // Copying takes no more stack for a deep tree than for a shallow one.

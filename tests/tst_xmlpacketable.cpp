@@ -250,7 +250,6 @@ private Q_SLOTS:
 
     void aServerItemIsTakenOverWithKeyAndName();
     void theServerItemIsBuiltOnceUnlessRefused();
-    void withoutAnElementNothingHappens();
 
 private:
     static void checkText(const QByteArray &text);
@@ -506,16 +505,6 @@ void tst_XMLPacketable::theServerItemIsBuiltOnceUnlessRefused()
     QCOMPARE(str(built->name), QString());
     item.setData(Xml("<packetable datatype='63'/>").root);
     QVERIFY(!item.getData());
-}
-
-void tst_XMLPacketable::withoutAnElementNothingHappens()
-{
-    XMLPacketable item;
-    item.setData(QDomText());
-    item.setData(TextItem(SPECIMEN, "SI 63\nTI 0\n"));
-    QVERIFY(item.getNodeConst().isNull());
-    QVERIFY(!item.getDataConst());
-    QVERIFY(XMLPacket().append(item).isNull());
 }
 
 QTEST_GUILESS_MAIN(tst_XMLPacketable)
