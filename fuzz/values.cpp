@@ -15,8 +15,6 @@ constexpr const char *PROPERTIES[] = { "visible", "enabled", "colour", "pagenum"
     "jobids", "tqjobids", "org_name" };
 constexpr size_t TEXT = 64;
 
-QString anyProperty(Bytes &bytes) { return QString::fromLatin1(bytes.oneOf(PROPERTIES)); }
-
 int base(Bytes &bytes) { return int(bytes.below(35)) + 2; }
 
 void checkNumbers(QDomElement &e, Bytes &bytes)
@@ -54,7 +52,7 @@ void checkList(Bytes &bytes)
 // Any text, also one that no setter writes, among any other nodes.
 void spoil(QDomElement &e, Bytes &bytes)
 {
-    const QString name = anyProperty(bytes);
+    const QString name = QString::fromLatin1(bytes.oneOf(PROPERTIES));
     const unsigned kind = bytes.below(4);
     const QString text = bytes.text(TEXT);
     if (kind == 0) {
@@ -77,7 +75,6 @@ void readAction(const XMLAction &action)
         "no key unless both words are there");
     require(action.getJobIDs().isEmpty() || action.getJobID() == action.getJobIDs().first(),
         "the job is the first one");
-    action.getTQJobIDs();
     action.getPageNumber();
     action.getChannelID();
     action.getXDouble();

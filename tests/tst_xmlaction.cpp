@@ -47,7 +47,7 @@ class tst_XMLAction : public QObject
 private Q_SLOTS:
     void everyValueIsStoredUnderItsKey();
     void nameTypeAndOriginatorAreAttributes();
-    void itemsAreAppended();
+    void itemsAreAppendedAsCopies();
     void aKeyHasTwoWords();
     void theShorterListOfKeysCounts();
     void jobsAreLists();
@@ -109,12 +109,14 @@ void tst_XMLAction::nameTypeAndOriginatorAreAttributes()
         str("<action name='%1' originator='7' type='-1'><org_name>%2</org_name></action>"));
 }
 
-void tst_XMLAction::itemsAreAppended()
+void tst_XMLAction::itemsAreAppendedAsCopies()
 {
     XMLAction action;
     XMLPacketable item;
     item.setName(str("n"));
-    QCOMPARE(xmlOf(action.append(item)), str("<packetable name='n'/>"));
+    const QDomElement copy = action.append(item);
+    item.setName(str("later"));
+    QCOMPARE(xmlOf(copy), str("<packetable name='n'/>"));
     TQPacketable output(PACKETDATATYPE_OUTPUT);
     QCOMPARE(xmlOf(action.append(output)),
         str("<packetable datatype='8' hkey='0' key='0'><item datatype='8'/></packetable>"));
