@@ -212,17 +212,19 @@ void tst_XMLRouter::aPacketIsTakenOverOnce()
 void tst_XMLRouter::removalsAreReported()
 {
     Hub hub;
-    hub.agent(1)->onRemoved = [&](int id) { QVERIFY(!hub.router->contains(id)); };
+    hub.agent(1)->onRemoved = [&](int id) {
+        QVERIFY(!hub.router->contains(id));
+        hub.add();  // which came too late for the news
+    };
     hub.remove(2);
-    hub.remove(2);
-    QCOMPARE(hub.takeLog(), str("1 lost 2, 3 lost 2, 1 lost 2, 3 lost 2"));
+    QCOMPARE(hub.takeLog(), str("1 lost 2, 3 lost 2"));
     hub.agent(1)->onRemoved = nullptr;
     hub.router->notifyAgentRemovals(3);  // not to itself
     hub.agent(3)->wantRemovalNotifications = false;
     hub.router->notifyAgentRemovals(NOBODY);
-    QCOMPARE(hub.takeLog(), str("1 lost 3, 1 lost 99"));
+    QCOMPARE(hub.takeLog(), str("1 lost 3, 4 lost 3, 1 lost 99, 4 lost 99"));
     delete hub.router;
-    QCOMPARE(hub.takeLog(), str("1 lost -1"));
+    QCOMPARE(hub.takeLog(), str("1 lost -1, 4 lost -1"));
 }
 
 void tst_XMLRouter::queuedPacketsSurviveTheRouter()
