@@ -2,6 +2,7 @@
 #define XMLROUTER_H
 
 #include "tqxml_export.h"
+#include "xmlrouterobserver.h"
 
 #include <QList>
 #include <QObject>
@@ -81,6 +82,13 @@ public:
     /// so is a packet that was sent already and not received yet.
     void send(XMLPacket *packet);
 
+    /// @{
+    /// Who is told what passes; null for nobody. The observer is not owned: set another one, or
+    /// null, before you delete it.
+    void setObserver(XMLRouterObserver *observer);
+    XMLRouterObserver *observer() const;
+    /// @}
+
 public Q_SLOTS:
     /// Delivers all queued packets now. A packet to an unknown agent is deleted, and agents are
     /// notified of the removal of that id.
@@ -88,6 +96,11 @@ public Q_SLOTS:
 
 private:
     void schedule();
+    void deliver(XMLPacket *packet);
+    void tellSent(const XMLPacket &packet) const;
+    void tellDropped(const XMLPacket &packet, XMLRouterObserver::DROP reason) const;
+    bool tellDelivered(const XMLPacket &packet, int agentID) const;
+    void tellLost(const XMLPacket &packet) const;
 
     int m_nextAgentID = 0;  // the last one handed out
     std::map<int, XMLAgent *> m_agents;  // not owned
@@ -99,6 +112,7 @@ private:
     int m_deliveries = 0;  // calls of send() that are delivering, one inside the other
     bool m_hasSent = false;  // a packet was queued since the timer last ran out
     QList<int> m_supplying;  // types the broker is being asked for
+    XMLRouterObserver *m_observer = nullptr;  // not owned; null for none
 };
 
 #endif

@@ -74,6 +74,49 @@ private:
     const Supply m_supply;
 };
 
+// Logs what it is told, and then does what a test says.
+class Watcher : public XMLRouterObserver
+{
+public:
+    explicit Watcher(Hub &hub) : m_hub(hub) { hub.router->setObserver(this); }
+
+    void packetSent(const XMLPacket &packet) override { tell("sent", packet); }
+    void packetDropped(const XMLPacket &packet, DROP reason) override
+    {
+        const char *reasons[] = { "of a stranger", "like the last", "again" };
+        tell((QByteArray("dropped ") + reasons[reason]).constData(), packet);
+    }
+    void packetDelivered(const XMLPacket &packet, const XMLAgent &agent) override
+    {
+        tell((QByteArray("to ") + QByteArray::number(agent.getAgentID())).constData(), packet);
+    }
+    void packetLost(const XMLPacket &packet) override { tell("lost", packet); }
+    void agentAdded(int id, int type) override { tell("added", id, type); }
+    void agentRemoved(int id, int type) override { tell("removed", id, type); }
+    void agentSupplied(int id, int type) override { tell("supplied", id, type); }
+
+    std::function<void()> react;
+
+private:
+    void tell(const char *what, const XMLPacket &packet)
+    {
+        tell(str("%1: %2").arg(str(what), messageOf(packet)));
+    }
+    void tell(const char *what, int id, int type)
+    {
+        tell(str("%1 %2 of type %3").arg(str(what)).arg(id).arg(type));
+    }
+    void tell(const QString &line)
+    {
+        m_hub.log += line;
+        if (const auto once = std::exchange(react, nullptr)) {
+            once();
+        }
+    }
+
+    Hub &m_hub;
+};
+
 // What agent 2 does while it gets the packet a, and what happens from then on.
 struct Reaction
 {
@@ -90,6 +133,30 @@ const Reaction REACTIONS[] = {
         "1 lost 2, 3 lost 2, 3 got b, 1 lost 2, 3 lost 2" },
     { "deletes the router", [](Hub &hub) { delete hub.router; },
         "1 lost -1, 2 lost -1, 3 lost -1" },
+};
+
+// What an observer does when it is told that agent 2 receives a packet, and what happens then.
+const Reaction OBSERVER_REACTIONS[] = {
+    { "removes itself", [](Hub &hub) { hub.router->setObserver(nullptr); },
+        "2 got a, 3 got b, 1 lost 99, 2 lost 99, 3 lost 99" },
+    { "removes the receiver", [](Hub &hub) { hub.removeAndDelete(2); },
+        "removed 2 of type 7, 1 lost 2, 3 lost 2, lost: a, 1 lost 2, 3 lost 2, "
+        "to 3: b, 3 got b, lost: c, 1 lost 99, 3 lost 99" },
+    { "adds an agent", [](Hub &hub) { hub.add(); },
+        "added 4 of type 7, 2 got a, to 3: b, 3 got b, "
+        "lost: c, 1 lost 99, 2 lost 99, 3 lost 99, 4 lost 99" },
+    { "delivers by hand", [](Hub &hub) { hub.router->send(); },
+        "to 3: b, 3 got b, lost: c, 1 lost 99, 2 lost 99, 3 lost 99, 2 got a" },
+    { "makes an agent delete the router",
+        [](Hub &hub) {
+            hub.agent(1)->onRemoved = [&hub](int id) {
+                if (id == 3) {
+                    delete hub.router;
+                }
+            };
+            hub.remove(3);
+        },
+        "removed 3 of type 7, 1 lost 3, removed -1 of type 0, 1 lost -1, 2 lost -1" },
 };
 
 }  // namespace
@@ -115,6 +182,11 @@ private Q_SLOTS:
     void aDialogWaitsForItsReply();
     void aDialogSeesTheOnlyPacketThatWaits();
     void aLongQueueTakesNoStack();
+
+    void anObserverIsToldOfPackets();
+    void anObserverIsToldOfAgents();
+    void whoIsToldMayDoAlmostAnything_data() { addRows(OBSERVER_REACTIONS); }
+    void whoIsToldMayDoAlmostAnything();
 
     void aBrokerSuppliesWhatIsMissing();
     void aBrokerThatAsksForItsOwnTypeGetsNone();
@@ -303,6 +375,52 @@ void tst_XMLRouter::aLongQueueTakesNoStack()
     runEvents();
     QCOMPARE(hub.log.size(), 20000);
     QCOMPARE(hub.log.last(), str("2 got 19999"));
+}
+
+void tst_XMLRouter::anObserverIsToldOfPackets()
+{
+    Hub hub;
+    Watcher watcher(hub);
+    XMLPacket *first = hub.send(1, 2, "a");
+    hub.router->send(first);
+    hub.send(1, 2, "a");
+    hub.send(99, 2, "b");
+    hub.send(1, 99, "c");
+    QCOMPARE(hub.takeLog(),
+        str("sent: a, dropped again: a, dropped like the last: a, dropped of a stranger: b, "
+            "sent: c"));
+    QCOMPARE(hub.deliver(), str("to 2: a, 2 got a, lost: c, 1 lost 99, 2 lost 99, 3 lost 99"));
+    hub.router->setObserver(nullptr);
+    hub.send(1, 2, "d");
+    QCOMPARE(hub.deliver(), str("2 got d"));
+}
+
+void tst_XMLRouter::anObserverIsToldOfAgents()
+{
+    Hub hub;
+    Watcher watcher(hub);
+    QCOMPARE(hub.router->observer(), &watcher);
+    hub.router->setAgentBroker(
+        new Broker([&hub](XMLRouter &, int type) { return hub.add(type)->getAgentID(); }));
+    hub.router->supplyAgentOfType(9);
+    hub.router->supplyAgentOfType(9);  // there is one now
+    hub.remove(3);
+    hub.remove(3);  // is gone already
+    QCOMPARE(hub.takeLog(),
+        str("added 4 of type 9, supplied 4 of type 9, "
+            "removed 3 of type 7, 1 lost 3, 2 lost 3, 4 lost 3, 1 lost 3, 2 lost 3, 4 lost 3"));
+}
+
+void tst_XMLRouter::whoIsToldMayDoAlmostAnything()
+{
+    const auto &row = currentRow<Reaction>();
+    Hub hub;
+    hub.send(1, 2, "a");
+    hub.send(1, 3, "b");
+    hub.send(1, 99, "c");
+    Watcher watcher(hub);
+    watcher.react = [&] { row.react(hub); };
+    QCOMPARE(hub.deliver(), str("to 2: a, ") + str(row.afterPacket));
 }
 
 void tst_XMLRouter::aBrokerSuppliesWhatIsMissing()

@@ -58,14 +58,23 @@ void XMLRouter::add(XMLAgent *agent)
         m_agents[id] = agent;
         agent->setAgentID(id);
         agent->setRouter(this);
+        if (m_observer) {
+            m_observer->agentAdded(id, agent->getAgentType());
+        }
     }
 }
 
 void XMLRouter::remove(XMLAgent *agent)
 {
-    if (agent) {
-        const int id = agent->getAgentID();
-        m_agents.erase(id);
+    if (!agent) {
+        return;
+    }
+    const QPointer<XMLRouter> self(this);
+    const int id = agent->getAgentID();
+    if (m_agents.erase(id) > 0 && m_observer) {
+        m_observer->agentRemoved(id, agent->getAgentType());
+    }
+    if (self) {
         notifyAgentRemovals(id);
     }
 }
@@ -123,7 +132,11 @@ int XMLRouter::supplyAgentOfType(int agentType)
             self->m_supplying.removeOne(agentType);
         }
     });
-    return m_agentBroker->supplyAgent(agentType);  // may replace the broker, or delete us
+    const int id = m_agentBroker->supplyAgent(agentType);  // may replace the broker, or delete us
+    if (self && m_observer && id != NO_AGENT) {
+        m_observer->agentSupplied(id, agentType);
+    }
+    return id;
 }
 
 void XMLRouter::setAgentBroker(XMLAgentBroker *broker)
@@ -158,19 +171,32 @@ void XMLRouter::notifyAgentRemovals(int agentID)
 
 void XMLRouter::send(XMLPacket *packet)
 {
-    if (!packet || packet->m_isTaken) {
+    if (!packet) {
         return;
     }
-    const bool isDuplicate = !m_packetQueue.isEmpty() && *m_packetQueue.last() == *packet;
-    if (isDuplicate || !contains(packet->getSourceAgentID())) {
-        packet->deleteLater();
-    } else {
-        schedule();
-        m_packetQueue.append(packet);
-        m_hasSent = true;
+    if (packet->m_isTaken) {
+        return tellDropped(*packet, XMLRouterObserver::DROP_SENT_ALREADY);
     }
     packet->m_isTaken = true;
+    const bool isDuplicate = !m_packetQueue.isEmpty() && *m_packetQueue.last() == *packet;
+    const bool hasSource = contains(packet->getSourceAgentID());
+    if (isDuplicate || !hasSource) {
+        packet->deleteLater();
+        return tellDropped(*packet,
+            hasSource ? XMLRouterObserver::DROP_EQUALS_LAST
+                      : XMLRouterObserver::DROP_SOURCE_UNKNOWN);
+    }
+    schedule();
+    m_packetQueue.append(packet);
+    m_hasSent = true;
+    if (m_observer) {
+        tellSent(*packet);
+    }
 }
+
+void XMLRouter::setObserver(XMLRouterObserver *observer) { m_observer = observer; }
+
+XMLRouterObserver *XMLRouter::observer() const { return m_observer; }
 
 void XMLRouter::schedule()
 {
@@ -206,18 +232,66 @@ void XMLRouter::send()
         if (m_packetQueue.size() > 1) {
             schedule();  // in case the receiver runs an event loop
         }
-        const int destination = m_packetQueue.first()->getDestinationAgentID();
-        XMLPacket *const packet = m_packetQueue.takeFirst();
-        packet->m_isTaken = false;
-        const auto entry = m_agents.find(destination);
-        if (entry != m_agents.end()) {
-            entry->second->receive(packet);
-        } else {
-            delete packet;
-            notifyAgentRemovals(destination);
-        }
+        deliver(m_packetQueue.takeFirst());  // may delete us
     }
     if (self && !m_hasSent) {
         m_sendTimer->stop();  // started above, but not needed
+    }
+}
+
+void XMLRouter::deliver(XMLPacket *packet)
+{
+    packet->m_isTaken = false;
+    const int destination = packet->getDestinationAgentID();
+    if (m_observer && !tellDelivered(*packet, destination)) {
+        return;  // the router is gone, and its packets belong to the application
+    }
+    const auto entry = m_agents.find(destination);
+    if (entry != m_agents.end()) {
+        return entry->second->receive(packet);
+    }
+    const QPointer<XMLRouter> self(this);
+    tellLost(*packet);
+    delete packet;
+    if (self) {
+        notifyAgentRemovals(destination);
+    }
+}
+
+// What observers are told. They may run an event loop or change the registry, and so cause an agent
+// to delete the router.
+
+void XMLRouter::tellSent(const XMLPacket &packet) const
+{
+    if (m_observer) {
+        m_observer->packetSent(packet);
+    }
+}
+
+void XMLRouter::tellDropped(const XMLPacket &packet, XMLRouterObserver::DROP reason) const
+{
+    if (m_observer) {
+        m_observer->packetDropped(packet, reason);
+    }
+}
+
+// Returns false when the router was deleted. The agent may be gone afterwards.
+bool XMLRouter::tellDelivered(const XMLPacket &packet, int agentID) const
+{
+    const auto entry = m_agents.find(agentID);
+    if (entry == m_agents.end()) {
+        return true;
+    }
+    const QPointer<const XMLRouter> self(this);
+    if (m_observer) {
+        m_observer->packetDelivered(packet, *entry->second);
+    }
+    return !self.isNull();
+}
+
+void XMLRouter::tellLost(const XMLPacket &packet) const
+{
+    if (m_observer) {
+        m_observer->packetLost(packet);
     }
 }
