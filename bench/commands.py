@@ -1,4 +1,4 @@
-"""Figures of the command: whole programs are run over stores of up to a million jobs.
+"""Figures of whole programs: the command, over stores of up to a million jobs, and a router.
 
 Instructions are counted under callgrind, as the difference of two runs: starting a program costs
 the same for few rows and for many.
@@ -43,6 +43,7 @@ class Commands:
         self.tqxml = f"{build}/tools/tqxml/tqxml{'-qt5' if qt == 5 else ''}"
         self.rows = f"{build}/bench/tqxml_rows"
         self.stored = f"{build}/bench/tqxml_stored"
+        self.passage = f"{build}/bench/tqxml_passage"
         self.scratch = tempfile.TemporaryDirectory()
         self.folder = self.scratch.name
 
@@ -102,6 +103,12 @@ class Commands:
                 *(["--include-publications"] if kind == "jobs" else [])]
 
     # --- Figures: value and floor ---
+
+    def watching_nobody(self):
+        """A router over one that does not look for listeners."""
+        watched = self.per_job(lambda packets: [self.passage, str(packets)])
+        unwatched = self.per_job(lambda packets: [f"{self.passage}_unwatched", str(packets)])
+        return watched - unwatched, 1
 
     def list_jobs_xml(self):
         return (self.per_job(lambda jobs: self.list(self.store(jobs))),

@@ -49,6 +49,8 @@ FIGURES = [
     Figure("packet_life_empty", "as many events, posted and delivered", 2.5, 2.5, HELD, QUICK),
     Figure("burst", "the documents, built, read and deleted", 1.2, 1.2, HELD, QUICK),
     Figure("request_life", "the documents, built, read and deleted", 1.3, 1.4, HELD, QUICK),
+    Figure("watching_nobody", "instructions a packet, to find that nobody watches", 12, 12, HELD,
+           QUICK),
     Figure("queue_empty", "bytes per packet", 320, 320, HELD, QUICK),
     Figure("queue_item", "bytes per packet without its text", 400, 400, HELD, QUICK),
     # Listings

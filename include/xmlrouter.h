@@ -96,11 +96,14 @@ public Q_SLOTS:
 
 private:
     void schedule();
-    void deliver(XMLPacket *packet);
+    inline void deliver(XMLPacket *packet);  // used and defined in one source
     void tellSent(const XMLPacket &packet) const;
     void tellDropped(const XMLPacket &packet, XMLRouterObserver::DROP reason) const;
     bool tellDelivered(const XMLPacket &packet, int agentID) const;
     void tellLost(const XMLPacket &packet) const;
+    void tellAdded(int agentID, int agentType) const;
+    void tellRemoved(int agentID, int agentType) const;
+    void tellSupplied(int agentID, int agentType) const;
 
     int m_nextAgentID = 0;  // the last one handed out
     std::map<int, XMLAgent *> m_agents;  // not owned

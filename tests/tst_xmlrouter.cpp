@@ -420,7 +420,7 @@ void tst_XMLRouter::whoIsToldMayDoAlmostAnything()
     hub.send(1, 99, "c");
     Watcher watcher(hub);
     watcher.react = [&] { row.react(hub); };
-    QCOMPARE(hub.deliver(), str("to 2: a, ") + str(row.afterPacket));
+    QCOMPARE(hub.deliver(), str("to 2: a, ") + str(row.log));
 }
 
 void tst_XMLRouter::aBrokerSuppliesWhatIsMissing()

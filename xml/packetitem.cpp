@@ -3,6 +3,7 @@
 #include "fields_p.h"
 #include "packetreader_p.h"
 #include "packettext_p.h"
+#include "probes_p.h"
 #include "text_p.h"
 #include "vocabulary_p.h"
 #include "xmlwriter_p.h"
@@ -174,7 +175,13 @@ void PacketItem::write(XmlWriter &writer) const
     }
     writer.attribute(KEY, numberText(m_key.key, 16));
     writer.optionalAttribute(NAME, toText(m_name));
+    if (isHeard(tqxml_text_to_xml_begin_semaphore)) {
+        Probe::textToXmlBegin(m_length);
+    }
     writeContent(writer, m_text.get(), m_length);
+    if (isHeard(tqxml_text_to_xml_end_semaphore)) {
+        Probe::textToXmlEnd();
+    }
     writer.closeElement(PACKETABLE);
 }
 

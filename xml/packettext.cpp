@@ -2,6 +2,7 @@
 
 #include "domtree_p.h"
 #include "packetreader_p.h"
+#include "probes_p.h"
 #include "text_p.h"
 #include "vocabulary_p.h"
 
@@ -132,9 +133,15 @@ void readPacketText(const QDomElement &parent, const char *text, size_t length)
     if (parent.isNull() || isUnconverted(parent, fields)) {
         return;
     }
+    if (isHeard(tqxml_text_to_dom_begin_semaphore)) {
+        Probe::textToDomBegin(length);
+    }
     Utf8Lines lines(text, length);
     PacketReader<Utf8Lines> reader(lines, fields);
     build(parent, reader);
+    if (isHeard(tqxml_text_to_dom_end_semaphore)) {
+        Probe::textToDomEnd();
+    }
 }
 
 unsigned int readPacketLines(
@@ -144,18 +151,30 @@ unsigned int readPacketLines(
     if (isUnconverted(parent, fields)) {
         return index;
     }
+    if (isHeard(tqxml_text_to_dom_begin_semaphore)) {
+        Probe::textToDomBegin(0);
+    }
     ListLines source(lines, index);
     PacketReader<ListLines> reader(source, fields);
     build(parent, reader);
+    if (isHeard(tqxml_text_to_dom_end_semaphore)) {
+        Probe::textToDomEnd();
+    }
     return source.index() - 1 + reader.openLevels();
 }
 
 void writePacketText(LineBuffer &out, const QDomElement &e)
 {
+    if (isHeard(tqxml_dom_to_text_begin_semaphore)) {
+        Probe::domToTextBegin();
+    }
     if (e.tagName() != ITEM) {
         writeContent(out, e, nullptr, 0);
     } else if (const auto fields = fieldsOfType(e.attribute(DATATYPE))) {
         writeContent(out, e, fields.get(), 0);
+    }
+    if (isHeard(tqxml_dom_to_text_end_semaphore)) {
+        Probe::domToTextEnd(size_t(out.size()));
     }
 }
 

@@ -1,5 +1,6 @@
 #include "xmlrouter.h"
 
+#include "probes_p.h"
 #include "xmlagent.h"
 #include "xmlagentbroker.h"
 #include "xmlcommserver.h"
@@ -12,6 +13,8 @@
 #include <limits>
 #include <memory>
 #include <utility>
+
+using namespace TQXmlInternal;
 
 namespace {
 
@@ -58,9 +61,7 @@ void XMLRouter::add(XMLAgent *agent)
         m_agents[id] = agent;
         agent->setAgentID(id);
         agent->setRouter(this);
-        if (m_observer) {
-            m_observer->agentAdded(id, agent->getAgentType());
-        }
+        tellAdded(id, agent->getAgentType());
     }
 }
 
@@ -71,8 +72,8 @@ void XMLRouter::remove(XMLAgent *agent)
     }
     const QPointer<XMLRouter> self(this);
     const int id = agent->getAgentID();
-    if (m_agents.erase(id) > 0 && m_observer) {
-        m_observer->agentRemoved(id, agent->getAgentType());
+    if (m_agents.erase(id) > 0) {
+        tellRemoved(id, agent->getAgentType());
     }
     if (self) {
         notifyAgentRemovals(id);
@@ -133,8 +134,8 @@ int XMLRouter::supplyAgentOfType(int agentType)
         }
     });
     const int id = m_agentBroker->supplyAgent(agentType);  // may replace the broker, or delete us
-    if (self && m_observer && id != NO_AGENT) {
-        m_observer->agentSupplied(id, agentType);
+    if (self && id != NO_AGENT) {
+        tellSupplied(id, agentType);
     }
     return id;
 }
@@ -189,7 +190,7 @@ void XMLRouter::send(XMLPacket *packet)
     schedule();
     m_packetQueue.append(packet);
     m_hasSent = true;
-    if (m_observer) {
+    if (isWatched(m_observer, tqxml_packet_sent_semaphore)) {
         tellSent(*packet);
     }
 }
@@ -212,6 +213,26 @@ void XMLRouter::schedule()
     } else {
         m_dispatcher = dispatcher;  // a timer of another one, which has ended, starts again
         m_sendTimer->start(0);
+    }
+}
+
+void XMLRouter::deliver(XMLPacket *packet)
+{
+    packet->m_isTaken = false;
+    const int destination = packet->getDestinationAgentID();
+    const bool isTold = isWatched(m_observer, tqxml_packet_delivered_semaphore);
+    if (isTold && !tellDelivered(*packet, destination)) {
+        return;  // the router is gone, and its packets belong to the application
+    }
+    const auto entry = m_agents.find(destination);
+    if (entry != m_agents.end()) {
+        return entry->second->receive(packet);
+    }
+    const QPointer<XMLRouter> self(this);
+    tellLost(*packet);
+    delete packet;
+    if (self) {
+        notifyAgentRemovals(destination);
     }
 }
 
@@ -239,30 +260,14 @@ void XMLRouter::send()
     }
 }
 
-void XMLRouter::deliver(XMLPacket *packet)
-{
-    packet->m_isTaken = false;
-    const int destination = packet->getDestinationAgentID();
-    if (m_observer && !tellDelivered(*packet, destination)) {
-        return;  // the router is gone, and its packets belong to the application
-    }
-    const auto entry = m_agents.find(destination);
-    if (entry != m_agents.end()) {
-        return entry->second->receive(packet);
-    }
-    const QPointer<XMLRouter> self(this);
-    tellLost(*packet);
-    delete packet;
-    if (self) {
-        notifyAgentRemovals(destination);
-    }
-}
-
-// What observers are told. They may run an event loop or change the registry, and so cause an agent
-// to delete the router.
+// What the observer and the probes are told. An observer may run an event loop or change the
+// registry, and so cause an agent to delete the router.
 
 void XMLRouter::tellSent(const XMLPacket &packet) const
 {
+    if (isHeard(tqxml_packet_sent_semaphore)) {
+        Probe::packetSent(packet);
+    }
     if (m_observer) {
         m_observer->packetSent(packet);
     }
@@ -270,6 +275,9 @@ void XMLRouter::tellSent(const XMLPacket &packet) const
 
 void XMLRouter::tellDropped(const XMLPacket &packet, XMLRouterObserver::DROP reason) const
 {
+    if (isHeard(tqxml_packet_dropped_semaphore)) {
+        Probe::packetDropped(packet, reason);
+    }
     if (m_observer) {
         m_observer->packetDropped(packet, reason);
     }
@@ -283,6 +291,9 @@ bool XMLRouter::tellDelivered(const XMLPacket &packet, int agentID) const
         return true;
     }
     const QPointer<const XMLRouter> self(this);
+    if (isHeard(tqxml_packet_delivered_semaphore)) {
+        Probe::packetDelivered(packet);
+    }
     if (m_observer) {
         m_observer->packetDelivered(packet, *entry->second);
     }
@@ -291,7 +302,40 @@ bool XMLRouter::tellDelivered(const XMLPacket &packet, int agentID) const
 
 void XMLRouter::tellLost(const XMLPacket &packet) const
 {
+    if (isHeard(tqxml_packet_lost_semaphore)) {
+        Probe::packetLost(packet);
+    }
     if (m_observer) {
         m_observer->packetLost(packet);
+    }
+}
+
+void XMLRouter::tellAdded(int agentID, int agentType) const
+{
+    if (isHeard(tqxml_agent_added_semaphore)) {
+        Probe::agentAdded(agentID, agentType);
+    }
+    if (m_observer) {
+        m_observer->agentAdded(agentID, agentType);
+    }
+}
+
+void XMLRouter::tellRemoved(int agentID, int agentType) const
+{
+    if (isHeard(tqxml_agent_removed_semaphore)) {
+        Probe::agentRemoved(agentID, agentType);
+    }
+    if (m_observer) {
+        m_observer->agentRemoved(agentID, agentType);
+    }
+}
+
+void XMLRouter::tellSupplied(int agentID, int agentType) const
+{
+    if (isHeard(tqxml_agent_supplied_semaphore)) {
+        Probe::agentSupplied(agentID, agentType);
+    }
+    if (m_observer) {
+        m_observer->agentSupplied(agentID, agentType);
     }
 }
