@@ -92,6 +92,7 @@ public:
     QHash<int, QString> names;
 
 private:
+    void complain(const QString &text, const QString &attribute);
     qint64 number(const QString &name, qint64 least = 0);
     PacketRecord::State state(int first, int last);
     void readName();
@@ -125,13 +126,20 @@ QString FileReader::read()
         : QString();
 }
 
+// Of several complaints the first one counts.
+void FileReader::complain(const QString &text, const QString &attribute)
+{
+    if (!m_reader.hasError()) {
+        m_reader.raiseError(text.arg(attribute));
+    }
+}
+
 qint64 FileReader::number(const QString &name, qint64 least)
 {
     bool isNumber = false;
     const qint64 value = m_reader.attributes().value(name).toString().toLongLong(&isNumber);
     if (!isNumber || value < least) {
-        m_reader.raiseError(
-            QCoreApplication::translate("XMLMonitor", "attribute %1 is no such number").arg(name));
+        complain(QCoreApplication::translate("XMLMonitor", "attribute %1 is no such number"), name);
     }
     return value;
 }
@@ -145,8 +153,7 @@ PacketRecord::State FileReader::state(int first, int last)
             return PacketRecord::State(i);
         }
     }
-    m_reader.raiseError(
-        QCoreApplication::translate("XMLMonitor", "attribute %1 is no state").arg(STATE));
+    complain(QCoreApplication::translate("XMLMonitor", "attribute %1 is no state"), STATE);
     return PacketRecord::State(first);
 }
 

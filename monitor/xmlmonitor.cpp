@@ -311,7 +311,9 @@ void XMLMonitor::goToPartner()
     const QModelIndex partner = record ? m_model->indexOf(record->partner) : QModelIndex();
     const QModelIndex shown = m_shown->mapFromSource(partner);
     if (shown.isValid()) {
-        m_list->setCurrentIndex(shown);
+        m_list->selectionModel()->setCurrentIndex(
+            shown, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+        m_list->scrollTo(shown);
     }
 }
 
