@@ -33,8 +33,8 @@ constexpr int REFRESH_DELAY = 50;  // ms
 constexpr int TYPING_DELAY = 150;
 
 // Typical contents of the columns, which tell their widths.
-constexpr const char *WIDTHS[] = { "00:00:00.000 ", "server bridge ", "server bridge ",
-    "request for jobs on Digital Press", "1000.00 KiB", "dropped: equals the one queued last" };
+constexpr const char *WIDTHS[] = { "00:00:00.000", "server bridge", "server bridge",
+    "message plate 12 is ready", "1000.00 KiB", "dropped: equals the one queued last" };
 static_assert(std::size(WIDTHS) == PacketModel::ColumnCount, "one sample a column");
 
 // The kinds in the order of PacketFilter::Show.
@@ -62,8 +62,9 @@ XMLMonitor::XMLMonitor(XMLRouter *router, QWidget *parent)
     auto *panes = new QSplitter(Qt::Horizontal);
     panes->addWidget(makeList());
     panes->addWidget(makePane());
-    panes->setStretchFactor(0, 3);
-    panes->setStretchFactor(1, 2);
+    panes->setSizes({ 830, 440 });
+    panes->setStretchFactor(0, 2);
+    panes->setStretchFactor(1, 1);
     panes->setChildrenCollapsible(false);
     column->addWidget(panes, 1);
     m_status = new QLabel;
@@ -169,6 +170,7 @@ QWidget *XMLMonitor::makeList()
     m_list->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 6);
     QHeaderView *header = m_list->horizontalHeader();
     header->setHighlightSections(false);
+    header->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     header->setStretchLastSection(true);
     for (int i = 0; i < PacketModel::ColumnCount; ++i) {
         const int width = fontMetrics().horizontalAdvance(QString::fromUtf8(WIDTHS[i]));
