@@ -66,3 +66,19 @@ list(LENGTH books count)
 if(NOT text STREQUAL with_cmake OR NOT count EQUAL 60 OR NOT text MATCHES "Effi Briest")
     message(FATAL_ERROR "not the sample's books:\n${with_cmake}\n${text}")
 endif()
+
+# The packet monitor, of which an application with windows is built in the same two ways. It stays
+# open: the program timeout says so with 124.
+set(ENV{QT_QPA_PLATFORM} offscreen)
+file(READ ${CMAKE_CURRENT_LIST_DIR}/monitor/CMakeLists.txt lists)
+string(REPLACE "find_package(TQXml " "find_package(${PACKAGE} " lists "${lists}")
+file(WRITE ${WORK}/window/CMakeLists.txt "${lists}")
+file(COPY_FILE ${SOURCE}/examples/11_monitor.cpp ${WORK}/window/main.cpp)
+run(${CMAKE_COMMAND} -S ${WORK}/window -B ${WORK}/window_cmake
+    -DCMAKE_PREFIX_PATH=${prefix} -DCMAKE_CXX_COMPILER=${CXX})
+run(${CMAKE_COMMAND} --build ${WORK}/window_cmake)
+run(sh -c "timeout 2 ${WORK}/window_cmake/your_window; test $? = 124")
+string(REPLACE "tqxml" "tqxml-monitor" monitor_pc ${PC})
+run(sh -c "cd ${WORK}/window && ${CXX} -std=c++17 -fPIC main.cpp -o your_window \
+    $(pkg-config --cflags --libs ${monitor_pc})")
+run(sh -c "LD_LIBRARY_PATH=${libraries} timeout 2 ${WORK}/window/your_window; test $? = 124")
