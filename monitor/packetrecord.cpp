@@ -39,7 +39,7 @@ const Element *elementAt(const QByteArray &text, int tag)
 {
     for (const Element &element : ELEMENTS) {
         const size_t length = std::strlen(element.name);
-        if (qstrncmp(text.constData() + tag + 1, element.name, length) == 0) {
+        if (std::strncmp(text.constData() + tag + 1, element.name, length) == 0) {
             return &element;
         }
     }
