@@ -1,27 +1,56 @@
 #!/usr/bin/env bash
-# completion.sh TQXML FOLDER MANUAL: the completions in FOLDER offer, and the manual page describes,
-# the commands and options that the command's help shows.
+# completion.sh TQXML FOLDER: the completions in FOLDER offer, in the real shells, what can be typed,
+# and the manual page there describes it.
 set -euo pipefail
 tqxml=$1
 folder=$2
-manual=$(sed 's/\\-/-/g' "$3")
 
-# shellcheck source=tools/tqxml/tqxml.bash
+# shellcheck source=/dev/null
 . "$folder/tqxml.bash"
 
-# WORD...: what bash and zsh offer for the last word, one a line, sorted.
+# WORD...: what a shell offers for the last word, one a line, sorted.
 # shellcheck disable=SC2317  # called by name
 in_bash() {
     COMP_WORDS=("$@") COMP_CWORD=$(($# - 1)) COMPREPLY=()
     _tqxml
     printf '%s\n' "${COMPREPLY[@]}" | sort
 }
+# shellcheck disable=SC2317
+in_fish() {
+    fish -Nc "source $folder/tqxml.fish; complete -C '$*'" | cut -f 1 | sort
+}
+# Types the words, and a tab, in a zsh that prints what is offered.
 # shellcheck disable=SC2016,SC2317
 in_zsh() {
-    zsh -fc 'compadd() { print -l -- ${@[2,-1]} }; _files() { print FILES }
-        source $1/_tqxml; shift; words=("$@"); CURRENT=$#; _tqxml' \
-        zsh "$folder" "$@" | sort
+    zsh -fc '
+        zmodload zsh/zpty
+        zpty shell zsh -fi
+        zpty -w shell "PROMPT= fpath=($1 \$fpath); autoload -Uz compinit; compinit -D -u"
+        zpty -w shell "zstyle \":completion:*\" menu no; bindkey \"^I\" complete-word"
+        zpty -w shell "compadd() {
+            [[ \${(M)@:#-[OAD]} ]] && { builtin compadd \"\$@\"; return }
+            local -a offered; builtin compadd -O offered \"\$@\"
+            print -r -- \"
+OFFERED:\"\${^offered}
+            builtin compadd \"\$@\" }; print READY"
+        zpty -r shell text "*READY*READY*"
+        shift
+        zpty -n -w shell "$*"$'"'\t'"'
+        # Removes the line, with keys that do nothing before the shell reads them itself.
+        zpty -n -w shell $'"'\x01\x0b'"'"print DO\"\"NE"$'"'\n'"'
+        zpty -r shell text "*DONE*"
+        print -r -- $text' zsh "$folder" "$@" | tr -d '\r' | sed 's/OFFERED:/\n&/g' |
+        sed -n 's/^OFFERED:\([^ ]*\).*/\1/p' | sort -u
 }
+
+shells=()
+for shell in bash zsh fish; do
+    if [[ ${CI:-} == true ]] || command -v "$shell" >/dev/null; then
+        shells+=("$shell")
+    else
+        echo "$shell is not installed, and left out"
+    fi
+done
 
 failed=0
 # expect EXPECTED WORD...
@@ -29,10 +58,7 @@ expect() {
     local shell offered expected
     expected=$(tr ' ' '\n' <<<"$1" | sed '/^$/d' | sort)
     shift
-    for shell in bash zsh; do
-        if [[ $shell == zsh && ${CI:-} != true ]] && ! command -v zsh >/dev/null; then
-            continue
-        fi
+    for shell in "${shells[@]}"; do
         offered=$("in_$shell" "$@" || true)
         if [[ $offered != "$expected" ]]; then
             printf '%s offers for "%s":\n%s\ninstead of:\n%s\n' "$shell" "$*" "$offered" "$expected"
@@ -41,38 +67,36 @@ expect() {
     done
 }
 
-commands=$("$tqxml" --help | sed -nE 's/^usage: tqxml ([a-z-]+).*/\1/p')
-expect "$commands --help --version" tqxml ''
-for command in $commands; do
-    help=$("$tqxml" "$command" --help)
-    options=$(sed -nE 's/^  (-h, )?(--[a-z-]+).*/\2/p' <<<"$help")
-    expect "$options" tqxml "$command" x -
-    if ! grep -qx ".SS $command" <<<"$manual"; then
-        printf 'the manual page has no section "%s"\n' "$command"
-        failed=1
-    fi
+# Long options that the help of a verb shows.
+options_of() { "$tqxml" help "$@" | sed -nE 's/^  (-[a-z], )?(--[a-z-]+).*/\2/p'; }
+
+verbs=$("$tqxml" help | sed -nE 's/^  ([a-z-]+) .*/\1/p')
+expect "$verbs" tqxml ''
+expect "$(options_of) --database" tqxml --
+for verb in $verbs; do
+    options=$(options_of "$verb")
+    expect "$options" tqxml "$verb" --
+    section=$(sed -n "/^\.SS ${verb/-/\\\\-}\$/,/^\.S[SH]/p" "$folder/tqxml.1" | sed 's/\\-/-/g')
     for option in $options; do
-        if ! grep -qw -e "$option" <<<"$manual"; then
-            printf 'the manual page does not describe "%s"\n' "$option"
+        if ! grep -q -e "^[^ ]*.*$option" <<<"$section$(options_of)"; then
+            printf 'the manual page does not describe "%s %s"\n' "$verb" "$option"
             failed=1
         fi
     done
 done
+kinds='outputs publications books jobs owners profiles'
+expect "$kinds" tqxml list ''
+expect "$kinds" tqxml --database shop.db list ''
+expect "$kinds" tqxml -q list -f csv ''
+expect 'output publication book job owner profile' tqxml show ''
+expect 'table xml json jsonl csv tsv' tqxml list jobs --format ''
+expect 'json jsonl' tqxml list jobs -f j
+expect 'waiting in-progress done' tqxml list --state ''
+expect 'xml packet' tqxml convert --to ''
+expect "$verbs" tqxml help ''
+cd "$folder"
 for line in 'list jobs --database' init 'convert --to xml' 'import-icc a.db'; do
     read -ra words <<<"$line"
-    if [[ $(in_bash tqxml "${words[@]}" "$folder/_tq") != "$folder/_tqxml" ]]; then
-        printf 'bash offers no file for "%s"\n' "$line"
-        failed=1
-    fi
-    if command -v zsh >/dev/null && ! in_zsh tqxml "${words[@]}" '' | grep -qx FILES; then
-        printf 'zsh offers no files for "%s"\n' "$line"
-        failed=1
-    fi
+    expect tqxml.fish tqxml "${words[@]}" tqxml.f
 done
-types=$("$tqxml" list --help | sed -nE '1s/.* list ([a-z|]+).*/\1/p' | tr '|' ' ')
-expect "$types --help" tqxml list ''
-expect 'job book owner output profile --help' tqxml show ''
-expect 'xml table' tqxml list jobs --format ''
-expect 'xml packet' tqxml convert --to ''
-expect '' tqxml list jobs --key ''
 exit $failed

@@ -49,7 +49,7 @@ endforeach()
 
 file(STRINGS ${SOURCE}/serverlib/tqtypes.h line REGEX "TQMAX_NESTING = ")
 string(REGEX REPLACE ".* = (-?[0-9]+).*" "\\1" bound "${line}")
-must_hold(doc/tqxml.1 "deeper than ${bound} levels" "does not say the bound of nesting, ${bound}")
+must_hold(doc/tqxml.1.in "deeper than ${bound} levels" "does not say the bound of nesting, ${bound}")
 
 list(LENGTH all count)
 if(count LESS 40 OR NOT names)

@@ -3,33 +3,27 @@
 
 #include <QString>
 
-class QCommandLineParser;
+class CommandLine;
+struct Layout;
 
 /// Exit codes.
 constexpr int DONE = 0;
 constexpr int FAILED = 1;
 constexpr int MISUSED = 2;
 
-/// A command of tqxml, such as "list".
-struct Command
-{
-    const char *name;
-    const char *synopsis;  ///< arguments, as in the usage line
-    const char *help;  ///< what it does, and its options
-    void (*declareOptions)(QCommandLineParser &parser);
-    int (*run)(const Command &command, const QCommandLineParser &parser);
-};
+/// @{
+/// The verbs. They return the exit code.
+int runList(const CommandLine &line);
+int runShow(const CommandLine &line);
+int runConvert(const CommandLine &line);
+int runInit(const CommandLine &line);
+int runImport(const CommandLine &line);
+/// @}
 
-extern const Command LIST_COMMAND;
-extern const Command SHOW_COMMAND;
-extern const Command CONVERT_COMMAND;
-extern const Command INIT_COMMAND;
-extern const Command IMPORT_ICC_COMMAND;
+/// Prints to standard error what is wrong and where there is help; returns the exit code.
+int misuse(const CommandLine &line, const QString &message);
 
-/// The usage line of a command, without a line feed.
-QString usageOf(const Command &command);
-
-/// Prints a message and the usage to standard error; returns the exit code.
-int misuse(const Command &command, const QString &message);
+/// The layout that the options ask for, without columns.
+Layout layoutOf(const CommandLine &line);
 
 #endif

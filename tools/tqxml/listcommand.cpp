@@ -1,204 +1,350 @@
 #include "command.h"
-#include "itemtable.h"
+
+#include "commandline.h"
+#include "nearest.h"
+#include "rowsource.h"
+#include "rowwriter.h"
+#include "sortedrows.h"
 #include "streams.h"
 #include "values.h"
-#include "xmlwriter.h"
-
-#include "xmlaction.h"
-#include "xmlagent.h"
-#include "xmlcommserver.h"
-#include "xmlpacket.h"
-#include "xmlrouter.h"
 
 #include "tqcommserver.h"
 #include "tqstore.h"
 
-#include <QCommandLineParser>
 #include <QCoreApplication>
 
 #include <algorithm>
-#include <iterator>
+#include <limits>
 #include <memory>
-#include <vector>
+#include <optional>
 
 namespace {
 
-const QString KEY_OPTION = QStringLiteral("key");
-const QString PUBLICATIONS_OPTION = QStringLiteral("include-publications");
-const QString DATABASE_OPTION = QStringLiteral("database");
-const QString FORMAT_OPTION = QStringLiteral("format");
-const QString TABLE = QStringLiteral("table");
-const QString XML = QStringLiteral("xml");
+constexpr QLatin1String ALL_COLUMNS("all");
+constexpr QLatin1String DESCENDING(":desc");
+constexpr QLatin1String TABLE("table");
+constexpr QLatin1String XML("xml");
+constexpr size_t NAME_COLUMN = 1;  // of the columns of a listing
 
-struct Listing
+// Fields of jobs.
+constexpr unsigned BOOK_TAG = 0x3;
+constexpr unsigned STATE_TAG = 0x7;
+
+// Which rows are printed, by one of their cells.
+struct Filter
 {
-    const char *name;
-    int request;  // request type of the bridge
-    PACKETDATATYPES owner;  // data type that --key takes; NONE if it takes no keys
-    std::vector<unsigned> tags;  // the name's, for its heading, then those of the columns
+    int column;
+    QStringList texts;  // one of which the cell is
+    QString part;  // which the cell has in it
+
+    bool matches(const QStringList &cells) const
+    {
+        const QString &cell = cells.at(column);
+        return (texts.isEmpty() || texts.contains(cell)) &&
+            cell.contains(part, Qt::CaseInsensitive);
+    }
 };
 
-const Listing LISTINGS[] = {
-    { "outputs", XMLCommServer::REQUEST_OUTPUTS, PACKETDATATYPE_NONE,
-        { 0x1, 0x2, 0x3, 0x4, 0x5, 0x6, 0x8, 0x9 } },
-    { "publications", XMLCommServer::REQUEST_PUBLICATIONS, PACKETDATATYPE_OUTPUT,
-        { 0x5, 0x2, 0x6, 0x7, 0xf } },
-    { "books", XMLCommServer::REQUEST_BOOKS, PACKETDATATYPE_BOOKOWNER,
-        { 0x1, 0x2, 0x4, 0x5, 0x6, 0x7, 0x3 } },
-    { "jobs", XMLCommServer::REQUEST_JOBS, PACKETDATATYPE_OUTPUT,
-        { 0x1, 0x2, 0x5, 0x6, 0x7, 0x9, 0xc, 0x3, 0x4 } },
-};
-
-// Receives and keeps the reply to one request.
-class Asker : public XMLAgent
-{
-public:
-    static constexpr int TYPE = 1;
-
-    Asker() : XMLAgent(TYPE) {}
-
-    void receive(XMLPacket *packet) override { m_reply.reset(packet); }
-    std::unique_ptr<XMLPacket> takeReply() { return std::move(m_reply); }
-
-private:
-    std::unique_ptr<XMLPacket> m_reply;
-};
-
+// A listing as it was asked for.
 struct Request
 {
-    const Listing *listing = nullptr;
-    std::vector<TQKEY_ELEMENT> keys;
-    bool includesPublications = false;
+    RowSource::Query query;
+    Layout layout;
+    Columns read;  // those of the layout, then further ones to filter and to sort by
+    std::vector<Filter> filters;
+    std::vector<Order> orders;
+    size_t limit = std::numeric_limits<size_t>::max();
+
+    // The position of a column in the rows, which is read from now on.
+    int use(const Column &column)
+    {
+        if (indexOf(read, column.name) < 0) {
+            read.push_back(column);
+        }
+        return indexOf(read, column.name);
+    }
 };
 
-void fill(XMLAction &action, Request &request)
+// Prints the rows of a request, from first to last or sorted.
+class Printer
 {
-    QList<TQKEY_ELEMENT *> keys;
-    for (TQKEY_ELEMENT &key : request.keys) {
-        keys << &key;
+public:
+    Printer(const Request &request, Output &output)
+        : m_request(request), m_output(output), m_reader(request.read), m_sorted(request.orders),
+          m_writer(RowWriter::create(request.layout, output)),
+          m_needsCells(m_writer->needsCells() || !request.filters.empty() || isSorted())
+    {
     }
-    if (!keys.isEmpty()) {
-        action.setTQKEYList(keys);
+
+    // False when enough is printed.
+    bool take(const QByteArray &xml)
+    {
+        Row row { m_needsCells ? m_reader.cellsOf(xml) : QStringList(),
+            m_writer->needsCells() ? QByteArray() : xml };
+        const bool isWanted = std::all_of(m_request.filters.begin(), m_request.filters.end(),
+            [&row](const Filter &filter) { return filter.matches(row.cells); });
+        if (!isWanted || m_request.limit == 0) {
+            return m_request.limit > 0;
+        }
+        if (isSorted()) {
+            m_sorted.add(row);
+            return true;
+        }
+        return print(row);
     }
-    action.setExcludePublications(!request.includesPublications);
+
+    void finish()
+    {
+        m_sorted.takeEach([this](const Row &row) { return m_request.limit > 0 && print(row); });
+        if (m_printed > 0 || m_request.layout.format != TABLE) {
+            m_writer->finish();
+        }
+        m_output.flush();
+    }
+
+    size_t printed() const { return m_printed; }
+
+private:
+    bool isSorted() const { return !m_request.orders.empty(); }
+
+    bool print(const Row &row)
+    {
+        m_writer->write(row);
+        return ++m_printed < m_request.limit && m_output.isOpen();
+    }
+
+    const Request &m_request;
+    Output &m_output;
+    ItemReader m_reader;
+    SortedRows m_sorted;
+    const std::unique_ptr<RowWriter> m_writer;
+    const bool m_needsCells;
+    size_t m_printed = 0;
+};
+
+// A filter by a field that the listing has.
+Filter filterBy(Request &request, unsigned tag, const QStringList &texts)
+{
+    const Columns all = columnsOf(*request.query.listing);
+    const auto column = std::find_if(
+        all.begin(), all.end(), [tag](const Column &candidate) { return candidate.tag == tag; });
+    return { request.use(*column), texts, QString() };
 }
 
-// The bridge's reply; null when it sent none.
-std::unique_ptr<XMLPacket> ask(TQCommServer &server, Request &request)
+// The keys of the items that an option names, by a key or by a name. None, with an error, if there
+// are none or the query failed.
+QStringList keysOf(TQCommServer &server, PACKETDATATYPES type, const QString &text, QString &error)
 {
-    XMLRouter router(&server, nullptr, nullptr);
-    Asker asker;
-    router.add(&asker);
-    XMLAction action(
-        QLatin1String(request.listing->name), request.listing->request, asker.getAgentID());
-    fill(action, request);
-    XMLPacket *packet = asker.getXMLPacket(router.getXMLCommServerID());
-    packet->appendV(action);
-    // Not every request gets a reply. But the bridge calls deleteLater() of each request that it
-    // has served, so the request is destroyed after its reply was delivered.
-    QObject::connect(packet, &QObject::destroyed, QCoreApplication::instance(),
-        [] { QCoreApplication::quit(); });
-    router.send(packet);
-    QCoreApplication::exec();
-    router.remove(&asker);
-    return asker.takeReply();
-}
-
-int print(const XMLPacket *reply, const Listing &listing, bool asXml)
-{
-    std::list<QDomNode> items;
-    if (!reply || reply->getNodesOfType(XMLObject::XMLOBJECT_PACKETABLE, items) == 0) {
-        note(QStringLiteral("no %1 found").arg(QLatin1String(listing.name)));
-        return DONE;
+    const std::optional<TQKEY_ELEMENT> key = readKey(text);
+    if (key) {
+        return { keyText(*key) };
     }
-    return asXml ? printXml(items.front().ownerDocument().documentElement())
-                 : writeOutput(itemTable(items, listing.tags));
-}
-
-int list(Request &request, const QByteArray &url, bool asXml)
-{
-    TQCommServer server(url.constData());
-    std::unique_ptr<XMLPacket> reply;
-    if (server.failures() == 0) {
-        const TQReadTransaction oneMoment(server);
-        reply = ask(server, request);
+    std::vector<TQNAMEDKEY> items;
+    TQListKeys(server, type, items);
+    QStringList keys;
+    QStringList names;
+    for (const TQNAMEDKEY &item : items) {
+        names << QString::fromStdString(item.name);
+        if (names.last().compare(text, Qt::CaseInsensitive) == 0) {
+            keys << keyText(item.key);
+        }
     }
-    if (server.failures() != 0) {
-        return fail(QString::fromUtf8(server.errorText()));  // rows may be missing
+    if (keys.isEmpty()) {
+        error = noSuch(typeText(type), text, names);
     }
-    return print(reply.get(), *request.listing, asXml);
+    return keys;
 }
 
-const Listing *findListing(const QStringList &arguments)
+// Looks up what --output and --book name. Returns what is wrong with it, or an empty text.
+QString lookUp(TQCommServer &server, const CommandLine &line, Request &request)
 {
-    const auto found = std::find_if(
-        std::begin(LISTINGS), std::end(LISTINGS), [&arguments](const Listing &listing) {
-            return arguments == QStringList(QLatin1String(listing.name));
-        });
-    return found == std::end(LISTINGS) ? nullptr : found;
+    QString error;
+    if (line.isSet("output")) {
+        const QStringList keys = keysOf(server, PACKETDATATYPE_OUTPUT, line.value("output"), error);
+        for (const QString &key : keys) {
+            request.query.keys.push_back(*readKey(key));
+        }
+    }
+    if (line.isSet("book") && error.isEmpty()) {
+        const QStringList books = keysOf(server, PACKETDATATYPE_BOOK, line.value("book"), error);
+        request.filters.push_back(filterBy(request, BOOK_TAG, books));
+    }
+    return error;
 }
 
-// Reads the keys of --key into the request. Returns what is wrong with one, or an empty text.
-QString readKeys(const QStringList &texts, Request &request)
+// Reads and prints everything. A store is checked for damage when the transaction ends. Whoever
+// wants no more rows does not wait for that: then the connection is closed before.
+void printAll(
+    std::unique_ptr<TQCommServer> &server, const Request &request, Printer &printer, Output &output)
 {
-    const PACKETDATATYPES owner = request.listing->owner;
+    const unsigned failures = server->failures();
+    ProgressBar bar(QStringLiteral("reading"));
+    const bool isSilent = terminalWidth() == 0;
+    const bool isWhole = RowSource(*server, request.query)
+                             .run([&](const QByteArray &xml) { return printer.take(xml); },
+                                 [&](size_t done, size_t total) {
+                                     output.flush();
+                                     if (isSilent) {
+                                         bar.show(done, total);
+                                     }
+                                 });
+    if (!isWhole && server->failures() == failures) {
+        server.reset();
+    }
+}
+
+int list(const CommandLine &line, Request &request)
+{
+    auto server = std::make_unique<TQCommServer>(line.store().constData());
+    Output output;
+    std::optional<Printer> printer;
+    if (server->failures() == 0) {
+        const TQReadTransaction oneMoment(*server);
+        const QString wrong = lookUp(*server, line, request);
+        if (!wrong.isEmpty() && server->failures() == 0) {
+            return fail(wrong);
+        }
+        printer.emplace(request, output);
+        printAll(server, request, *printer, output);
+    }
+    if (server && server->failures() != 0) {
+        output.flush();  // the rows before the failure, but no end
+        return fail(QString::fromUtf8(server->errorText()));
+    }
+    printer->finish();
+    if (printer->printed() == 0 && output.isOpen() && request.limit > 0) {
+        remark(QStringLiteral("no %1 found").arg(QLatin1String(request.query.listing->name)));
+    }
+    return output.code();
+}
+
+// The functions below read a part of the command line each. They return what is wrong with it, or
+// an empty text.
+
+QString noColumn(const QString &name, const Columns &columns)
+{
+    return noSuch(QStringLiteral("column"), name, namesOf(columns));
+}
+
+QString readLayout(const CommandLine &line, Request &request)
+{
+    const Listing &listing = *request.query.listing;
+    const Columns all = columnsOf(listing);
+    request.layout = layoutOf(line);
+    request.layout.columns = usualColumnsOf(listing);
+    if (request.layout.areChosen) {
+        const QStringList names = line.value("columns").split(QLatin1Char(','));
+        request.layout.columns = names.contains(ALL_COLUMNS) ? all : Columns();
+        for (const QString &name : names) {
+            const int index = indexOf(all, name);
+            if (index < 0 && name != ALL_COLUMNS) {
+                return noColumn(name, all);
+            }
+            if (index >= 0 && indexOf(request.layout.columns, name) < 0) {
+                request.layout.columns.push_back(all[size_t(index)]);
+            }
+        }
+    }
+    request.read = request.layout.columns;
+    return QString();
+}
+
+QString readOrders(const CommandLine &line, Request &request)
+{
+    const Columns all = columnsOf(*request.query.listing);
+    const QStringList texts = line.values("sort");
     for (const QString &text : texts) {
-        if (owner == PACKETDATATYPE_NONE) {
-            return QStringLiteral("outputs are not listed by key");
+        const bool isDescending = text.endsWith(DESCENDING);
+        const QString name = isDescending ? text.chopped(DESCENDING.size()) : text;
+        const int index = indexOf(all, name);
+        if (index < 0) {
+            return noColumn(name, all);
         }
-        const std::optional<TQKEY_ELEMENT> key = readKey(text);
-        const QString wrong = key ? wrongKey(*key, owner) : noKey(text);
-        if (!wrong.isEmpty()) {
-            return wrong;
-        }
-        request.keys.push_back(*key);
+        const Column &column = all[size_t(index)];
+        request.orders.push_back({ request.use(column), column.kind, isDescending });
     }
     return QString();
 }
 
-void declareOptions(QCommandLineParser &parser)
+QString readLimit(const CommandLine &line, Request &request)
 {
-    parser.addOption({ KEY_OPTION, QString(), KEY_OPTION });
-    parser.addOption({ PUBLICATIONS_OPTION, QString() });
-    parser.addOption({ DATABASE_OPTION, QString(), DATABASE_OPTION });
-    parser.addOption({ FORMAT_OPTION, QString(), FORMAT_OPTION, TABLE });
+    if (!line.isSet("limit")) {
+        return QString();
+    }
+    bool isNumber = false;
+    request.limit = line.value("limit").toUInt(&isNumber);
+    return isNumber ? QString()
+                    : QStringLiteral("\"%1\" is no number of rows").arg(line.value("limit"));
 }
 
-int run(const Command &command, const QCommandLineParser &parser)
+QString readFilters(const CommandLine &line, Request &request)
 {
-    Request request;
-    request.listing = findListing(parser.positionalArguments());
-    if (!request.listing) {
-        const QString words = parser.positionalArguments().join(QLatin1Char(' '));
-        return misuse(command,
-            words.isEmpty() ? QStringLiteral("name one thing to list")
-                            : QStringLiteral("there is no list \"%1\"").arg(words));
+    const Listing &listing = *request.query.listing;
+    for (const char *option : { "state", "book", "output" }) {
+        if (line.isSet(option) && listing.type != PACKETDATATYPE_JOB) {
+            return QStringLiteral("only jobs and publications have a --%1")
+                .arg(QLatin1String(option));
+        }
     }
-    const QString format = parser.value(FORMAT_OPTION);
-    if (format != XML && format != TABLE) {
-        return misuse(command, QStringLiteral("there is no format \"%1\"").arg(format));
+    constexpr std::pair<const char *, PACKETDATATYPES> KINDS[] = {
+        { "output", PACKETDATATYPE_OUTPUT }, { "book", PACKETDATATYPE_BOOK }
+    };
+    for (const auto &[option, type] : KINDS) {
+        const std::optional<TQKEY_ELEMENT> key = readKey(line.value(option));
+        if (key && !wrongKey(*key, type).isEmpty()) {
+            return wrongKey(*key, type);
+        }
     }
-    const QString wrong = readKeys(parser.values(KEY_OPTION), request);
-    if (!wrong.isEmpty()) {
-        return misuse(command, wrong);
+    if (line.isSet("key") && line.isSet("output")) {
+        return QStringLiteral("give --key or --output, not both");
     }
-    request.includesPublications = parser.isSet(PUBLICATIONS_OPTION);
-    return list(request,
-        parser.isSet(DATABASE_OPTION) ? databaseUrl(parser.value(DATABASE_OPTION)) : sampleUrl(),
-        format == XML);
+    if (line.isSet("name")) {
+        const Column name = columnsOf(listing)[NAME_COLUMN];
+        request.filters.push_back({ request.use(name), {}, line.value("name") });
+    }
+    if (line.isSet("state")) {
+        request.filters.push_back(
+            filterBy(request, STATE_TAG, { stateNumber(line.value("state")) }));
+    }
+    return QString();
 }
+
+QString readKeys(const CommandLine &line, Request &request)
+{
+    const Listing &listing = *request.query.listing;
+    const QStringList texts = line.values("key");
+    for (const QString &text : texts) {
+        if (listing.owner == PACKETDATATYPE_NONE) {
+            return QStringLiteral("%1 are not listed by key").arg(QLatin1String(listing.name));
+        }
+        const std::optional<TQKEY_ELEMENT> key = readKey(text);
+        const QString wrong = key ? wrongKey(*key, listing.owner) : noKey(text);
+        if (!wrong.isEmpty()) {
+            return wrong;
+        }
+        request.query.keys.push_back(*key);
+    }
+    return QString();
+}
+
+using ReadPart = QString (*)(const CommandLine &line, Request &request);
+constexpr ReadPart PARTS[] = { readLayout, readOrders, readLimit, readFilters, readKeys };
 
 }  // namespace
 
-const Command LIST_COMMAND = {
-    "list",
-    "outputs|publications|books|jobs [--key KEY:HKEY]... [--include-publications]"
-    " [--database DATABASE] [--format xml|table]",
-    "Lists what a store holds; by default all, from the sample that comes with tqxml.\n\n"
-    "  --key KEY:HKEY         Only what belongs to this owner of books, or to this output.\n"
-    "  --include-publications List the jobs of publications, too.\n"
-    "  --database DATABASE    The store.\n"
-    "  --format xml|table     The reply packet as XML, or a table for people (the default).\n",
-    declareOptions,
-    run,
-};
+int runList(const CommandLine &line)
+{
+    Request request;
+    request.query.listing = findListing(line.arguments().value(0));
+    request.query.includesPublications = line.isSet("include-publications");
+    if (line.arguments().size() != 1) {
+        return misuse(line, QStringLiteral("name one thing to list"));
+    }
+    for (const ReadPart read : PARTS) {
+        const QString wrong = read(line, request);
+        if (!wrong.isEmpty()) {
+            return misuse(line, wrong);
+        }
+    }
+    return list(line, request);
+}

@@ -1,9 +1,11 @@
 #include "command.h"
+#include "commandline.h"
+#include "help.h"
+#include "rowwriter.h"
 #include "streams.h"
 
 #include "tqxml_version.h"
 
-#include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QFile>
 
@@ -16,97 +18,58 @@
 
 namespace {
 
-constexpr const Command *COMMANDS[] = {
-    &LIST_COMMAND,
-    &SHOW_COMMAND,
-    &CONVERT_COMMAND,
-    &INIT_COMMAND,
-    &IMPORT_ICC_COMMAND,
+int runHelp(const CommandLine &line);
+
+struct Runner
+{
+    const char *verb;
+    int (*run)(const CommandLine &line);
+};
+constexpr Runner RUNNERS[] = {
+    { "list", runList },
+    { "show", runShow },
+    { "convert", runConvert },
+    { "init", runInit },
+    { "import-icc", runImport },
+    { "help", runHelp },
 };
 
-constexpr char PURPOSE[] = "Looks into stores of publishing data, and converts items of them.";
-constexpr char CLOSING[] =
-    "\nA DATABASE is the path of a store, sqlite:PATH or\n"
-    "postgresql://USER@HOST:PORT/DB. Exit codes: 0 done, 1 failed, 2 misused.\n"
-    "For more, see \"tqxml COMMAND --help\" and the manual page tqxml(1).\n";
+int print(const std::string &text) { return writeOutput(QByteArray::fromStdString(text)); }
 
-const QString HELP = QStringLiteral("help");
-const QString VERSION = QStringLiteral("version");
-
-QString generalUsage()
+int runHelp(const CommandLine &line)
 {
-    QString usage = QStringLiteral("usage: tqxml ");
-    for (const Command *command : COMMANDS) {
-        usage += QLatin1String(command->name) + QLatin1Char('|');
+    const QString name = line.arguments().value(0);
+    for (const Verb &verb : verbs()) {
+        if (name == QLatin1String(verb.name)) {
+            return print(helpOn(verb));
+        }
     }
-    usage.chop(1);
-    return usage + QLatin1String(" ... | --help | --version");
-}
-
-int misuse(const QString &message) { return complain(MISUSED, message, generalUsage()); }
-
-int printHelp()
-{
-    QString text = QLatin1String(PURPOSE) + QLatin1String("\n\n");
-    for (const Command *command : COMMANDS) {
-        text += usageOf(*command) + QLatin1Char('\n');
-    }
-    return writeOutput((text + QLatin1String(CLOSING)).toUtf8());
-}
-
-int printHelp(const Command &command)
-{
-    const QString text = usageOf(command) + QLatin1String("\n\n") + QLatin1String(command.help) +
-        QLatin1String("  -h, --help             Print this and stop.\n");
-    return writeOutput(text.toUtf8());
-}
-
-void declareHelp(QCommandLineParser &parser)
-{
-    parser.addOption({ { QStringLiteral("h"), HELP }, QString() });
-}
-
-int run(const Command &command, const QStringList &arguments)
-{
-    QCommandLineParser parser;
-    declareHelp(parser);
-    command.declareOptions(parser);
-    if (!parser.parse(arguments)) {
-        return misuse(command, parser.errorText());
-    }
-    return parser.isSet(HELP) ? printHelp(command) : command.run(command, parser);
-}
-
-// Runs a command line without a command, such as "tqxml --help".
-int runWithout(const QStringList &arguments)
-{
-    QCommandLineParser parser;
-    declareHelp(parser);
-    parser.addOption({ { QStringLiteral("v"), VERSION }, QString() });
-    if (!parser.parse(arguments)) {
-        return misuse(parser.errorText());
-    }
-    if (parser.isSet(HELP)) {
-        return printHelp();
-    }
-    if (parser.isSet(VERSION)) {
-        return writeOutput(QByteArrayLiteral("tqxml " TQXML_VERSION "\n"));
-    }
-    return misuse(QStringLiteral("no command is given"));
+    return print(generalHelp());
 }
 
 int run(const QStringList &arguments)
 {
-    if (arguments.size() < 2 || arguments.at(1).startsWith(QLatin1Char('-'))) {
-        return runWithout(arguments);
+    const CommandLine line(arguments);
+    if (!line.error().isEmpty()) {
+        return misuse(line, line.error());
     }
-    const QString &name = arguments.at(1);
-    const auto found = std::find_if(std::begin(COMMANDS), std::end(COMMANDS),
-        [&name](const Command *command) { return name == QLatin1String(command->name); });
-    if (found == std::end(COMMANDS)) {
-        return misuse(QStringLiteral("there is no command \"%1\"").arg(name));
+    if (line.isSet("help")) {
+        return print(line.verb() ? helpOn(*line.verb()) : generalHelp());
     }
-    return run(**found, arguments.mid(1));
+    if (line.isSet("version")) {
+        return writeOutput(QByteArrayLiteral("tqxml " TQXML_VERSION "\n"));
+    }
+    if (!line.verb()) {
+        return misuse(line, QStringLiteral("no verb is given"));
+    }
+    if (line.isSet("quiet")) {
+        beQuiet();
+    }
+    const auto found =
+        std::find_if(std::begin(RUNNERS), std::end(RUNNERS), [&line](const Runner &candidate) {
+            return qstrcmp(line.verb()->name, candidate.verb) == 0;
+        });
+    return found == std::end(RUNNERS) ? FAILED : found->run(line);
 }
 
 // Called by operator new: an exception must not cross the event loop.
@@ -131,15 +94,20 @@ void discardMessage(QtMsgType, const QMessageLogContext &, const QString &) {}
 
 }  // namespace
 
-QString usageOf(const Command &command)
+int misuse(const CommandLine &line, const QString &message)
 {
-    return QStringLiteral("usage: tqxml ") + QLatin1String(command.name) + QLatin1Char(' ') +
-        QLatin1String(command.synopsis);
+    const QString verb =
+        line.verb() ? QLatin1Char(' ') + QLatin1String(line.verb()->name) : QString();
+    return complain(MISUSED, message, QStringLiteral("See \"tqxml help%1\".").arg(verb));
 }
 
-int misuse(const Command &command, const QString &message)
+Layout layoutOf(const CommandLine &line)
 {
-    return complain(MISUSED, message, usageOf(command));
+    Layout layout;
+    layout.format = line.isSet("format") ? line.value("format") : QStringLiteral("table");
+    layout.hasHeaders = !line.isSet("no-headers");
+    layout.areChosen = line.isSet("columns");
+    return layout;
 }
 
 int main(int argc, char **argv)
@@ -153,9 +121,9 @@ int main(int argc, char **argv)
     const QCoreApplication application(argc, argv);
     for (int i = 1; i < argc; ++i) {
         if (QFile::encodeName(QFile::decodeName(argv[i])) != argv[i]) {
-            return misuse(
+            return misuse(CommandLine({}),
                 QStringLiteral("an argument is not UTF-8: \"%1\"").arg(QString::fromUtf8(argv[i])));
         }
     }
-    return run(QCoreApplication::arguments());
+    return run(QCoreApplication::arguments().mid(1));
 }

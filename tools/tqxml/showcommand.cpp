@@ -1,6 +1,7 @@
 #include "command.h"
+#include "commandline.h"
+#include "rowwriter.h"
 #include "streams.h"
-#include "texttable.h"
 #include "values.h"
 #include "xmlwriter.h"
 
@@ -10,14 +11,13 @@
 #include "tqcommserver.h"
 #include "tqstore.h"
 
-#include <QCommandLineParser>
-
 #include <memory>
 
 namespace {
 
-const QString REFERENCES_OPTION = QStringLiteral("references");
-const QString DATABASE_OPTION = QStringLiteral("database");
+// What is shown of a publication is one of its jobs.
+const QString PUBLICATION = QStringLiteral("publication");
+constexpr int PUBLICATION_TAG = 0x5;  // of a job: the publication's name
 
 // Loads an item and everything that it refers to. Null, with an error, if there is no such item or
 // a query failed.
@@ -42,69 +42,96 @@ std::unique_ptr<XMLPacketable> load(
     return item;
 }
 
-int printReferences(const XMLPacketable &item)
+// The columns of references.
+Columns referenceColumns()
+{
+    return { plainColumn(QStringLiteral("Key"), Kind::Key), plainColumn(QStringLiteral("Type")),
+        plainColumn(QStringLiteral("Name")), plainColumn(QStringLiteral("Referred to by")) };
+}
+
+int printReferences(const XMLPacketable &item, const Layout &layout)
 {
     QList<XPKReference *> references;
-    if (!item.getXPKReferences(references)) {
-        note(QStringLiteral("no references found"));
-        return DONE;
-    }
-    TextTable table({ QStringLiteral("Key"), QStringLiteral("Type"), QStringLiteral("Name"),
-        QStringLiteral("Referred to by") });
+    item.getXPKReferences(references);
+    std::vector<QStringList> rows;
     for (const XPKReference *reference : references) {
         const XMLPacketable &referred = *reference->packetable;
         const bool isByName = !reference->name.isNull();
-        table.addRow({ isByName ? QString() : keyText(reference->key), typeText(referred.getType()),
-            referred.getName(), isByName ? QStringLiteral("name") : QStringLiteral("key") });
+        rows.push_back(
+            { isByName ? QString() : keyText(reference->key), typeText(referred.getType()),
+                referred.getName(), isByName ? QStringLiteral("name") : QStringLiteral("key") });
     }
     qDeleteAll(references);
-    return writeOutput(table.text());
+    if (rows.empty()) {
+        remark(QStringLiteral("no references found"));
+    }
+    return printRows(layout, rows);
 }
 
-void declareOptions(QCommandLineParser &parser)
+// The name of the publication that a job belongs to; a null string if there is none.
+QString publicationOf(const XMLPacketable &job)
 {
-    parser.addOption({ REFERENCES_OPTION, QString() });
-    parser.addOption({ DATABASE_OPTION, QString(), DATABASE_OPTION });
+    const QString field = XMLPacketable::getXMLTagNameFromDATATAG(PUBLICATION_TAG);
+    const QDomElement item =
+        XMLPacketable::getPacketableItemNode(job.getNodeConst().toElement()).toElement();
+    return item.firstChildElement(field).attribute(XMLPacketable::VALUE);
 }
 
-int run(const Command &command, const QCommandLineParser &parser)
+// What is shown, as the command line says it.
+struct Wanted
 {
-    const QStringList arguments = parser.positionalArguments();
+    PACKETDATATYPES type = PACKETDATATYPE_NONE;
+    TQKEY_ELEMENT key {};
+    bool isPublication = false;
+    Layout layout;  // of the references
+};
+
+// Returns what is wrong with the command line, or an empty text.
+QString read(const CommandLine &line, Wanted &wanted)
+{
+    const QStringList &arguments = line.arguments();
     if (arguments.size() != 2) {
-        return misuse(command, QStringLiteral("give a type and a key"));
+        return QStringLiteral("give a type and a key");
     }
-    const std::optional<PACKETDATATYPES> type = readType(arguments.at(0));
-    if (!type) {
-        return misuse(command, QStringLiteral("there is no type \"%1\"").arg(arguments.at(0)));
-    }
+    wanted.isPublication = arguments.at(0) == PUBLICATION;
+    wanted.type = wanted.isPublication ? PACKETDATATYPE_JOB : *readType(arguments.at(0));
     const std::optional<TQKEY_ELEMENT> key = readKey(arguments.at(1));
     if (!key) {
-        return misuse(command, noKey(arguments.at(1)));
+        return noKey(arguments.at(1));
     }
-    const QString wrong = wrongKey(*key, *type);
-    if (!wrong.isEmpty()) {
-        return misuse(command, wrong);
+    wanted.key = *key;
+    wanted.layout = layoutOf(line);
+    wanted.layout.columns = referenceColumns();
+    const bool isXml = wanted.layout.format == QLatin1String("xml");
+    if (line.isSet("references") ? isXml : line.isSet("format") && !isXml) {
+        return line.isSet("references")
+            ? QStringLiteral("references are not printed as XML")
+            : QStringLiteral("an item is printed as XML; --format is for --references");
     }
-    QString error;
-    const std::unique_ptr<XMLPacketable> item = load(
-        parser.isSet(DATABASE_OPTION) ? databaseUrl(parser.value(DATABASE_OPTION)) : sampleUrl(),
-        *type, *key, error);
-    if (!item) {
-        return fail(error);
-    }
-    return parser.isSet(REFERENCES_OPTION) ? printReferences(*item)
-                                           : printXml(item->getNodeConst());
+    return wrongKey(*key, wanted.type);
 }
 
 }  // namespace
 
-const Command SHOW_COMMAND = {
-    "show",
-    "TYPE KEY:HKEY [--references] [--database DATABASE]",
-    "Prints an item as XML, with everything that it refers to inside. TYPE is job, book, owner,\n"
-    "output, profile or the hexadecimal number of a data type.\n\n"
-    "  --references           Only list what the item itself refers to.\n"
-    "  --database DATABASE    The store; by default the sample that comes with tqxml.\n",
-    declareOptions,
-    run,
-};
+int runShow(const CommandLine &line)
+{
+    Wanted wanted;
+    const QString wrong = read(line, wanted);
+    if (!wrong.isEmpty()) {
+        return misuse(line, wrong);
+    }
+    QString error;
+    const std::unique_ptr<XMLPacketable> item = load(line.store(), wanted.type, wanted.key, error);
+    if (!item) {
+        return fail(error);
+    }
+    if (wanted.isPublication) {
+        const QString name = publicationOf(*item);
+        if (name.isEmpty()) {
+            return fail(QStringLiteral("%1 is no job of a publication").arg(keyText(wanted.key)));
+        }
+        item->setName(name);
+    }
+    return line.isSet("references") ? printReferences(*item, wanted.layout)
+                                    : printXml(item->getNodeConst());
+}

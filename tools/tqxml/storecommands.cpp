@@ -1,11 +1,11 @@
 #include "command.h"
+#include "commandline.h"
+#include "rowwriter.h"
 #include "streams.h"
-#include "texttable.h"
 #include "values.h"
 
 #include "tqstore.h"
 
-#include <QCommandLineParser>
 #include <QFile>
 
 #include <csignal>
@@ -13,8 +13,6 @@
 #include <unistd.h>
 
 namespace {
-
-const QString JOBS_OPTION = QStringLiteral("jobs");
 
 int finish(bool ok, const std::string &error)
 {
@@ -69,42 +67,37 @@ TQPROGRESS progressOf(ProgressBar &bar)
     };
 }
 
-void declareInitOptions(QCommandLineParser &parser)
-{
-    parser.addOption({ JOBS_OPTION, QString(), JOBS_OPTION });
-}
+}  // namespace
 
-int runInit(const Command &command, const QCommandLineParser &parser)
+int runInit(const CommandLine &line)
 {
-    const QStringList arguments = parser.positionalArguments();
+    const QStringList arguments = line.argumentsWithDatabase();
     if (arguments.size() != 1) {
-        return misuse(command, QStringLiteral("give one database"));
+        return misuse(line, QStringLiteral("give one database"));
     }
     bool isNumber = true;
-    const QString jobs = parser.value(JOBS_OPTION);
-    const unsigned count = parser.isSet(JOBS_OPTION) ? jobs.toUInt(&isNumber) : 0;
+    const QString jobs = line.value("jobs");
+    const unsigned count = line.isSet("jobs") ? jobs.toUInt(&isNumber) : 0;
     if (!isNumber) {
-        return misuse(command, QStringLiteral("\"%1\" is no number of jobs").arg(jobs));
+        return misuse(line, QStringLiteral("\"%1\" is no number of jobs").arg(jobs));
     }
     const QByteArray url = databaseUrl(arguments.first());
     std::string error;
     bool ok = false;
     {
         ProgressBar bar(QStringLiteral("creating"));
-        ok = parser.isSet(JOBS_OPTION)
+        ok = line.isSet("jobs")
             ? TQCreateGeneratedStore(url.constData(), count, progressOf(bar), error)
             : TQCreateSampleStore(url.constData(), progressOf(bar), error);
     }
     return finish(ok, error);
 }
 
-void declareNoOptions(QCommandLineParser &) {}
-
-int runImport(const Command &command, const QCommandLineParser &parser)
+int runImport(const CommandLine &line)
 {
-    const QStringList arguments = parser.positionalArguments();
+    const QStringList arguments = line.argumentsWithDatabase();
     if (arguments.size() < 2) {
-        return misuse(command, QStringLiteral("give a database and files"));
+        return misuse(line, QStringLiteral("give a database and files"));
     }
     std::vector<std::string> files;
     for (const QString &file : arguments.mid(1)) {
@@ -121,31 +114,12 @@ int runImport(const Command &command, const QCommandLineParser &parser)
     if (!ok) {
         return finish(ok, error);
     }
-    TextTable table({ QStringLiteral("Key"), QStringLiteral("File") });
+    std::vector<QStringList> rows;
     for (size_t i = 0; i < keys.size(); ++i) {
-        table.addRow({ keyText(keys[i]), arguments.at(int(i) + 1) });
+        rows.push_back({ keyText(keys[i]), arguments.at(int(i) + 1) });
     }
-    return writeOutput(table.text());
+    Layout layout = layoutOf(line);
+    layout.columns = { plainColumn(QStringLiteral("Key"), Kind::Key),
+        plainColumn(QStringLiteral("File")) };
+    return printRows(layout, rows);
 }
-
-}  // namespace
-
-const Command INIT_COMMAND = {
-    "init",
-    "DATABASE [--jobs N]",
-    "Creates a store with the sample. A store that is there already is left alone, and an\n"
-    "interrupted run leaves none.\n\n"
-    "  --jobs N               Generated content with that many jobs instead of the sample.\n",
-    declareInitOptions,
-    runInit,
-};
-
-const Command IMPORT_ICC_COMMAND = {
-    "import-icc",
-    "DATABASE FILE...",
-    "Stores ICC profiles, each under the name of its file without the extension, in place of one\n"
-    "that has this name, and prints their keys. A file that is no whole profile leaves the store\n"
-    "as it was, like an interrupted run.\n\n",
-    declareNoOptions,
-    runImport,
-};

@@ -10,16 +10,22 @@
 #include <cstring>
 
 #include <fcntl.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace {
 
 constexpr int BAR_WIDTH = 40;
 constexpr char CLEAR_LINE[] = "\r\033[K";
+constexpr int PATIENCE = 1000;  // milliseconds without a progress bar
+constexpr int BUFFER_SIZE = 1 << 16;
+
+bool isQuiet = false;
 
 QString line(QString message)
 {
-    const QStringList arguments = QCoreApplication::arguments();
+    const QStringList arguments = QCoreApplication::arguments()
+        << qEnvironmentVariable(DATABASE_VARIABLE);
     for (const QString &argument : arguments) {
         message = withoutPassword(message, argument);
     }
@@ -57,11 +63,46 @@ QString reasonOf(int error) { return QString::fromUtf8(std::strerror(error)); }
 
 int writeOutput(const QByteArray &bytes)
 {
-    const int error = writeTo(STDOUT_FILENO, bytes);
-    if (error == 0 || error == EPIPE) {
-        return DONE;
+    Output output;
+    output.write(bytes);
+    output.flush();
+    return output.code();
+}
+
+void Output::write(const QByteArray &bytes)
+{
+    m_buffer += bytes;
+    if (m_buffer.size() >= BUFFER_SIZE) {
+        flush();
     }
-    return fail(QStringLiteral("standard output: %1").arg(reasonOf(error)));
+}
+
+void Output::flush()
+{
+    const int error = m_isOpen ? writeTo(STDOUT_FILENO, m_buffer) : 0;
+    m_buffer.resize(0);  // keeps the memory
+    if (error != 0) {
+        m_isOpen = false;
+        m_code = error == EPIPE ? DONE
+                                : fail(QStringLiteral("standard output: %1").arg(reasonOf(error)));
+    }
+}
+
+int terminalWidth()
+{
+    winsize size = {};
+    return ::isatty(STDOUT_FILENO) != 0 && ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0
+        ? int(size.ws_col)
+        : 0;
+}
+
+void beQuiet() { isQuiet = true; }
+
+void remark(const QString &message)
+{
+    if (!isQuiet) {
+        note(message);
+    }
 }
 
 void note(const QString &message) { writeTo(STDERR_FILENO, line(message).toUtf8()); }
@@ -86,8 +127,9 @@ int complain(int exitCode, const QString &message, const QString &help)
 }
 
 ProgressBar::ProgressBar(const QString &label)
-    : m_label(label), m_isVisible(::isatty(STDERR_FILENO) != 0)
+    : m_label(label), m_isVisible(!isQuiet && ::isatty(STDERR_FILENO) != 0)
 {
+    m_timer.start();
 }
 
 ProgressBar::~ProgressBar()
@@ -100,7 +142,7 @@ ProgressBar::~ProgressBar()
 void ProgressBar::show(size_t done, size_t total)
 {
     const int percent = total == 0 ? 100 : int(100.0 * double(done) / double(total));
-    if (!m_isVisible || percent == m_percent) {
+    if (!m_isVisible || percent == m_percent || m_timer.elapsed() < PATIENCE) {
         return;
     }
     m_percent = percent;

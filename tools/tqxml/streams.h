@@ -2,6 +2,7 @@
 #define STREAMS_H
 
 #include <QByteArray>
+#include <QElapsedTimer>
 #include <QString>
 
 /// Opens closed standard streams, so that no file opened later gets their descriptors.
@@ -15,6 +16,31 @@ QString reasonOf(int error);
 /// Writes everything to standard output and returns the exit code. Reports errors, except that a
 /// reader may close its pipe early.
 int writeOutput(const QByteArray &bytes);
+
+/// Standard output, through a buffer.
+class Output
+{
+public:
+    void write(const QByteArray &bytes);
+    void flush();
+    /// False once the reader has closed its pipe, or writing has failed.
+    bool isOpen() const { return m_isOpen; }
+    /// The exit code: a closed pipe is no failure.
+    int code() const { return m_code; }
+
+private:
+    QByteArray m_buffer;
+    bool m_isOpen = true;
+    int m_code = 0;
+};
+
+/// How many columns the terminal has that standard output is; 0 if it is none.
+int terminalWidth();
+
+/// Leaves out remarks and progress from now on.
+void beQuiet();
+/// Writes a remark, as note() does, unless there shall be none.
+void remark(const QString &message);
 
 /// Writes "tqxml: " and the message to standard error, as one line, without passwords that are part
 /// of an argument.
@@ -30,7 +56,8 @@ int fail(const QString &message);
 /// Reports an error with a second line that helps, and returns that exit code.
 int complain(int exitCode, const QString &message, const QString &help);
 
-/// A progress bar on standard error, shown only if that is a terminal.
+/// A progress bar on standard error. It is shown only on a terminal, and only once the work has
+/// taken a second.
 class ProgressBar
 {
 public:
@@ -45,6 +72,7 @@ public:
 private:
     const QString m_label;
     const bool m_isVisible;
+    QElapsedTimer m_timer;
     int m_percent = -1;  // as shown; negative before the first
 };
 

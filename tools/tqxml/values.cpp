@@ -76,9 +76,16 @@ QString noKey(const QString &text)
 QString wrongKey(const TQKEY_ELEMENT &key, PACKETDATATYPES type)
 {
     const auto other = PACKETDATATYPES(key.hkey);
-    return other == type ? QString()
-                         : QStringLiteral("%1 is a key of type %2, not %3")
-                               .arg(keyText(key), typeText(other), typeText(type));
+    if (other == type) {
+        return QString();
+    }
+    QStringList kinds;
+    for (const TypeName &known : TYPE_NAMES) {
+        const QString number = QString::number(unsigned(known.type), BASE);
+        kinds << QStringLiteral("%1 KEY:%2").arg(QLatin1String(known.name), number);
+    }
+    return QStringLiteral("%1 is a key of type %2, not %3; there are %4")
+        .arg(keyText(key), typeText(other), typeText(type), kinds.join(QStringLiteral(", ")));
 }
 
 QString keyText(const TQKEY_ELEMENT &key)

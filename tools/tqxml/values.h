@@ -11,7 +11,8 @@
 std::optional<TQKEY_ELEMENT> readKey(const QString &text);
 /// The error message for a text that is not a key.
 QString noKey(const QString &text);
-/// What is wrong with a key for an item of that type; empty if nothing.
+/// What is wrong with a key for an item of that type, and which kinds of keys there are; empty if
+/// nothing is wrong.
 QString wrongKey(const TQKEY_ELEMENT &key, PACKETDATATYPES type);
 /// A key as readKey() reads it, "KEY:HKEY".
 QString keyText(const TQKEY_ELEMENT &key);
@@ -22,6 +23,8 @@ std::optional<PACKETDATATYPES> readType(const QString &text);
 /// The name of a data type, or its hexadecimal number if it has none.
 QString typeText(PACKETDATATYPES type);
 
+/// The environment variable with the DATABASE that is read when none is given.
+constexpr char DATABASE_VARIABLE[] = "TQXML_DATABASE";
 /// The URL for a DATABASE argument, which is a path or a URL.
 QByteArray databaseUrl(const QString &database);
 /// The URL of the sample in memory.

@@ -1,0 +1,88 @@
+#include "sortedrows.h"
+
+#include "values.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr QLatin1Char SEPARATOR('\x1f');  // which XML cannot hold, and so no cell
+constexpr double WORD = 4294967296.0;
+
+int compare(double a, double b) { return a < b ? -1 : int(a > b); }
+
+}  // namespace
+
+SortedRows::SortedRows(const std::vector<Order> &orders)
+    : m_orders(orders), m_collator(QLocale(QLocale::English, QLocale::UnitedKingdom))
+{
+    m_collator.setNumericMode(true);
+    m_collator.setCaseSensitivity(Qt::CaseInsensitive);
+}
+
+SortedRows::Value SortedRows::valueOf(const Order &order, const QString &cell) const
+{
+    if (cell.isEmpty()) {
+        return {};
+    }
+    if (order.kind == Kind::Key) {
+        const auto key = readKey(cell);
+        return { key ? key->hkey * WORD + key->key : 0.0, {} };
+    }
+    bool isNumber = false;
+    const double number = cell.toDouble(&isNumber);
+    const bool isText = order.kind == Kind::Text || order.kind == Kind::Date || !isNumber;
+    return isText ? Value { {}, m_collator.sortKey(cell) } : Value { number, {} };
+}
+
+void SortedRows::add(const Row &row)
+{
+    Held held;
+    held.values.reserve(m_orders.size());
+    for (const Order &order : m_orders) {
+        held.values.push_back(valueOf(order, row.cells.at(order.column)));
+    }
+    held.cells = row.cells.join(SEPARATOR).toUtf8();
+    held.cells.squeeze();
+    held.xml = QByteArray(row.xml.constData(), row.xml.size());  // its own copy
+    m_rows.push_back(std::move(held));
+}
+
+bool SortedRows::isBefore(const Held &a, const Held &b) const
+{
+    for (size_t i = 0; i < m_orders.size(); ++i) {
+        const Value &left = a.values[i];
+        const Value &right = b.values[i];
+        const bool isLeftAbsent = !left.number && !left.text;
+        const bool isRightAbsent = !right.number && !right.text;
+        if (isLeftAbsent || isRightAbsent) {
+            if (isLeftAbsent != isRightAbsent) {
+                return isRightAbsent;
+            }
+            continue;
+        }
+        // Numbers come before texts.
+        int order = int(right.number.has_value()) - int(left.number.has_value());
+        if (left.number && right.number) {
+            order = compare(*left.number, *right.number);
+        } else if (left.text && right.text) {
+            order = left.text->compare(*right.text);
+        }
+        if (order != 0) {
+            return m_orders[i].isDescending ? order > 0 : order < 0;
+        }
+    }
+    return false;
+}
+
+void SortedRows::takeEach(const std::function<bool(const Row &row)> &take)
+{
+    std::stable_sort(m_rows.begin(), m_rows.end(),
+        [this](const Held &a, const Held &b) { return isBefore(a, b); });
+    for (Held &held : m_rows) {
+        if (!take({ QString::fromUtf8(held.cells).split(SEPARATOR), held.xml })) {
+            return;
+        }
+        held = Held();
+    }
+}
