@@ -314,9 +314,10 @@ std::string fishVerb(const Verb &verb)
     return lines;
 }
 
-std::string fish()
+// What the conditions of fish call.
+std::string fishFunctions()
 {
-    std::string text = R"(# fish completion for tqxml; made from the description of its options
+    return R"(# fish completion for tqxml; made from the description of its options
 
 # The words before the cursor that are no options, nor values of options.
 function __tqxml_words
@@ -346,6 +347,11 @@ end
 
 complete -c tqxml -f
 )";
+}
+
+std::string fish()
+{
+    std::string text = fishFunctions();
     const std::string isFirst = "test (count (__tqxml_words)) = 0";
     for (const Verb &verb : verbs()) {
         text +=

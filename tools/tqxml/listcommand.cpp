@@ -21,9 +21,10 @@
 namespace {
 
 constexpr QLatin1String ALL_COLUMNS("all");
-constexpr QLatin1String DESCENDING(":desc");
+constexpr QLatin1Char COLON(':');
+const QString ASCENDING = QStringLiteral("asc");
+const QString DESCENDING = QStringLiteral("desc");
 constexpr QLatin1String TABLE("table");
-constexpr QLatin1String XML("xml");
 constexpr size_t NAME_COLUMN = 1;  // of the columns of a listing
 
 // Fields of jobs.
@@ -254,14 +255,17 @@ QString readOrders(const CommandLine &line, Request &request)
     const Columns all = columnsOf(*request.query.listing);
     const QStringList texts = line.values("sort");
     for (const QString &text : texts) {
-        const bool isDescending = text.endsWith(DESCENDING);
-        const QString name = isDescending ? text.chopped(DESCENDING.size()) : text;
+        const QString name = text.section(COLON, 0, 0);
+        const QString direction = text.section(COLON, 1);
+        if (text.contains(COLON) && direction != ASCENDING && direction != DESCENDING) {
+            return noSuch(QStringLiteral("direction"), direction, { DESCENDING, ASCENDING });
+        }
         const int index = indexOf(all, name);
         if (index < 0) {
             return noColumn(name, all);
         }
         const Column &column = all[size_t(index)];
-        request.orders.push_back({ request.use(column), column.kind, isDescending });
+        request.orders.push_back({ request.use(column), column.kind, direction == DESCENDING });
     }
     return QString();
 }
@@ -327,6 +331,12 @@ QString readKeys(const CommandLine &line, Request &request)
     return QString();
 }
 
+// What can be listed, in a sentence.
+QString kindsOf(const CommandLine &line)
+{
+    return QString::fromStdString(sentenceOf(line.verb()->arguments.front().words));
+}
+
 using ReadPart = QString (*)(const CommandLine &line, Request &request);
 constexpr ReadPart PARTS[] = { readLayout, readOrders, readLimit, readFilters, readKeys };
 
@@ -338,7 +348,7 @@ int runList(const CommandLine &line)
     request.query.listing = findListing(line.arguments().value(0));
     request.query.includesPublications = line.isSet("include-publications");
     if (line.arguments().size() != 1) {
-        return misuse(line, QStringLiteral("name one thing to list"));
+        return misuse(line, QStringLiteral("name one thing to list: ") + kindsOf(line));
     }
     for (const ReadPart read : PARTS) {
         const QString wrong = read(line, request);

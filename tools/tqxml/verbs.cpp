@@ -31,7 +31,8 @@ const Option COLUMNS { "columns", "c", "COLUMN,...", Form::Text, {},
 const Option NO_HEADERS { "no-headers", nullptr, nullptr, Form::Text, {},
     "No line with the names of the columns.", "no names of columns" };
 const Option SORT { "sort", "s", "COLUMN[:desc]", Form::Text, {},
-    "Sort by a column, as people would: \"p. 12\" comes before \"p. 116\". Rows without a value "
+    "Sort by a column, as people would: \"p. 12\" comes before \"p. 116\". "
+    "Rows without a value "
     "come "
     "last. The option may be repeated: rows that are equal in the first column are sorted by the "
     "next.",
