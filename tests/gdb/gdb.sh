@@ -1,0 +1,19 @@
+#!/usr/bin/env bash
+# gdb.sh GDB PRINTERS PROGRAM: what the printers show is what the program has made.
+set -euo pipefail
+
+"$1" --batch --nx -iex 'set debuginfod enabled off' -iex 'set auto-load off' \
+    -ex "source $2" -ex 'break lookHere' -ex run \
+    -ex 'echo begin\n' -ex 'print unbuilt' -ex 'print built' -ex 'print item' -ex 'print action' \
+    "$3" 2>&1 | sed '1,/^begin$/d' >gdb.out
+
+cat >gdb.expected <<'EXPECTED'
+$1 = XMLPacket from 3 to nobody, not built, items: 1 = {[0] = item of type 15, key 0:0, "" = {text = SI 15
+1 Page one
+TI 0
+}}
+$2 = XMLPacket, built as a document; its print() shows it
+$3 = XMLPacketable with an element, without a server item
+$4 = XMLAction with an element, in no group
+EXPECTED
+sed -E 's/ @0x[0-9a-f]+: / /' gdb.out | diff gdb.expected -
