@@ -1,6 +1,5 @@
 #include "boardagent.h"
 
-#include "packetlog.h"
 #include "xmlpacket.h"
 #include "xmlrouter.h"
 

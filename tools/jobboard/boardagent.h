@@ -1,13 +1,10 @@
 #ifndef BOARDAGENT_H
 #define BOARDAGENT_H
 
+#include "packetlog.h"
 #include "xmlagent.h"
 
-#include <QString>
-
-class PacketLog;
-
-/// An agent of the window. It registers itself, logs every packet that it sends or receives, and
+/// An agent of the program. It registers itself, logs every packet that it sends or receives, and
 /// deletes what it received.
 class BoardAgent : public XMLAgent
 {

@@ -1,45 +1,46 @@
 #include "detailpane.h"
 
-#include "itemfields.h"
-#include "xmlpacketable.h"
-
+#include <QApplication>
+#include <QClipboard>
 #include <QHeaderView>
+#include <QKeyEvent>
 
-DetailPane::DetailPane(QWidget *parent) : QTreeWidget(parent)
-{
-    setObjectName(QStringLiteral("detail"));
-    setHeaderLabels({ QStringLiteral("Field"), QStringLiteral("Value") });
-    setAlternatingRowColors(true);
-    setIndentation(fontMetrics().averageCharWidth() * 2);
-    setSelectionMode(NoSelection);
-    setFocusPolicy(Qt::NoFocus);
-    header()->setSectionResizeMode(0, QHeaderView::ResizeToContents);
-}
+namespace {
 
-void DetailPane::setItem(const QDomElement &packetable)
+void add(QTreeWidgetItem *parent, const std::vector<Field> &fields)
 {
-    clear();
-    if (!packetable.isNull()) {
-        addFields(invisibleRootItem(), packetable);
-        expandAll();
+    for (const Field &field : fields) {
+        auto *row = new QTreeWidgetItem(parent, { field.heading, field.text });
+        row->setToolTip(1, field.text);
+        add(row, field.fields);
     }
 }
 
-void DetailPane::addFields(QTreeWidgetItem *parent, const QDomElement &packetable)
+}  // namespace
+
+DetailPane::DetailPane(QWidget *parent) : WithPlaceholder(parent)
 {
-    const PACKETDATATYPES type = XMLPacketable::getType(packetable);
-    const QString inlined = XMLObject::rootNodeName(XMLObject::XMLOBJECT_PACKETABLE);
-    QList<QTreeWidgetItem *> own;
-    QList<QTreeWidgetItem *> items;  // below the item's own values
-    visitFields(packetable, [&](unsigned tag, const QDomElement &field) {
-        const QString text = fieldText(type, tag, field);
-        const QDomElement referred = field.firstChildElement(inlined);
-        auto *row = new QTreeWidgetItem({ fieldHeading(type, tag), text });
-        row->setToolTip(1, text);
-        (referred.isNull() ? own : items) << row;
-        if (!referred.isNull()) {
-            addFields(row, referred);
-        }
-    });
-    parent->addChildren(own + items);
+    setObjectName(QStringLiteral("detail"));
+    setAccessibleName(tr("Details of the job"));
+    setHeaderLabels({ tr("Field"), tr("Value") });
+    setAlternatingRowColors(true);
+    setUniformRowHeights(true);
+    setIndentation(fontMetrics().averageCharWidth() * 2);
+    header()->setSectionResizeMode(0, QHeaderView::ResizeToContents);
+}
+
+void DetailPane::setFields(const std::vector<Field> &fields)
+{
+    clear();
+    add(invisibleRootItem(), fields);
+    expandAll();
+}
+
+void DetailPane::keyPressEvent(QKeyEvent *event)
+{
+    if (event == QKeySequence::Copy && currentItem()) {
+        QApplication::clipboard()->setText(currentItem()->text(1));
+    } else {
+        WithPlaceholder::keyPressEvent(event);
+    }
 }

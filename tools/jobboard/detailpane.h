@@ -1,23 +1,25 @@
 #ifndef DETAILPANE_H
 #define DETAILPANE_H
 
+#include "placeholder.h"
+#include "rows.h"
+
 #include <QTreeWidget>
 
-class QDomElement;
-
 /// The fields of one item: first its own values, then the items that it refers to with theirs.
-class DetailPane : public QTreeWidget
+class DetailPane : public WithPlaceholder<QTreeWidget>
 {
     Q_OBJECT
 
 public:
     explicit DetailPane(QWidget *parent);
 
-    /// Shows a packetable element; a null element leaves the pane empty.
-    void setItem(const QDomElement &packetable);
+    /// Shows the fields; without any, the placeholder.
+    void setFields(const std::vector<Field> &fields);
 
-private:
-    void addFields(QTreeWidgetItem *parent, const QDomElement &packetable);
+protected:
+    /// The copy shortcut copies the value of the current field.
+    void keyPressEvent(QKeyEvent *event) override;
 };
 
 #endif

@@ -6,8 +6,10 @@
 #include "xmlpacket.h"
 #include "xmlpacketable.h"
 
+#include <QCoreApplication>
+
 ItemAgent::ItemAgent(TQCommServer &server, XMLRouter &to, PacketLog &log)
-    : BoardAgent(TYPE, QStringLiteral("Items"), to, log), m_server(server)
+    : BoardAgent(TYPE, QCoreApplication::translate("ItemAgent", "Items"), to, log), m_server(server)
 {
 }
 
@@ -45,7 +47,7 @@ std::unique_ptr<XMLPacketable> ItemAgent::read(const TQKEY_ELEMENT &key, QString
         return nullptr;  // the item may be incomplete
     }
     if (!item) {
-        error = QStringLiteral("it is not in the store any more");
+        error = QCoreApplication::translate("ItemAgent", "it is not in the store any more");
     }
     return item;
 }

@@ -1,14 +1,13 @@
 #ifndef ITEMFIELDS_H
 #define ITEMFIELDS_H
 
-#include "tqtypes.h"
+#include "rows.h"
 
-#include <QDomElement>
-#include <QString>
+#include <QStringList>
 
-#include <functional>
+class QDomElement;
 
-/// Data tags of the fields that the window knows by name.
+/// Data tags of the fields that the program knows by name.
 namespace JobField {
 enum Tag : unsigned {
     Name = 0x1,
@@ -25,16 +24,19 @@ enum Tag : unsigned {
 };
 }
 
-/// Calls visit for each field of a packetable element, in order.
-void visitFields(const QDomElement &packetable,
-    const std::function<void(unsigned tag, const QDomElement &field)> &visit);
+/// The fields of a packetable element: first its own values, then those that refer to other items.
+std::vector<Field> fieldsOf(const QDomElement &packetable);
 
 /// Name of a field for people.
 QString fieldHeading(PACKETDATATYPES type, unsigned tag);
-/// Value of a field for people, on one line: states and options as names, the four process colours
-/// as "CMYK", a referred item as its name, and binary data as its size.
-QString fieldText(PACKETDATATYPES type, unsigned tag, const QDomElement &field);
-/// Key of the item that a field refers to; the null key if it does not refer to one by key.
-TQKEY_ELEMENT fieldKey(const QDomElement &field);
+/// Value of a simple field or of an array for people, on one line: states and options as names,
+/// the four process colours as "CMYK".
+QString fieldText(
+    PACKETDATATYPES type, unsigned tag, const QString &value, const QStringList &entries);
+
+/// Names of the known states; a state is the index of its name.
+QStringList stateNames();
+/// Its name, or the number of a state that is not known; empty for JobRow::ABSENT.
+QString stateName(int state);
 
 #endif

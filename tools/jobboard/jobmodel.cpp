@@ -1,121 +1,139 @@
 #include "jobmodel.h"
 
 #include "itemfields.h"
-#include "xmlpacketable.h"
+#include "look.h"
 
 #include <QColor>
-#include <QLocale>
 
 #include <algorithm>
 #include <iterator>
+#include <set>
+#include <tuple>
 
 namespace {
 
-enum Kind { Text, Number };
-
-// The columns, in their order.
+// Where a column has its value, and what it is called.
 struct ColumnInfo
 {
     unsigned tag;  // of the job's field
-    Kind kind;
+    Label JobStore::Job::*text;
+    int JobStore::Job::*number;
 };
+using Job = JobStore::Job;
 constexpr ColumnInfo COLUMNS[] = {
-    { JobField::Name, Text },
-    { JobField::Output, Text },
-    { JobField::State, Number },
-    { JobField::Colours, Text },
-    { JobField::Created, Text },
-    { JobField::Copies, Number },
-    { JobField::Priority, Number },
+    { JobField::Name, &Job::name, nullptr }, { JobField::Output, &Job::output, nullptr },
+    { JobField::State, nullptr, &Job::state }, { JobField::Colours, &Job::colours, nullptr },
+    { JobField::Created, &Job::created, nullptr }, { JobField::Copies, nullptr, &Job::copies },
+    { JobField::Priority, nullptr, &Job::priority },
+    { JobField::Publication, &Job::publication, nullptr },
+    { JobField::Book, nullptr, nullptr },  // the title is not the job's own
 };
 static_assert(std::size(COLUMNS) == JobModel::ColumnCount, "one entry per column");
 
-constexpr QRgb STATE_COLOURS[] = { 0xff8a9299, 0xffe8a317, 0xff3fa34d };  // by state
-
-QVariant stateColour(int state)
-{
-    const bool isKnown = state >= 0 && size_t(state) < std::size(STATE_COLOURS);
-    return isKnown ? QVariant(QColor(STATE_COLOURS[state])) : QVariant();
-}
-
-int columnOf(unsigned tag)
-{
-    const auto found = std::find_if(std::begin(COLUMNS), std::end(COLUMNS),
-        [tag](const ColumnInfo &column) { return column.tag == tag; });
-    return found == std::end(COLUMNS) ? -1 : int(found - std::begin(COLUMNS));
-}
-
 int alignmentOf(int column)
 {
-    const bool isRight = COLUMNS[column].kind == Number && column != JobModel::State;
+    const bool isRight = COLUMNS[column].number && column != JobModel::State;
     return int(Qt::AlignVCenter | (isRight ? Qt::AlignRight : Qt::AlignLeft));
+}
+
+bool isOfSource(const Job &job, const Source &source, const Label &name)
+{
+    switch (source.kind) {
+    case Source::All:
+        return true;
+    case Source::Publications:
+        return !job.publication.isEmpty();
+    case Source::Books:
+        return TQKEY_CC::isValid(job.book);
+    case Source::Output:
+        return job.output == name;
+    case Source::Publication:
+        return job.publication == name;
+    case Source::Book:
+        return job.book == source.key;
+    }
+    return false;
+}
+
+// Jobs compare by a column like these numbers. Negative values of numbers keep their order.
+quint64 orderOf(const JobStore &store, const Job &job, int column)
+{
+    const ColumnInfo &info = COLUMNS[column];
+    if (info.number) {
+        return quint64(qint64(job.*info.number) - JobRow::ABSENT);
+    }
+    return store.texts().order(info.text ? job.*info.text : store.bookTitle(job));
+}
+
+bool isFound(const JobStore &store, const Job &job, TextSearch &search, const std::set<int> &states)
+{
+    if (states.count(job.state) > 0 || search.isIn(store.bookTitle(job))) {
+        return true;
+    }
+    return std::any_of(std::begin(COLUMNS), std::end(COLUMNS), [&](const ColumnInfo &column) {
+        if (column.text) {
+            return search.isIn(job.*column.text);
+        }
+        const bool isNumber = column.number && column.tag != JobField::State;
+        return isNumber && job.*column.number != JobRow::ABSENT && search.isIn(job.*column.number);
+    });
 }
 
 }  // namespace
 
-bool operator==(const TQKEY_ELEMENT &a, const TQKEY_ELEMENT &b)
+JobModel::JobModel(QObject *parent)
+    : QAbstractTableModel(parent), m_store(std::make_shared<JobStore>())
 {
-    return a.key == b.key && a.hkey == b.hkey;
 }
 
-QCollator textOrder()
+void JobModel::show(const std::shared_ptr<JobStore> &store) { arrange(store); }
+
+void JobModel::setFilter(const Filter &filter)
 {
-    QCollator collator { QLocale(QLocale::English) };
-    collator.setNumericMode(true);
-    collator.setCaseSensitivity(Qt::CaseInsensitive);
-    return collator;
+    m_filter = filter;
+    arrange(m_store);
 }
 
-JobModel::JobModel(QObject *parent) : QAbstractTableModel(parent), m_collator(textOrder()) {}
-
-std::vector<JobModel::Job> JobModel::read(const std::list<QDomNode> &items) const
+void JobModel::sort(int column, Qt::SortOrder order)
 {
-    std::vector<Job> jobs;
-    jobs.reserve(items.size());
-    for (const QDomNode &item : items) {
-        jobs.push_back(read(item.toElement()));
-    }
-    return jobs;
+    m_sortColumn = std::max(0, column);
+    m_sortOrder = order;
+    arrange(m_store);
 }
 
-void JobModel::append(std::vector<Job> jobs)
+TQKEY_ELEMENT JobModel::key(int row) const
 {
-    if (jobs.empty()) {
-        return;
-    }
-    beginInsertRows({}, rowCount(), rowCount() + int(jobs.size()) - 1);
-    std::move(jobs.begin(), jobs.end(), std::back_inserter(m_jobs));
-    endInsertRows();
+    return row >= 0 && row < rowCount() ? job(row).key : TQKEY_CC::getNullKey();
 }
 
-JobModel::Job JobModel::read(const QDomElement &packetable) const
+int JobModel::rowOf(const TQKEY_ELEMENT &key) const
 {
-    Job job { XMLPacketable::getDBkey(packetable), {}, {}, {}, {},
-        m_collator.sortKey(XMLPacketable::getName(packetable)) };
-    visitFields(packetable, [&job](unsigned tag, const QDomElement &field) {
-        const int column = columnOf(tag);
-        if (column >= 0) {
-            job.texts[column] = fieldText(PACKETDATATYPE_JOB, tag, field);
-            job.numbers[column] = field.attribute(XMLPacketable::VALUE).toInt();
-        } else if (tag == JobField::Publication) {
-            job.publication = fieldText(PACKETDATATYPE_JOB, tag, field);
-        } else if (tag == JobField::Book) {
-            job.book = fieldKey(field);
+    for (int row = 0; row < rowCount(); ++row) {
+        if (job(row).key == key) {
+            return row;
         }
-    });
-    return job;
+    }
+    return -1;
 }
 
-void JobModel::clear()
+int JobModel::count() const
 {
-    beginResetModel();
-    m_jobs.clear();
-    endResetModel();
+    int all = 0;
+    for (const auto &[state, count] : m_counts) {
+        all += count;
+    }
+    return all;
+}
+
+int JobModel::count(int state) const
+{
+    const auto found = m_counts.find(state);
+    return found == m_counts.end() ? 0 : found->second;
 }
 
 int JobModel::rowCount(const QModelIndex &parent) const
 {
-    return parent.isValid() ? 0 : int(m_jobs.size());
+    return parent.isValid() ? 0 : int(m_rows.size());
 }
 
 int JobModel::columnCount(const QModelIndex &parent) const
@@ -123,21 +141,32 @@ int JobModel::columnCount(const QModelIndex &parent) const
     return parent.isValid() ? 0 : int(ColumnCount);
 }
 
+QString JobModel::text(const Job &job, int column) const
+{
+    const ColumnInfo &info = COLUMNS[column];
+    if (column == State) {
+        return stateName(job.state);
+    }
+    if (info.number) {
+        const int number = job.*info.number;
+        return number == JobRow::ABSENT ? QString() : QString::number(number);
+    }
+    return m_store->texts().text(info.text ? job.*info.text : m_store->bookTitle(job));
+}
+
 QVariant JobModel::data(const QModelIndex &index, int role) const
 {
-    const int column = index.column();
-    const bool isNumber = COLUMNS[column].kind == Number;
+    if (!checkIndex(index, CheckIndexOption::IndexIsValid)) {
+        return {};
+    }
     switch (role) {
     case Qt::DisplayRole:
     case Qt::ToolTipRole:
-        return job(index.row()).texts[column];
+        return text(job(index.row()), index.column());
     case Qt::TextAlignmentRole:
-        return alignmentOf(column);
+        return alignmentOf(index.column());
     case Qt::DecorationRole:
-        return column == State ? stateColour(job(index.row()).numbers[State]) : QVariant();
-    case SORT_ROLE:
-        return isNumber ? QVariant(job(index.row()).numbers[column])
-                        : QVariant(job(index.row()).texts[column]);
+        return index.column() == State ? stateColour(job(index.row()).state) : QVariant();
     default:
         return {};
     }
@@ -145,7 +174,7 @@ QVariant JobModel::data(const QModelIndex &index, int role) const
 
 QVariant JobModel::headerData(int section, Qt::Orientation orientation, int role) const
 {
-    if (orientation == Qt::Vertical) {
+    if (orientation == Qt::Vertical || section < 0 || section >= ColumnCount) {
         return {};
     }
     if (role == Qt::TextAlignmentRole) {
@@ -154,64 +183,115 @@ QVariant JobModel::headerData(int section, Qt::Orientation orientation, int role
     if (role != Qt::DisplayRole) {
         return {};
     }
-    return section == Name ? QStringLiteral("Job")
-                           : fieldHeading(PACKETDATATYPE_JOB, COLUMNS[section].tag);
+    return section == Name ? tr("Job") : fieldHeading(PACKETDATATYPE_JOB, COLUMNS[section].tag);
 }
 
-JobFilter::JobFilter(JobModel &jobs, QObject *parent) : QSortFilterProxyModel(parent), m_jobs(jobs)
+JobModel::Rows JobModel::filtered(const JobStore &store)
 {
-    setSourceModel(&jobs);
-    setSortRole(JobModel::SORT_ROLE);
-}
-
-void JobFilter::setSource(const Source &source)
-{
-    m_source = source;
-    invalidate();  // invalidateFilter() would remove the rows one by one
-}
-
-void JobFilter::setState(std::optional<int> state)
-{
-    m_state = state;
-    invalidate();
-}
-
-void JobFilter::setText(const QString &text)
-{
-    m_text = text;
-    invalidate();
-}
-
-bool JobFilter::isOfSource(const JobModel::Job &job) const
-{
-    switch (m_source.kind) {
-    case Source::All:
-        return true;
-    case Source::Publications:
-        return !job.publication.isEmpty();
-    case Source::Books:
-        return TQKEY_CC::isValid(job.book);
-    case Source::Output:
-        return job.texts[JobModel::Output] == m_source.name;
-    case Source::Publication:
-        return job.publication == m_source.name;
-    case Source::Book:
-        return job.book == m_source.key;
+    TextSearch search(store.texts(), m_filter.text);
+    const Label name = store.texts().find(m_filter.source.name);
+    std::set<int> states;  // whose names contain the text
+    for (int state = 0; state < stateNames().size(); ++state) {
+        if (search.isIn(stateName(state))) {
+            states.insert(state);
+        }
     }
-    return false;
-}
-
-bool JobFilter::filterAcceptsRow(int row, const QModelIndex &) const
-{
-    const JobModel::Job &job = m_jobs.job(row);
-    return isOfSource(job) && (!m_state || job.numbers[JobModel::State] == *m_state) &&
-        (m_text.isEmpty() || job.texts[JobModel::Name].contains(m_text, Qt::CaseInsensitive));
-}
-
-bool JobFilter::lessThan(const QModelIndex &left, const QModelIndex &right) const
-{
-    if (left.column() == JobModel::Name) {
-        return m_jobs.job(left.row()).order.compare(m_jobs.job(right.row()).order) < 0;
+    Rows rows;
+    m_counts.clear();
+    for (size_t i = 0; i < store.size(); ++i) {
+        const Job &job = store.job(i);
+        if (!isOfSource(job, m_filter.source, name) ||
+            !(search.isEmpty() || isFound(store, job, search, states))) {
+            continue;
+        }
+        ++m_counts[job.state];
+        if (!m_filter.state || job.state == *m_filter.state) {
+            rows.push_back(quint32(i));
+        }
     }
-    return QSortFilterProxyModel::lessThan(left, right);
+    return rows;
+}
+
+// The numbers that are compared stand side by side, which is several times as fast as to fetch them
+// from the jobs.
+void JobModel::sortRows(const JobStore &store, Rows &rows) const
+{
+    struct Sorted
+    {
+        quint64 order;
+        quint64 name;
+        TQKEY_ELEMENT key;
+        quint32 index;
+    };
+    std::vector<Sorted> sorted;
+    sorted.reserve(rows.size());
+    const bool isDescending = m_sortOrder == Qt::DescendingOrder;
+    for (const quint32 index : rows) {
+        const Job &job = store.job(index);
+        const quint64 value = orderOf(store, job, m_sortColumn);
+        sorted.push_back(
+            { isDescending ? ~value : value, orderOf(store, job, Name), job.key, index });
+    }
+    std::sort(sorted.begin(), sorted.end(), [](const Sorted &a, const Sorted &b) {
+        return std::tie(a.order, a.name, a.key.hkey, a.key.key) <
+            std::tie(b.order, b.name, b.key.hkey, b.key.key);
+    });
+    std::transform(
+        sorted.begin(), sorted.end(), rows.begin(), [](const Sorted &row) { return row.index; });
+}
+
+void JobModel::arrange(const std::shared_ptr<JobStore> &store)
+{
+    store->texts().rank();
+    Rows rows = filtered(*store);
+    sortRows(*store, rows);
+    if (!m_rows.empty() && !rows.empty()) {
+        exchange(std::move(rows), store);
+        return;
+    }
+    beginResetModel();
+    m_store = store;
+    m_rows = std::move(rows);
+    endResetModel();
+}
+
+// Rows are added and removed at the end; in between they change places.
+void JobModel::exchange(Rows rows, const std::shared_ptr<JobStore> &store)
+{
+    const size_t before = m_rows.size();
+    const size_t after = rows.size();
+    if (after > before) {
+        beginInsertRows({}, int(before), int(after) - 1);
+        m_rows.resize(after, m_rows.back());
+        endInsertRows();
+    }
+    Q_EMIT layoutAboutToBeChanged();
+    const QModelIndexList from = persistentIndexList();
+    std::vector<quint64> keys;
+    QHash<quint64, int> places;  // of the jobs that have indexes
+    for (const QModelIndex &index : from) {
+        keys.push_back(number(job(index.row()).key));
+        places.insert(keys.back(), -1);
+    }
+    m_store = store;
+    rows.resize(std::max(before, after), rows.back());
+    m_rows = std::move(rows);
+    for (int row = 0; row < int(after) && !places.isEmpty(); ++row) {
+        const auto place = places.find(number(job(row).key));
+        if (place != places.end()) {
+            *place = row;
+        }
+    }
+    QModelIndexList to;
+    for (int i = 0; i < from.size(); ++i) {
+        const int row = places.value(keys[size_t(i)]);
+        to << (row < 0 ? QModelIndex() : index(row, from.at(i).column()));
+    }
+    changePersistentIndexList(from, to);
+    Q_EMIT layoutChanged();
+    if (after < before) {
+        beginRemoveRows({}, int(after), int(before) - 1);
+        m_rows.resize(after);
+        endRemoveRows();
+    }
 }

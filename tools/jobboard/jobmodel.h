@@ -1,96 +1,82 @@
 #ifndef JOBMODEL_H
 #define JOBMODEL_H
 
-#include "tqtypes.h"
+#include "jobstore.h"
 
 #include <QAbstractTableModel>
-#include <QCollator>
-#include <QDomNode>
-#include <QSortFilterProxyModel>
 
-#include <list>
+#include <map>
+#include <memory>
 #include <optional>
-#include <vector>
 
-/// What jobs are listed for: an output, a publication or a book, or all.
-struct Source
-{
-    enum Kind { All, Publications, Books, Output, Publication, Book };
-
-    Kind kind = All;
-    QString name;  ///< of the output or publication
-    TQKEY_ELEMENT key = {};  ///< of the output or book
-};
-Q_DECLARE_METATYPE(Source)
-
-/// All received jobs, as rows. It keeps values, not XML.
+/// The jobs of a JobStore that are asked for, in the order that is asked for.
+///
+/// Whatever changes, indexes stay with their jobs, so that selection and current row do, too.
 class JobModel : public QAbstractTableModel
 {
     Q_OBJECT
 
 public:
-    enum Column { Name, Output, State, Colours, Created, Copies, Priority, ColumnCount };
-    /// Role of the value that a column is sorted by.
-    static constexpr int SORT_ROLE = Qt::UserRole;
-
-    struct Job
+    enum Column {
+        Name,
+        Output,
+        State,
+        Colours,
+        Created,
+        Copies,
+        Priority,
+        Publication,
+        Book,
+        ColumnCount
+    };
+    /// Which jobs are shown.
+    struct Filter
     {
-        TQKEY_ELEMENT key;
-        TQKEY_ELEMENT book;  ///< the null key outside any book
-        QString publication;  ///< empty outside any publication
-        QString texts[ColumnCount];
-        int numbers[ColumnCount];  ///< of the numeric columns
-        QCollatorSortKey order;  ///< of names, with "p. 4" before "p. 12"
+        Source source = {};
+        std::optional<int> state = {};
+        QString text = {};  ///< in any column; case and accents do not count
     };
 
     explicit JobModel(QObject *parent);
 
-    /// The jobs of packetable elements.
-    std::vector<Job> read(const std::list<QDomNode> &items) const;
-    /// Appends a row for each job.
-    void append(std::vector<Job> jobs);
-    void clear();
-    const Job &job(int row) const { return m_jobs[size_t(row)]; }
+    /// Shows these jobs, or what has become of them.
+    void show(const std::shared_ptr<JobStore> &store);
+    void setFilter(const Filter &filter);
+    const Filter &filter() const { return m_filter; }
+    /// By the column, then by name and then by key.
+    void sort(int column, Qt::SortOrder order) override;
+
+    /// The job in a row; the null key outside the rows.
+    TQKEY_ELEMENT key(int row) const;
+    /// The row of a job; -1 if it is not shown.
+    int rowOf(const TQKEY_ELEMENT &key) const;
+    /// How many jobs of any state, or of one state, the rest of the filter shows.
+    int count() const;
+    int count(int state) const;
+    int total() const { return int(m_store->size()); }
 
     int rowCount(const QModelIndex &parent = QModelIndex()) const override;
     int columnCount(const QModelIndex &parent = QModelIndex()) const override;
-    QVariant data(const QModelIndex &index, int role) const override;
-    QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
+    QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
+    QVariant headerData(
+        int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
 
 private:
-    Job read(const QDomElement &packetable) const;
+    using Rows = std::vector<quint32>;  // numbers of jobs in the store
 
-    std::vector<Job> m_jobs;
-    QCollator m_collator;
+    const JobStore::Job &job(int row) const { return m_store->job(m_rows[size_t(row)]); }
+    QString text(const JobStore::Job &job, int column) const;
+    Rows filtered(const JobStore &store);
+    void sortRows(const JobStore &store, Rows &rows) const;
+    void arrange(const std::shared_ptr<JobStore> &store);
+    void exchange(Rows rows, const std::shared_ptr<JobStore> &store);
+
+    std::shared_ptr<JobStore> m_store;
+    Rows m_rows;
+    Filter m_filter;
+    std::map<int, int> m_counts;  // by state
+    int m_sortColumn = Name;
+    Qt::SortOrder m_sortOrder = Qt::AscendingOrder;
 };
-
-/// Filters the jobs by source, by state, and by a text in their names.
-class JobFilter : public QSortFilterProxyModel
-{
-    Q_OBJECT
-
-public:
-    JobFilter(JobModel &jobs, QObject *parent);
-
-    void setSource(const Source &source);
-    void setState(std::optional<int> state);
-    void setText(const QString &text);
-
-protected:
-    bool filterAcceptsRow(int row, const QModelIndex &parent) const override;
-    bool lessThan(const QModelIndex &left, const QModelIndex &right) const override;
-
-private:
-    bool isOfSource(const JobModel::Job &job) const;
-
-    const JobModel &m_jobs;
-    Source m_source;
-    std::optional<int> m_state;
-    QString m_text;
-};
-
-bool operator==(const TQKEY_ELEMENT &a, const TQKEY_ELEMENT &b);
-/// Orders texts for people: numbers by value, case ignored.
-QCollator textOrder();
 
 #endif

@@ -1,16 +1,20 @@
 // A planner's view of a print shop's jobs.
 
+#include "board.h"
 #include "look.h"
 #include "mainwindow.h"
 
-#include "tqcommserver.h"
-
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QSettings>
 
 #include <cstdio>
+#include <cstdlib>
+#include <memory>
 
 namespace {
+
+const QString DATABASE = QStringLiteral("database");
 
 // Anything that is not a URL is the path of a file.
 QByteArray databaseUrl(const QString &database)
@@ -20,33 +24,61 @@ QByteArray databaseUrl(const QString &database)
     return isUrl ? database.toUtf8() : QByteArrayLiteral("sqlite:") + database.toUtf8();
 }
 
+QString translated(const char *text) { return QCoreApplication::translate("main", text); }
+
+void setUp(QCommandLineParser &parser)
+{
+    QCoreApplication::setApplicationName(QStringLiteral("jobboard"));
+    QCoreApplication::setOrganizationName(QStringLiteral("tqxml"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(TQXML_VERSION));
+    parser.setApplicationDescription(
+        translated(QT_TRANSLATE_NOOP("main", "Shows the jobs of a print shop.")));
+    parser.addOption({ DATABASE,
+        translated(QT_TRANSLATE_NOOP("main",
+            "The store: its path, sqlite:PATH or postgresql://USER@HOST:PORT/DB; by default the "
+            "sample, in memory.")),
+        translated(QT_TRANSLATE_NOOP("main", "DATABASE")), QStringLiteral("sqlite::memory:") });
+    parser.addHelpOption();
+    parser.addVersionOption();
+}
+
+// Answers --help and --version without a display; ends the program then.
+void answerQuestions(int argc, char *argv[])
+{
+    QCoreApplication application(argc, argv);
+    QCommandLineParser parser;
+    setUp(parser);
+    parser.parse(QCoreApplication::arguments());
+    if (parser.isSet(QStringLiteral("help"))) {
+        parser.showHelp();
+    } else if (parser.isSet(QStringLiteral("version"))) {
+        parser.showVersion();
+    }
+}
+
 }  // namespace
 
 int main(int argc, char *argv[])
 {
+    answerQuestions(argc, argv);
     QApplication application(argc, argv);
-    QApplication::setApplicationName(QStringLiteral("jobboard"));
     QCommandLineParser parser;
-    parser.setApplicationDescription(QStringLiteral("Shows the jobs of a print shop."));
-    const QCommandLineOption database(QStringLiteral("database"),
-        QStringLiteral("The store: its path, sqlite:PATH or postgresql://USER@HOST:PORT/DB; by "
-                       "default the sample, in memory."),
-        QStringLiteral("DATABASE"), QStringLiteral("sqlite::memory:"));
-    parser.addOption(database);
-    parser.addHelpOption();
+    setUp(parser);
     parser.process(application);
     if (!parser.positionalArguments().isEmpty()) {
         std::fputs("jobboard: only options are taken; a store is named by --database\n", stderr);
         return 2;
     }
 
-    TQCommServer server(databaseUrl(parser.value(database)).constData());
-    if (server.failures() > 0) {
-        std::fprintf(stderr, "jobboard: %s\n", server.errorText());
-        return 1;
-    }
     setUpLook();
-    MainWindow window(server);
-    window.show();
-    return QApplication::exec();
+    QSettings settings;
+    auto window = std::make_unique<MainWindow>(databaseUrl(parser.value(DATABASE)), settings);
+    window->show();
+    const int code = QApplication::exec();
+    window.reset();
+    settings.sync();
+    if (Board::hasLeftThreads()) {
+        std::_Exit(code);  // the server does not answer, and nothing is left to do
+    }
+    return code;
 }

@@ -1,427 +1,315 @@
 #include "mainwindow.h"
 
-#include "columnroom.h"
+#include "actions.h"
 #include "detailpane.h"
 #include "itemfields.h"
+#include "jobtable.h"
+#include "jobwindow.h"
 #include "look.h"
 #include "packetpane.h"
 #include "sourcetree.h"
-#include "statedelegate.h"
-#include "wholerows.h"
-#include "xmlaction.h"
-#include "xmlcommserver.h"
-#include "xmlui.h"
+#include "statusline.h"
+#include "troublebar.h"
 
 #include <QAction>
 #include <QApplication>
 #include <QClipboard>
+#include <QElapsedTimer>
 #include <QHeaderView>
-#include <QLabel>
 #include <QLineEdit>
 #include <QLocale>
-#include <QMessageBox>
+#include <QMenu>
+#include <QScreen>
+#include <QSettings>
+#include <QShortcut>
 #include <QSplitter>
-#include <QStatusBar>
-#include <QTableView>
 #include <QVBoxLayout>
-
-#include <iterator>
-#include <utility>
 
 namespace {
 
-constexpr QSize WINDOW_SIZE(1500, 940);
+constexpr QSize WINDOW_SIZE(1280, 740);
+constexpr int SEARCH_DELAY = 60;  // ms
+constexpr int REFRESH_EVERY = 100;  // ms
+constexpr int REFRESH_SHARE = 10;  // at least so many times as long as a refresh takes
 
-// One action of the page. Actions with the same originator stand together; those for the state
-// exclude each other.
-struct PageAction
-{
-    Tool::Type type;
-    int originator;
-    const char *name;
-    bool isCheckable;
-    bool isChecked;
-};
-constexpr PageAction PAGE[] = {
-    { Tool::Reload, 0, "Reload", false, false },
-    { Tool::Stop, 0, "Stop loading", false, false },
-    { Tool::AnyState, 1, "All", true, true },
-    { Tool::OnlyWaiting, 1, "Waiting", true, false },
-    { Tool::OnlyInProgress, 1, "In progress", true, false },
-    { Tool::OnlyDone, 1, "Done", true, false },
-    { Tool::CopyXml, 0, "Copy job as XML", false, false },
-    { Tool::ShowDetails, 0, "Details", true, true },
-    { Tool::ShowPackets, 0, "Packets", true, true },
-    { Tool::DarkLook, 0, "Dark", true, false },
-};
-
-QString count(int number) { return QLocale().toString(number); }
-
-// The widths of the table's columns; the first one may be wider.
-constexpr const char *WIDTHS[] = { "The Harbour Gazette 12 p. 12", "Digital Press Colour 1",
-    "In progress 12", "CMYK + Bleu Étain 12", "2024-03-06 06:00", "Copies ▾", "Priority ▾" };
-static_assert(std::size(WIDTHS) == JobModel::ColumnCount, "one sample per column");
+const QString GEOMETRY = QStringLiteral("window/geometry");
+const QString UPPER = QStringLiteral("window/upper");
+const QString PANES = QStringLiteral("window/panes");
+const QString COLUMNS = QStringLiteral("window/columns");
+const QString DETAILS = QStringLiteral("window/details");
+const QString PACKETS = QStringLiteral("window/packets");
+const QString THEME = QStringLiteral("window/theme");
 
 }  // namespace
 
-MainWindow::MainWindow(TQCommServer &server)
-    : m_router(nullptr, nullptr, "jobboard"), m_bridge(server, m_router),
-      m_agent(m_bridge, m_router, m_log), m_items(server, m_router, m_log), m_jobs(nullptr),
-      m_filter(m_jobs, nullptr), m_bar(std::make_unique<ActionBar>(m_router, m_log))
+MainWindow::MainWindow(const QByteArray &url, QSettings &settings)
+    : m_settings(settings), m_board(url), m_jobs(nullptr)
 {
-    m_log.setAgentName(m_bridge.getAgentID(), QStringLiteral("Server bridge"));
     build();
-    connect(&m_agent, &RequestAgent::replied, this, &MainWindow::takeReply);
-    connect(&m_agent, &RequestAgent::served, this, &MainWindow::checkServed);
-    connect(&m_agent, &RequestAgent::itemReceived, this, &MainWindow::takeJob);
-    connect(m_bar.get(), &ActionBar::chosen, this, &MainWindow::choose);
-    connect(m_sources, &SourceTree::chosen, this, &MainWindow::showSource);
-    connect(m_search, &QLineEdit::textChanged, this, [this](const QString &text) {
-        m_filter.setText(text);
-        showRows();
-    });
-    m_job.setNode({});
-    m_choice.setSingleShot(true);
-    connect(m_table->selectionModel(), &QItemSelectionModel::currentRowChanged, &m_choice,
-        [this] { m_choice.start(0); });
-    connect(&m_choice, &QTimer::timeout, this, &MainWindow::askJob);
-    load();
+    connectBoard();
+    connectActions();
+    connectTable();
+    restore();
+    m_board.load();
+    showJobs();
 }
 
 MainWindow::~MainWindow()
 {
-    m_agent.stop();
-    disconnect(&m_agent, nullptr, this, nullptr);
-    m_router.remove(&m_bridge);
-    m_router.remove(&m_agent);
-    m_router.send();  // deletes queued packets, whose receivers are gone
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    save();
+    m_board.disconnect(this);
     m_table->setModel(nullptr);
 }
 
 void MainWindow::build()
 {
-    setWindowTitle(QStringLiteral("Job board"));
-    resize(WINDOW_SIZE);
-    m_bar->setMovable(false);
-    addToolBar(m_bar.get());
+    setWindowTitle(tr("Job board"));
+    m_actions = new Actions(*this);
+    m_upper = new QSplitter(Qt::Horizontal);
+    m_sources = new SourceTree(m_upper);
+    m_upper->addWidget(buildMiddle());
+    m_detail = new DetailPane(m_upper);
+    m_upper->setSizes({ 250, 740, 290 });
+    m_upper->setStretchFactor(1, 1);
+    m_panes = new QSplitter(Qt::Vertical, this);
+    m_panes->addWidget(m_upper);
+    m_packets = new PacketPane(m_panes);
+    m_panes->setSizes({ 500, 160 });
+    m_panes->setStretchFactor(0, 1);
+    setCentralWidget(m_panes);
+    m_status = new StatusLine(m_board, m_jobs, this);
+    setStatusBar(m_status);
+    setTabOrder(m_text, m_table);
+    m_table->setFocus();
+}
 
-    auto *upper = new QSplitter(Qt::Horizontal);
-    m_sources = new SourceTree(nullptr);
-    upper->addWidget(new WholeRows(m_sources));
-    auto *middle = new QWidget(upper);
+QWidget *MainWindow::buildMiddle()
+{
+    auto *middle = new QWidget;
     auto *column = new QVBoxLayout(middle);
     column->setContentsMargins(0, 0, 0, 0);
-    m_search = new QLineEdit(middle);
-    m_search->setObjectName(QStringLiteral("search"));
-    m_search->setPlaceholderText(QStringLiteral("Find jobs by name"));
-    m_search->setClearButtonEnabled(true);
-    column->addWidget(m_search);
-    m_table = buildTable();
-    column->addWidget(new WholeRows(m_table));
-    m_detail = new DetailPane(nullptr);
-    upper->addWidget(new WholeRows(m_detail));
-    const int letter = fontMetrics().averageCharWidth();
-    m_sources->setMinimumWidth(letter * 34);
-    middle->setMinimumSize(letter * 45, fontMetrics().height() * 12);
-    m_detail->setMinimumWidth(letter * 32);
-    upper->setSizes({ 280, 900, 320 });
-    upper->setStretchFactor(1, 1);
-
-    auto *all = new QSplitter(Qt::Vertical, this);
-    all->addWidget(upper);
-    m_packets = new PacketPane(m_log, all);
-    all->setSizes({ 630, 220 });
-    all->setStretchFactor(0, 1);
-    setCentralWidget(all);
-    buildStatus();
+    m_text = new QLineEdit(middle);
+    m_text->setObjectName(QStringLiteral("search"));
+    m_text->setAccessibleName(tr("Find jobs"));
+    m_text->setPlaceholderText(tr("Find jobs by any column"));
+    m_text->setClearButtonEnabled(true);
+    column->addWidget(m_text);
+    m_trouble = new TroubleBar(middle);
+    column->addWidget(m_trouble);
+    m_table = new JobTable(m_jobs, middle);
+    column->addWidget(m_table, 1);
+    return middle;
 }
 
-void MainWindow::buildStatus()
+void MainWindow::connectBoard()
 {
-    m_counts = new QLabel(this);
-    m_counts->setObjectName(QStringLiteral("counts"));
-    m_counts->setTextFormat(Qt::PlainText);
-    m_counts->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);  // errors may be long
-    statusBar()->addWidget(m_counts, 1);
-}
-
-QTableView *MainWindow::buildTable()
-{
-    auto *table = new QTableView;
-    table->setObjectName(QStringLiteral("jobs"));
-    table->setModel(&m_filter);
-    table->setSortingEnabled(true);
-    table->sortByColumn(JobModel::Name, Qt::AscendingOrder);
-    table->setSelectionBehavior(QAbstractItemView::SelectRows);
-    table->setSelectionMode(QAbstractItemView::SingleSelection);
-    table->setAlternatingRowColors(true);
-    table->setShowGrid(false);
-    table->setIconSize({ 9, 9 });  // of the states
-    table->setWordWrap(false);
-    table->setTextElideMode(Qt::ElideMiddle);  // pages are numbered at the end
-    table->verticalHeader()->hide();
-    table->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
-    table->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 8);
-    QHeaderView *header = table->horizontalHeader();
-    header->setHighlightSections(false);
-    for (int i = JobModel::Name; i < JobModel::ColumnCount; ++i) {
-        const int width = fontMetrics().horizontalAdvance(QString::fromUtf8(WIDTHS[i]));
-        header->resizeSection(i, width + fontMetrics().averageCharWidth() * 2);
-    }
-    takeRoom(header, JobModel::Name, header->sectionSize(JobModel::Name));
-    table->setItemDelegateForColumn(JobModel::State, new StateDelegate(table));
-    return table;
-}
-
-// The page says which actions are possible now, and repeats what is checked in the bar. The packet
-// is delivered at once, because a later one would undo a click that came in between.
-void MainWindow::sendPage()
-{
-    XMLUI page(QStringLiteral("tools"));
-    for (const PageAction &entry : PAGE) {
-        XMLAction action(QLatin1String(entry.name), entry.type, entry.originator);
-        if (entry.isCheckable) {
-            const XMLAction *known = m_bar->action(entry.type);
-            const bool first = entry.type == Tool::DarkLook ? isDarkLook() : entry.isChecked;
-            action.setCheckable(true);
-            action.setChecked(known ? known->isChecked() : first);
+    m_refresh.setSingleShot(true);
+    connect(&m_refresh, &QTimer::timeout, this, &MainWindow::showJobs);
+    connect(&m_board, &Board::jobsChanged, this, [this] {
+        if (!m_board.isLoading()) {
+            showJobs();
+        } else if (!m_refresh.isActive()) {
+            m_refresh.start(std::max(m_refresh.interval(), REFRESH_EVERY));
         }
-        action.setEnabled(entry.type != Tool::CopyXml || !m_job.getNodeConst().isNull());
-        page.append(action);
-    }
-    page.setActionVisible(m_isLoading ? Tool::Reload : Tool::Stop, 0, false);
-    m_agent.sendPage(page, m_bar->getAgentID());
-    m_router.send();
+    });
+    connect(&m_board, &Board::statusChanged, this, &MainWindow::showStatus);
+    connect(&m_board, &Board::itemRead, this, &MainWindow::takeItem);
+    connect(&m_board, &Board::packetPassed, m_packets, &PacketPane::add);
+    connect(m_trouble, &TroubleBar::retry, this, &MainWindow::retry);
 }
 
-void MainWindow::load()
+void MainWindow::connectActions()
 {
-    m_isReload = m_requests > 0;
-    m_isLoading = true;
-    m_problem.clear();
-    m_requests = 2;
-    sendPage();
-    m_agent.ask({ XMLCommServer::REQUEST_OUTPUTS, {}, QStringLiteral("outputs") });
-    m_agent.ask({ XMLCommServer::REQUEST_BOOKS, {}, QStringLiteral("books") });
-    showRows();
+    connect(m_actions->reload, &QAction::triggered, &m_board, &Board::load);
+    connect(m_actions->stop, &QAction::triggered, &m_board, &Board::stop);
+    connect(m_actions->open, &QAction::triggered, this, &MainWindow::openJob);
+    connect(m_actions->quit, &QAction::triggered, this, &QWidget::close);
+    connect(m_actions->copy, &QAction::triggered, m_table, &JobTable::copy);
+    connect(m_actions->copyXml, &QAction::triggered, this,
+        [this] { QApplication::clipboard()->setText(m_item.xml); });
+    connect(m_actions->selectAll, &QAction::triggered, m_table, &QTableView::selectAll);
+    connect(m_actions->find, &QAction::triggered, this, [this] {
+        m_text->setFocus(Qt::ShortcutFocusReason);
+        m_text->selectAll();
+    });
+    connect(m_actions->showDetails, &QAction::toggled, m_detail, &QWidget::setVisible);
+    connect(m_actions->showPackets, &QAction::toggled, m_packets, &QWidget::setVisible);
+    connect(m_actions, &Actions::stateChosen, this, &MainWindow::filterByState);
+    connect(m_actions, &Actions::themeChosen, this, &MainWindow::applyTheme);
+    connect(m_actions->columns, &QMenu::aboutToShow, this, [this] {
+        m_actions->columns->clear();
+        m_table->addColumnActions(*m_actions->columns);
+    });
+    connect(new QShortcut(QKeySequence::Cancel, this), &QShortcut::activated, this,
+        &MainWindow::escape);
 }
 
-void MainWindow::takeReply(int type, const std::list<QDomNode> &items)
+void MainWindow::connectTable()
 {
-    if (type == XMLCommServer::REQUEST_JOBS) {
-        std::vector<JobModel::Job> jobs = m_jobs.read(items);
-        std::move(jobs.begin(), jobs.end(), std::back_inserter(m_receivedJobs));
-    } else {
-        const std::vector<Source> sources = SourceTree::read(type, items);
-        m_receivedSources.insert(m_receivedSources.end(), sources.begin(), sources.end());
-    }
-    if (!m_isReload) {
-        addReceived();
-    }
-    if (type == XMLCommServer::REQUEST_OUTPUTS && m_problem.isEmpty()) {
-        askOutputs(items);
-    }
+    m_table->setContextMenuPolicy(Qt::ActionsContextMenu);
+    m_table->addActions({ m_actions->open, m_actions->copy, m_actions->copyXml });
+    connect(m_table, &QAbstractItemView::activated, this, &MainWindow::openJob);
+    m_choice.setSingleShot(true);
+    connect(m_table->selectionModel(), &QItemSelectionModel::currentRowChanged, &m_choice,
+        [this] { m_choice.start(0); });
+    connect(&m_choice, &QTimer::timeout, this, &MainWindow::chooseCurrent);
+    connect(m_sources, &SourceTree::chosen, this, [this](const Source &source) {
+        m_board.prefer(source);
+        JobModel::Filter wanted = m_jobs.filter();
+        wanted.source = source;
+        filter(wanted);
+        m_table->scrollToTop();
+    });
+    m_search.setSingleShot(true);
+    m_search.setInterval(SEARCH_DELAY);
+    connect(m_text, &QLineEdit::textChanged, &m_search, [this] { m_search.start(); });
+    connect(&m_search, &QTimer::timeout, this, [this] {
+        JobModel::Filter wanted = m_jobs.filter();
+        wanted.text = m_text->text();
+        filter(wanted);
+    });
 }
 
-void MainWindow::askOutputs(const std::list<QDomNode> &outputs)
+void MainWindow::restore()
 {
-    for (const QDomNode &item : outputs) {
-        const TQKEY_ELEMENT key = XMLPacketable::getDBkey(item.toElement());
-        const QString name = XMLPacketable::getName(item.toElement());
-        m_agent.ask({ XMLCommServer::REQUEST_PUBLICATIONS, key,
-            QStringLiteral("publications on ") + name });
-        m_agent.ask({ XMLCommServer::REQUEST_JOBS, key, QStringLiteral("jobs on ") + name });
-        m_requests += 2;
+    resize(WINDOW_SIZE.boundedTo(screen()->availableSize()));
+    restoreGeometry(m_settings.value(GEOMETRY).toByteArray());
+    m_upper->restoreState(m_settings.value(UPPER).toByteArray());
+    m_panes->restoreState(m_settings.value(PANES).toByteArray());
+    m_table->horizontalHeader()->restoreState(m_settings.value(COLUMNS).toByteArray());
+    m_actions->showDetails->setChecked(m_settings.value(DETAILS, true).toBool());
+    m_actions->showPackets->setChecked(m_settings.value(PACKETS, true).toBool());
+    const int theme = qBound(int(Theme::System), m_settings.value(THEME).toInt(), int(Theme::Dark));
+    m_actions->setTheme(theme);
+    applyTheme(theme);
+}
+
+void MainWindow::save()
+{
+    m_settings.setValue(GEOMETRY, saveGeometry());
+    m_settings.setValue(UPPER, m_upper->saveState());
+    m_settings.setValue(PANES, m_panes->saveState());
+    m_settings.setValue(COLUMNS, m_table->horizontalHeader()->saveState());
+    m_settings.setValue(DETAILS, m_actions->showDetails->isChecked());
+    m_settings.setValue(PACKETS, m_actions->showPackets->isChecked());
+    m_settings.setValue(THEME, m_theme);
+}
+
+bool MainWindow::event(QEvent *event)
+{
+    if (event->type() == QEvent::ThemeChange) {
+        applyTheme(m_theme);
     }
+    return QMainWindow::event(event);
 }
 
-void MainWindow::addReceived()
+void MainWindow::applyTheme(int theme)
 {
-    const int known = m_jobs.rowCount();
-    m_sources->add(std::exchange(m_receivedSources, {}));
-    m_jobs.append(std::exchange(m_receivedJobs, {}));
-    m_sources->count(m_jobs, known);
+    m_theme = theme;
+    setTheme(Theme(theme));
 }
 
-// Afterwards the same source and job are selected again, if they still exist. The job is read
-// again.
-void MainWindow::replaceShown()
+void MainWindow::showJobs()
 {
-    const Source source = m_sources->source();
-    const TQKEY_ELEMENT job = std::exchange(m_wanted, TQKEY_CC::getNullKey());
-    showJob({});
-    m_jobs.clear();
-    m_sources->clearSources();
-    addReceived();
-    m_sources->choose(source);
-    chooseJob(job);
+    QElapsedTimer time;
+    time.start();
+    m_jobs.show(m_board.jobs());
+    m_sources->show(*m_board.jobs());
+    showStatus();
+    m_choice.start(0);
+    m_refresh.setInterval(int(time.elapsed()) * REFRESH_SHARE);
 }
 
-void MainWindow::checkServed(const QString &error)
+void MainWindow::showStatus()
 {
-    if (!error.isEmpty()) {
-        m_agent.stop();
-        m_problem = QStringLiteral("loading failed: ") + error;
-    }
-    if (m_agent.pending() == 0 && m_isLoading) {
-        finishLoading();
-    }
-    showCounts();
-    if (!error.isEmpty()) {
-        fail(error);
-    }
-}
-
-void MainWindow::finishLoading()
-{
-    m_isLoading = false;
-    if (!m_isReload) {
-        m_isPart = !m_problem.isEmpty();
-    } else if (m_problem.isEmpty()) {
-        replaceShown();
-        m_isPart = false;
-    }
-    m_receivedSources.clear();
-    m_receivedJobs.clear();
-    sendPage();
-}
-
-// A request under way is still served. If it is the last, the listing is complete all the same.
-void MainWindow::stop()
-{
-    if (m_agent.pending() > 1) {
-        m_problem = QStringLiteral("loading was stopped");
-    }
-    m_agent.stop();
-}
-
-void MainWindow::fail(const QString &error)
-{
-    auto *box = new QMessageBox(QMessageBox::Critical, windowTitle(), error, QMessageBox::Ok, this);
-    box->setTextFormat(Qt::PlainText);
-    box->setAttribute(Qt::WA_DeleteOnClose);
-    box->open();  // packets are delivered while it is open
-}
-
-void MainWindow::choose(int action, bool checked)
-{
-    switch (action) {
-    case Tool::Reload:
-        return load();
-    case Tool::Stop:
-        return stop();
-    case Tool::AnyState:
-    case Tool::OnlyWaiting:
-    case Tool::OnlyInProgress:
-    case Tool::OnlyDone:
-        if (checked) {
-            m_filter.setState(action == Tool::AnyState
-                    ? std::nullopt
-                    : std::make_optional(action - Tool::OnlyWaiting));
-            showRows();
-        }
-        return;
-    case Tool::ShowDetails:
-        return m_detail->parentWidget()->setVisible(checked);
-    case Tool::ShowPackets:
-        return m_packets->setVisible(checked);
-    case Tool::CopyXml:
-        return QApplication::clipboard()->setText(m_job.toString());
-    case Tool::DarkLook:
-        return setDarkLook(checked);
+    m_actions->stop->setEnabled(m_board.isLoading());
+    m_trouble->setTrouble(m_board.problem());
+    m_status->update();
+    m_table->setPlaceholder(emptiness());
+    const bool isChosen = TQKEY_CC::isValid(m_board.chosen());
+    m_detail->setPlaceholder(isChosen ? tr("The job is being read.") : tr("No job is chosen."));
+    m_actions->copyXml->setEnabled(!m_item.xml.isEmpty());
+    m_actions->open->setEnabled(isChosen);
+    const QString text = tr("%1 (%2)");
+    m_actions->states[0]->setText(text.arg(tr("Any state"), QLocale().toString(m_jobs.count())));
+    for (int state = 0; state < stateNames().size(); ++state) {
+        m_actions->states[size_t(state) + 1]->setText(
+            text.arg(stateName(state), QLocale().toString(m_jobs.count(state))));
     }
 }
 
-void MainWindow::showSource(const Source &source)
+// Why the table is empty, if it is.
+QString MainWindow::emptiness() const
 {
-    if (source.kind == Source::Output) {
-        m_agent.prefer(source.key);
+    if (m_jobs.total() == 0) {
+        return m_board.isLoading() ? tr("Jobs are being loaded.")
+            : m_board.isPart()     ? tr("No jobs are loaded.")
+                                   : tr("The store has no jobs.");
     }
-    m_filter.setSource(source);
-    m_table->setColumnHidden(JobModel::Output, source.kind == Source::Output);
-    m_table->scrollToTop();
-    showRows();
+    if (!m_jobs.filter().text.isEmpty()) {
+        return tr("No job contains “%1”.").arg(m_jobs.filter().text);
+    }
+    return m_jobs.filter().state ? tr("No job is in this state.") : tr("There are no jobs here.");
 }
 
-// The table's rows have changed. The selected job may be gone.
-void MainWindow::showRows()
+void MainWindow::filterByState(int state)
 {
-    showCounts();
+    JobModel::Filter wanted = m_jobs.filter();
+    wanted.state = state < 0 ? std::nullopt : std::optional(state);
+    filter(wanted);
+}
+
+void MainWindow::filter(const JobModel::Filter &filter)
+{
+    m_jobs.setFilter(filter);
+    showStatus();
     m_choice.start(0);
 }
 
-void MainWindow::chooseJob(const TQKEY_ELEMENT &key)
+void MainWindow::chooseCurrent()
 {
-    for (int row = 0; row < m_filter.rowCount(); ++row) {
-        const QModelIndex index = m_filter.index(row, JobModel::Name);
-        if (m_jobs.job(m_filter.mapToSource(index).row()).key == key) {
-            return m_table->setCurrentIndex(index);
-        }
+    const int row = m_table->currentIndex().row();
+    const TQKEY_ELEMENT key = m_jobs.key(row);
+    m_board.choose(key, m_jobs.index(row, JobModel::Name).data().toString());
+    if (!(m_item.key == key)) {
+        takeItem({ key, {}, {}, {} });
     }
 }
 
-void MainWindow::askJob()
+void MainWindow::takeItem(const Item &item)
 {
-    const QModelIndex row = m_filter.mapToSource(m_table->currentIndex());
-    const TQKEY_ELEMENT key = row.isValid() ? m_jobs.job(row.row()).key : TQKEY_CC::getNullKey();
-    if (key == m_wanted) {
-        return;
+    if (item.key == m_board.chosen()) {
+        m_item = item;
+        m_detail->setFields(item.fields);
+        showStatus();
     }
-    m_wanted = key;
-    if (row.isValid()) {
-        m_agent.askItem(key, m_jobs.job(row.row()).texts[JobModel::Name], m_items.getAgentID());
+}
+
+void MainWindow::openJob()
+{
+    const int row = m_table->currentIndex().row();
+    const TQKEY_ELEMENT key = m_jobs.key(row);
+    if (TQKEY_CC::isValid(key)) {
+        const QString name = m_jobs.index(row, JobModel::Name).data().toString();
+        (new JobWindow(m_board, key, name, m_item, this))->show();
+    }
+}
+
+// First the search is cleared, then loading stops.
+void MainWindow::escape()
+{
+    if (!m_text->text().isEmpty()) {
+        m_text->clear();
+        m_table->setFocus();
+    } else if (m_text->hasFocus()) {
+        m_table->setFocus();
     } else {
-        takeJob({}, {});
+        m_board.stop();
     }
 }
 
-// This answers an earlier request, for another item.
-void MainWindow::takeJob(const QDomElement &job, const QString &error)
+void MainWindow::retry()
 {
-    const TQKEY_ELEMENT key = XMLPacketable::getDBkey(job);
-    if (!job.isNull() && !(key == m_wanted)) {
-        return;
-    }
-    m_jobProblem = TQKEY_CC::isValid(m_wanted) ? error : QString();
-    showJob(job);
-    showCounts();
-}
-
-void MainWindow::showJob(const QDomElement &job)
-{
-    const bool isOther = m_job.getNodeConst().isNull() != job.isNull();
-    m_job.setNode(job);
-    m_detail->setItem(job);
-    if (isOther) {
-        sendPage();
-    }
-}
-
-void MainWindow::showCounts()
-{
-    m_counts->setText(counts());
-    m_counts->setToolTip(m_counts->text());
-}
-
-// The status line: how much is shown, and any problem.
-QString MainWindow::counts() const
-{
-    QStringList parts(
-        QStringLiteral("%1 of %2 jobs").arg(count(m_filter.rowCount()), count(m_jobs.rowCount())));
-    if (m_isPart) {
-        parts << QStringLiteral("not all");
-    } else if (!m_isLoading && !m_problem.isEmpty()) {
-        parts << QStringLiteral("as loaded before");
-    }
-    if (m_isLoading) {
-        const int served = m_requests - m_agent.pending();
-        parts << QStringLiteral("loading, %1%").arg(served * 100 / m_requests);
-    } else if (!m_problem.isEmpty()) {
-        parts << m_problem;
-    }
-    if (!m_jobProblem.isEmpty()) {
-        parts << QStringLiteral("the chosen job is not shown: ") + m_jobProblem;
-    }
-    return parts.join(QStringLiteral(" – "));
+    m_table->setFocus();  // the button vanishes
+    m_board.load();
 }

@@ -1,108 +1,80 @@
 #ifndef MAINWINDOW_H
 #define MAINWINDOW_H
 
-#include "actionbar.h"
-#include "bridge.h"
-#include "itemagent.h"
+#include "board.h"
 #include "jobmodel.h"
-#include "packetlog.h"
-#include "requestagent.h"
-#include "xmlpacketable.h"
-#include "xmlrouter.h"
 
 #include <QMainWindow>
 #include <QTimer>
 
-#include <memory>
-
+class Actions;
 class DetailPane;
+class JobTable;
 class PacketPane;
-class QLabel;
 class QLineEdit;
-class QTableView;
+class QSettings;
+class QSplitter;
 class SourceTree;
-class TQCommServer;
+class StatusLine;
+class TroubleBar;
 
-/// Types of the tool bar's actions.
-namespace Tool {
-enum Type {
-    Reload = 1,
-    Stop,
-    AnyState,
-    OnlyWaiting,
-    OnlyInProgress,
-    OnlyDone,
-    ShowDetails,
-    ShowPackets,
-    CopyXml,
-    DarkLook
-};
-}
-
-/// The planner's window: sources, the jobs of the selected one, the details of a job, and the
+/// The planner's window: sources, the jobs of the chosen one, the details of a job, and the
 /// packets.
 class MainWindow : public QMainWindow
 {
     Q_OBJECT
 
 public:
-    /// The connection is not owned and must outlive the window. Loading begins at once.
-    explicit MainWindow(TQCommServer &server);
+    /// The settings are not owned and must outlive the window, which keeps its state in them.
+    /// Loading begins at once.
+    MainWindow(const QByteArray &url, QSettings &settings);
     ~MainWindow() override;
+
+    Board &board() { return m_board; }
+
+protected:
+    bool event(QEvent *event) override;
 
 private:
     void build();
-    void buildStatus();
-    QTableView *buildTable();
-    void sendPage();
+    QWidget *buildMiddle();
+    void connectBoard();
+    void connectActions();
+    void connectTable();
+    void restore();
+    void save();
 
-    void load();
-    void takeReply(int type, const std::list<QDomNode> &items);
-    void askOutputs(const std::list<QDomNode> &outputs);
-    void checkServed(const QString &error);
-    void finishLoading();
-    void stop();
-    void fail(const QString &error);
-    void addReceived();
-    void replaceShown();
+    void showJobs();
+    void showStatus();
+    void filterByState(int state);
+    void filter(const JobModel::Filter &filter);
+    void chooseCurrent();
+    void takeItem(const Item &item);
+    void openJob();
+    void escape();
+    void retry();
+    void applyTheme(int theme);
+    QString emptiness() const;
 
-    void choose(int action, bool checked);
-    void showSource(const Source &source);
-    void showCounts();
-    QString counts() const;
-    void showRows();
-    void chooseJob(const TQKEY_ELEMENT &key);
-    void askJob();
-    void takeJob(const QDomElement &job, const QString &error);
-    void showJob(const QDomElement &job);
-
-    XMLRouter m_router;
-    PacketLog m_log;
-    Bridge m_bridge;
-    RequestAgent m_agent;
-    ItemAgent m_items;
+    QSettings &m_settings;
+    Board m_board;
     JobModel m_jobs;
-    JobFilter m_filter;
-    TQKEY_ELEMENT m_wanted = {};  // the selected job; the null key for none
-    QTimer m_choice;  // waits for the event loop, until the selection is final
-    XMLPacketable m_job;  // the one in the detail pane; a null element for none
-    QString m_jobProblem;  // why the selected job is not shown; empty if it is
+    Item m_item;  // in the detail pane; with the null key for none
+    int m_theme = 0;
+    QTimer m_refresh;  // limits how often jobs are shown while they are being read
+    QTimer m_search;  // waits for the next letter
+    QTimer m_choice;  // waits for the event loop, until the current row is final
 
-    int m_requests = 0;  // of the current loading
-    bool m_isLoading = false;
-    bool m_isReload = false;  // old rows stay until everything is received
-    bool m_isPart = false;  // only a part is shown: the last loading ended early
-    QString m_problem;  // why the last loading ended early; empty if it did not
-    std::vector<Source> m_receivedSources;  // not shown yet
-    std::vector<JobModel::Job> m_receivedJobs;
-
-    std::unique_ptr<ActionBar> m_bar;  // deleted before the router
-    SourceTree *m_sources;  // this and all below: children
-    QTableView *m_table;
-    QLineEdit *m_search;
+    Actions *m_actions;  // this and all below: children
+    QSplitter *m_upper;
+    QSplitter *m_panes;
+    SourceTree *m_sources;
+    QLineEdit *m_text;
+    TroubleBar *m_trouble;
+    JobTable *m_table;
     DetailPane *m_detail;
     PacketPane *m_packets;
-    QLabel *m_counts;
+    StatusLine *m_status;
 };
 
 #endif

@@ -2,24 +2,20 @@
 
 #include "xmlmessage.h"
 #include "xmlpacket.h"
-#include "xmlpacketable.h"
 
+#include <QCoreApplication>
 #include <QIODevice>
 #include <QLocale>
-#include <QTextStream>
 #include <QTime>
 
 #include <algorithm>
 
 namespace {
 
-constexpr const char *WAYS[] = { "sent", "received" };  // by direction
-constexpr int TEXT_ROLE = Qt::UserRole;
 constexpr int FASTEST = 1;  // compression level
-constexpr Qt::Alignment RIGHT = Qt::AlignRight | Qt::AlignVCenter;
 const QString TIME_FORMAT = QStringLiteral("HH:mm:ss.zzz");
 
-QString sizeText(qint64 bytes) { return QLocale().formattedDataSize(bytes); }
+QString translated(const char *text) { return QCoreApplication::translate("PacketLog", text); }
 
 // Counts all bytes that are written but keeps only the first ones, so that the text of a huge
 // packet never has to fit into memory.
@@ -35,7 +31,9 @@ public:
             return m_kept;
         }
         const QByteArray lines = m_kept.left(m_kept.lastIndexOf('\n') + 1);
-        return lines + "… and " + sizeText(written - lines.size()).toUtf8() + " more";
+        const QString rest = QLocale().formattedDataSize(written - lines.size());
+        return lines +
+            translated(QT_TRANSLATE_NOOP("PacketLog", "… and %1 more")).arg(rest).toUtf8();
     }
 
     qint64 written = 0;
@@ -54,102 +52,42 @@ private:
     QByteArray m_kept;
 };
 
-void write(const QDomNode &node, QIODevice &device)
-{
-    QTextStream stream(&device);
-#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
-    stream.setCodec("UTF-8");
-#endif
-    node.save(stream, 1);
-}
-
-// The packet's document. An item is appended for a moment, because only elements lead to it.
-QDomDocument documentOf(XMLPacket &packet)
-{
-    XMLMessage message;
-    QDomElement item = packet.append(message);
-    item.parentNode().removeChild(item);
-    return item.ownerDocument();
-}
-
-struct Naming
-{
-    XMLObject::XMLOBJECT_TYPE type;
-    const char *prefix;
-    const char *attribute;  // of the item, after the prefix
-};
-constexpr Naming NAMED[] = {
-    { XMLObject::XMLOBJECT_ACTION, "request for ", "name" },
-    { XMLObject::XMLOBJECT_UI, "page ", "name" },
-    { XMLObject::XMLOBJECT_MSG, "message: ", "msg" },
-};
-
+// A reply's document is not built for it.
 QString summary(const XMLPacket &packet)
 {
-    std::list<QDomNode> nodes;
-    for (const Naming &named : NAMED) {
-        if (packet.getNodesOfType(named.type, nodes) > 0) {
-            const QString name =
-                XMLObject::getAttribute(nodes.front().toElement(), QLatin1String(named.attribute));
-            return QLatin1String(named.prefix) + name;
-        }
+    if (packet.hasNodesOfType(XMLObject::XMLOBJECT_PACKETABLE)) {
+        return translated(QT_TRANSLATE_NOOP("PacketLog", "items"));
     }
-    const int items = packet.getNodesOfType(XMLObject::XMLOBJECT_PACKETABLE, nodes);
-    return items == 1 ? QStringLiteral("1 item") : QStringLiteral("%1 items").arg(items);
+    std::list<QDomNode> nodes;
+    if (packet.getNodesOfType(XMLObject::XMLOBJECT_ACTION, nodes) > 0) {
+        return translated(QT_TRANSLATE_NOOP("PacketLog", "request for %1"))
+            .arg(XMLObject::getAttribute(nodes.front().toElement(), QStringLiteral("name")));
+    }
+    if (packet.getNodesOfType(XMLObject::XMLOBJECT_MSG, nodes) > 0) {
+        XMLMessage message;
+        message.setNode(nodes.front().toElement());
+        return translated(QT_TRANSLATE_NOOP("PacketLog", "message: %1")).arg(message.getMessage());
+    }
+    return translated(QT_TRANSLATE_NOOP("PacketLog", "nothing"));
 }
 
 }  // namespace
 
-PacketLog::PacketLog()
+PacketLog::PacketLog(std::function<void(const PacketRecord &record)> take) : m_take(std::move(take))
 {
-    setHorizontalHeaderLabels({ QStringLiteral("Time"), QStringLiteral("Direction"),
-        QStringLiteral("From and to"), QStringLiteral("Content"), QStringLiteral("Size") });
-    horizontalHeaderItem(Size)->setTextAlignment(RIGHT);
 }
-
-void PacketLog::setAgentName(int agentID, const QString &name) { m_agentNames[agentID] = name; }
 
 QString PacketLog::agentName(int agentID) const
 {
     return m_agentNames.value(agentID, QString::number(agentID));
 }
 
-void PacketLog::add(Direction direction, XMLPacket &packet)
+void PacketLog::add(Direction direction, const XMLPacket &packet) const
 {
     Beginning beginning;
-    write(documentOf(packet), beginning);
+    packet.write(&beginning);
     const QString agents = agentName(packet.getSourceAgentID()) + QStringLiteral(" → ") +
         agentName(packet.getDestinationAgentID());
-    const QString texts[ColumnCount] = { QTime::currentTime().toString(TIME_FORMAT),
-        QLatin1String(WAYS[direction]), agents, summary(packet), sizeText(beginning.written) };
-    QList<QStandardItem *> row;
-    for (const QString &text : texts) {
-        row << new QStandardItem(text);
-        row.last()->setEditable(false);
-        row.last()->setToolTip(text);
-    }
-    row[Size]->setTextAlignment(RIGHT);
-    const QByteArray text = qCompress(beginning.text(), FASTEST);
-    row[Time]->setData(text, TEXT_ROLE);
-    insertRow(0, row);
-    m_kept += int(text.size());
-    while (rowCount() > MAX_PACKETS || m_kept > MAX_KEPT) {
-        dropOldest();
-    }
-}
-
-void PacketLog::dropOldest()
-{
-    const int oldest = rowCount() - 1;
-    m_kept -= int(kept(oldest).size());
-    removeRow(oldest);
-    horizontalHeaderItem(Content)->setText(
-        QStringLiteral("Content (the last %1 packets)").arg(oldest));
-}
-
-QByteArray PacketLog::kept(int row) const { return index(row, Time).data(TEXT_ROLE).toByteArray(); }
-
-QString PacketLog::text(int row) const
-{
-    return rowCount() > row && row >= 0 ? QString::fromUtf8(qUncompress(kept(row))) : QString();
+    m_take({ direction == Sent, QTime::currentTime().toString(TIME_FORMAT), agents, summary(packet),
+        beginning.written, qCompress(beginning.text(), FASTEST) });
 }

@@ -1,40 +1,33 @@
 #ifndef PACKETLOG_H
 #define PACKETLOG_H
 
+#include "rows.h"
+
 #include <QHash>
-#include <QStandardItemModel>
+
+#include <functional>
 
 class XMLPacket;
 
-/// The packets that the window's agents sent and received, newest first. It keeps a line and the
-/// compressed text of each, not the packet. Old ones are dropped; the heading then says so.
-class PacketLog : public QStandardItemModel
+/// Describes the packets that the agents send and receive, in their thread.
+class PacketLog
 {
-    Q_OBJECT
-
 public:
     enum Direction { Sent, Received };
-    enum Column { Time, Way, Agents, Content, Size, ColumnCount };
 
-    static constexpr int MAX_PACKETS = 500;
     static constexpr int MAX_TEXT = 1 << 20;  ///< bytes kept of one packet, before compression
-    static constexpr int MAX_KEPT = 8 << 20;  ///< bytes kept of all, compressed
 
-    PacketLog();
+    /// Calls take for each packet.
+    explicit PacketLog(std::function<void(const PacketRecord &record)> take);
 
-    void setAgentName(int agentID, const QString &name);
-    /// Does not change the packet.
-    void add(Direction direction, XMLPacket &packet);
-    /// The packet as indented XML; a long one is cut, with a remark. Empty without such a row.
-    QString text(int row) const;
+    void setAgentName(int agentID, const QString &name) { m_agentNames[agentID] = name; }
+    void add(Direction direction, const XMLPacket &packet) const;
 
 private:
     QString agentName(int agentID) const;
-    QByteArray kept(int row) const;
-    void dropOldest();
 
+    std::function<void(const PacketRecord &record)> m_take;
     QHash<int, QString> m_agentNames;
-    int m_kept = 0;  // bytes of all texts, compressed
 };
 
 #endif

@@ -2,17 +2,14 @@
 
 #include "bridge.h"
 #include "itemagent.h"
-#include "jobmodel.h"
 #include "xmlaction.h"
-#include "xmlmessage.h"
 #include "xmlpacket.h"
 #include "xmlrouter.h"
-#include "xmlui.h"
 
 #include <algorithm>
 
 RequestAgent::RequestAgent(const Bridge &bridge, XMLRouter &to, PacketLog &log)
-    : BoardAgent(TYPE, QStringLiteral("Job list"), to, log), m_bridge(bridge)
+    : BoardAgent(TYPE, tr("Job list"), to, log), m_bridge(bridge)
 {
 }
 
@@ -24,10 +21,12 @@ void RequestAgent::ask(const Request &request)
     }
 }
 
-void RequestAgent::prefer(const TQKEY_ELEMENT &owner)
+void RequestAgent::prefer(int type, const TQKEY_ELEMENT &owner)
 {
-    std::stable_partition(m_waiting.begin(), m_waiting.end(),
-        [&owner](const Request &request) { return request.owner && *request.owner == owner; });
+    const bool isAny = !TQKEY_CC::isValid(owner);
+    std::stable_partition(m_waiting.begin(), m_waiting.end(), [&](const Request &request) {
+        return request.type == type && (isAny || request.owner == owner);
+    });
 }
 
 void RequestAgent::stop() { m_waiting.clear(); }
@@ -43,21 +42,14 @@ void RequestAgent::askItem(const TQKEY_ELEMENT &key, const QString &name, int ag
     send(packet);
 }
 
-void RequestAgent::sendPage(XMLUI &page, int agentID)
-{
-    XMLPacket *packet = getXMLPacket(agentID);
-    packet->append(page);
-    send(packet);
-}
-
 void RequestAgent::sendNext()
 {
     m_underWay = m_waiting.front();
     m_waiting.pop_front();
     XMLAction action(m_underWay->name, m_underWay->type, getAgentID());
     action.setExcludePublications(false);
-    if (m_underWay->owner) {
-        action.setTQKEYList({ &*m_underWay->owner });
+    if (TQKEY_CC::isValid(m_underWay->owner)) {
+        action.setTQKEYList({ &m_underWay->owner });
     }
     XMLPacket *packet = getXMLPacket(m_bridge.getAgentID());
     packet->appendV(action);
@@ -78,16 +70,9 @@ void RequestAgent::finish()
 
 void RequestAgent::take(const XMLPacket &packet)
 {
-    std::list<QDomNode> items;
-    packet.getNodesOfType(XMLObject::XMLOBJECT_PACKETABLE, items);
     if (packet.getSourceAgentID() != m_bridge.getAgentID()) {
-        std::list<QDomNode> errors;
-        packet.getNodesOfType(XMLObject::XMLOBJECT_MSG, errors);
-        XMLMessage error;
-        error.setNode(errors.empty() ? QDomElement() : errors.front().toElement());
-        Q_EMIT itemReceived(
-            items.empty() ? QDomElement() : items.front().toElement(), error.getMessage());
+        Q_EMIT itemReplied(packet);
     } else if (m_underWay && m_bridge.error().isEmpty()) {
-        Q_EMIT replied(m_underWay->type, items);
+        Q_EMIT replied(m_underWay->type, packet);
     }
 }

@@ -3,23 +3,18 @@
 
 #include "boardagent.h"
 
-#include "tqtypes.h"
-
-#include <QDomNode>
 #include <QObject>
 
 #include <deque>
-#include <list>
 #include <optional>
 
 class Bridge;
-class XMLUI;
 
 /// One request for a list.
 struct Request
 {
     int type;  ///< a request type of the server bridge
-    std::optional<TQKEY_ELEMENT> owner;  ///< whose items; of all owners without
+    TQKEY_ELEMENT owner;  ///< whose items; of all owners with the null key
     QString name;  ///< for people
 };
 
@@ -27,7 +22,7 @@ struct Request
 /// error.
 ///
 /// Sends each request from the event loop, not from receive(). Otherwise the router would serve all
-/// of them in one run, and the window would freeze until the last one.
+/// of them in one run, and the thread would read nothing else until the last one.
 class RequestAgent : public QObject, public BoardAgent
 {
     Q_OBJECT
@@ -39,8 +34,9 @@ public:
     RequestAgent(const Bridge &bridge, XMLRouter &to, PacketLog &log);
 
     void ask(const Request &request);
-    /// Moves the waiting requests for that owner to the front.
-    void prefer(const TQKEY_ELEMENT &owner);
+    /// Moves the waiting requests of that type and, unless it is the null key, for that owner to
+    /// the front.
+    void prefer(int type, const TQKEY_ELEMENT &owner);
     /// Drops the waiting requests; one under way is still answered.
     void stop();
     /// How many requests are waiting or under way.
@@ -48,17 +44,15 @@ public:
 
     /// Asks the ItemAgent with that id for an item, at once.
     void askItem(const TQKEY_ELEMENT &key, const QString &name, int agentID);
-    /// Sends a page to the agent that shows it.
-    void sendPage(XMLUI &page, int agentID);
 
 Q_SIGNALS:
-    /// The complete reply to a request of that type. The items are deleted after the call.
-    void replied(int type, const std::list<QDomNode> &items);
+    /// The complete reply to a request of that type. It is deleted after the call.
+    void replied(int type, const XMLPacket &reply);
     /// The bridge has served a request; without a result it sends no reply. The error is empty
     /// unless reading failed; then no reply was emitted.
     void served(const QString &error);
-    /// The reply to askItem(): the item, or null and why there is none.
-    void itemReceived(const QDomElement &item, const QString &error);
+    /// The reply to askItem(). It is deleted after the call.
+    void itemReplied(const XMLPacket &reply);
 
 protected:
     void take(const XMLPacket &packet) override;

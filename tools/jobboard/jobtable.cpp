@@ -1,0 +1,187 @@
+#include "jobtable.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QClipboard>
+#include <QHeaderView>
+#include <QMenu>
+#include <QMimeData>
+#include <QStyledItemDelegate>
+
+#include <algorithm>
+#include <iterator>
+
+namespace {
+
+// The widths of the columns.
+constexpr const char *WIDTHS[] = { "The Harbour Gazette 12 p. 12 and more",
+    "Digital Press Colour 1", "In progress 12", "CMYK + Bleu Étain 12", "2024-03-06 06:00",
+    "Copies ▾", "Priority ▾", "The Harbour Gazette 12", "Candide, ou l’Optimisme" };
+static_assert(std::size(WIDTHS) == JobModel::ColumnCount, "one sample per column");
+
+constexpr QSize STATE_MARK(9, 9);
+
+// Draws the states of jobs, with an edge around the colour on a selected row.
+class StateDelegate : public QStyledItemDelegate
+{
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+protected:
+    void initStyleOption(QStyleOptionViewItem *option, const QModelIndex &index) const override
+    {
+        QStyledItemDelegate::initStyleOption(option, index);
+        const auto colour = index.data(Qt::DecorationRole).value<QColor>();
+        if (colour.isValid()) {
+            QPixmap square(option->decorationSize);
+            square.fill(option->palette.color(QPalette::HighlightedText));
+            QPainter(&square).fillRect(square.rect().adjusted(1, 1, -1, -1), colour);
+            option->icon.addPixmap(square, QIcon::Selected);
+        }
+    }
+};
+
+QString html(const QList<QStringList> &cells)
+{
+    QString table = QStringLiteral("<table>");
+    QString tag = QStringLiteral("th");
+    for (const QStringList &row : cells) {
+        table += QStringLiteral("<tr>");
+        for (const QString &cell : row) {
+            table += QStringLiteral("<%1>%2</%1>").arg(tag, cell.toHtmlEscaped());
+        }
+        table += QStringLiteral("</tr>\n");
+        tag = QStringLiteral("td");
+    }
+    return table + QStringLiteral("</table>");
+}
+
+}  // namespace
+
+JobTable::JobTable(JobModel &jobs, QWidget *parent) : WithPlaceholder(parent), m_jobs(jobs)
+{
+    setObjectName(QStringLiteral("jobs"));
+    setAccessibleName(tr("Jobs"));
+    setModel(&jobs);
+    setSelectionBehavior(SelectRows);
+    setSelectionMode(ExtendedSelection);
+    setTabKeyNavigation(false);  // Tab goes to the next pane
+    setAlternatingRowColors(true);
+    setShowGrid(false);
+    setIconSize(STATE_MARK);
+    setWordWrap(false);
+    setTextElideMode(Qt::ElideMiddle);  // pages are numbered at the end
+    setItemDelegateForColumn(JobModel::State, new StateDelegate(this));
+    verticalHeader()->hide();
+    verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 8);
+    setUpHeader();
+    setSortingEnabled(true);
+    sortByColumn(JobModel::Name, Qt::AscendingOrder);
+    connect(&jobs, &QAbstractItemModel::layoutAboutToBeChanged, this, [this] {
+        m_wasCurrentVisible = viewport()->rect().intersects(visualRect(currentIndex()));
+    });
+    connect(&jobs, &QAbstractItemModel::layoutChanged, this, &JobTable::keepPlace);
+}
+
+void JobTable::setUpHeader()
+{
+    QHeaderView *header = horizontalHeader();
+    header->setHighlightSections(false);
+    header->setSectionsMovable(true);
+    header->setContextMenuPolicy(Qt::CustomContextMenu);
+    for (int i = JobModel::Name; i < JobModel::ColumnCount; ++i) {
+        const int width = fontMetrics().horizontalAdvance(QString::fromUtf8(WIDTHS[i]));
+        header->resizeSection(i, width + fontMetrics().averageCharWidth() * 2);
+    }
+    header->hideSection(JobModel::Publication);
+    header->hideSection(JobModel::Book);
+    connect(header, &QWidget::customContextMenuRequested, this, [this, header](QPoint at) {
+        QMenu menu;
+        addColumnActions(menu);
+        menu.exec(header->mapToGlobal(at));
+    });
+}
+
+// A row that was in view stays in view, wherever it moves.
+void JobTable::keepPlace()
+{
+    if (m_wasCurrentVisible && currentIndex().isValid()) {
+        scrollTo(currentIndex());
+    }
+}
+
+QList<int> JobTable::shownColumns() const
+{
+    QList<int> columns;
+    for (int i = 0; i < horizontalHeader()->count(); ++i) {
+        const int column = horizontalHeader()->logicalIndex(i);
+        if (!isColumnHidden(column)) {
+            columns << column;
+        }
+    }
+    return columns;
+}
+
+QList<int> JobTable::selectedRows() const
+{
+    QList<int> rows;
+    for (const QItemSelectionRange &range : selectionModel()->selection()) {
+        for (int row = range.top(); row <= range.bottom(); ++row) {
+            rows << row;
+        }
+    }
+    std::sort(rows.begin(), rows.end());
+    rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
+    return rows;
+}
+
+QList<QStringList> JobTable::cells(const QList<int> &rows) const
+{
+    const QList<int> columns = shownColumns();
+    QStringList headings;
+    for (const int column : columns) {
+        headings << m_jobs.headerData(column, Qt::Horizontal).toString();
+    }
+    QList<QStringList> table { headings };
+    for (const int row : rows) {
+        QStringList line;
+        for (const int column : columns) {
+            line << m_jobs.index(row, column).data().toString();
+        }
+        table << line;
+    }
+    return table;
+}
+
+void JobTable::copy() const
+{
+    const QList<QStringList> table = cells(selectedRows());
+    if (table.size() < 2) {
+        return;
+    }
+    QString text;
+    for (int row = 1; row < table.size(); ++row) {
+        text += table.at(row).join(QLatin1Char('\t')) + QLatin1Char('\n');
+    }
+    auto *copied = new QMimeData;
+    copied->setText(text);
+    copied->setHtml(html(table));
+    QApplication::clipboard()->setMimeData(copied);
+}
+
+void JobTable::addColumnActions(QMenu &menu)
+{
+    for (int i = 0; i < horizontalHeader()->count(); ++i) {
+        const int column = horizontalHeader()->logicalIndex(i);
+        const QString heading = m_jobs.headerData(column, Qt::Horizontal).toString();
+        QAction *action = menu.addAction(heading);
+        action->setCheckable(true);
+        action->setChecked(!isColumnHidden(column));
+        action->setEnabled(isColumnHidden(column) || shownColumns().size() > 1);
+        connect(action, &QAction::toggled, this, [this, column](bool isShown) {
+            setColumnHidden(column, !isShown);
+            Q_EMIT columnsChanged();
+        });
+    }
+}

@@ -1,0 +1,46 @@
+#ifndef JOBTABLE_H
+#define JOBTABLE_H
+
+#include "jobmodel.h"
+#include "placeholder.h"
+
+#include <QTableView>
+
+class QAction;
+class QMenu;
+
+/// The table of jobs. Its columns can be moved, sorted by and hidden; several rows can be selected
+/// and copied.
+class JobTable : public WithPlaceholder<QTableView>
+{
+    Q_OBJECT
+
+public:
+    /// The model is not owned and must outlive the table.
+    JobTable(JobModel &jobs, QWidget *parent);
+
+    /// Columns that are shown, from left to right.
+    QList<int> shownColumns() const;
+    /// Selected rows, from top to bottom.
+    QList<int> selectedRows() const;
+    /// A row for each row, with a cell for each shown column; the headings come first.
+    QList<QStringList> cells(const QList<int> &rows) const;
+    /// Fills a menu with an action for each column, which shows or hides it.
+    void addColumnActions(QMenu &menu);
+
+public Q_SLOTS:
+    /// Puts the selected rows on the clipboard, as text with tabs and as an HTML table.
+    void copy() const;
+
+Q_SIGNALS:
+    void columnsChanged();
+
+private:
+    void setUpHeader();
+    void keepPlace();
+
+    JobModel &m_jobs;
+    bool m_wasCurrentVisible = false;
+};
+
+#endif

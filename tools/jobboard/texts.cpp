@@ -1,0 +1,143 @@
+#include "texts.h"
+
+#include <QLocale>
+
+#include <algorithm>
+#include <numeric>
+
+namespace {
+
+constexpr int MAX_DIGITS = 8;  // of an ending: with them it fits into 32 bits
+constexpr quint32 DIGITS_MASK = 0xf;
+constexpr int NUMBER_SHIFT = 4;
+
+bool isDigit(QChar c) { return c >= QLatin1Char('0') && c <= QLatin1Char('9'); }
+
+// How many digits the text ends with.
+int endingDigits(const QString &text)
+{
+    int digits = 0;
+    while (digits < text.size() && isDigit(text.at(text.size() - 1 - digits))) {
+        ++digits;
+    }
+    return digits;
+}
+
+// The ending that a text has; 0 for none.
+quint32 endingOf(const QString &text)
+{
+    const int digits = endingDigits(text);
+    if (digits == 0 || digits > MAX_DIGITS) {
+        return 0;
+    }
+    return text.right(digits).toUInt() << NUMBER_SHIFT | quint32(digits);
+}
+
+QString endingText(quint32 ending)
+{
+    const int digits = int(ending & DIGITS_MASK);
+    return QString::number(ending >> NUMBER_SHIFT).rightJustified(digits, QLatin1Char('0'));
+}
+
+QString beginningOf(const QString &text, quint32 ending)
+{
+    return text.left(text.size() - int(ending & DIGITS_MASK));
+}
+
+}  // namespace
+
+Texts::Texts() : m_collator(QLocale(QLocale::English))
+{
+    m_collator.setNumericMode(true);
+    m_collator.setCaseSensitivity(Qt::CaseInsensitive);
+    addBeginning(QString());
+    rank();
+}
+
+quint32 Texts::addBeginning(const QString &text)
+{
+    const auto found = m_numbers.constFind(text);
+    if (found != m_numbers.constEnd()) {
+        return *found;
+    }
+    const QString fold = folded(text);
+    m_beginnings.push_back(text);
+    m_folded.push_back(fold == text ? text : fold);
+    m_keys.push_back(m_collator.sortKey(text));
+    return m_numbers[text] = quint32(m_beginnings.size() - 1);
+}
+
+Label Texts::add(const QString &text)
+{
+    const quint32 ending = endingOf(text);
+    return { addBeginning(beginningOf(text, ending)), ending };
+}
+
+Label Texts::find(const QString &text) const
+{
+    const quint32 ending = endingOf(text);
+    const auto found = m_numbers.constFind(beginningOf(text, ending));
+    return found == m_numbers.constEnd() ? Label() : Label { *found, ending };
+}
+
+QString Texts::text(const Label &label) const
+{
+    const QString &beginning = m_beginnings[label.beginning];
+    return label.ending == 0 ? beginning : beginning + endingText(label.ending);
+}
+
+void Texts::rank()
+{
+    const auto isBefore = [this](quint32 a, quint32 b) {
+        const int order = m_keys[a].compare(m_keys[b]);
+        return order != 0 ? order < 0 : m_beginnings[a] < m_beginnings[b];
+    };
+    const auto known = std::ptrdiff_t(m_sorted.size());
+    m_sorted.resize(m_beginnings.size());
+    const auto added = m_sorted.begin() + known;
+    std::iota(added, m_sorted.end(), quint32(known));
+    std::sort(added, m_sorted.end(), isBefore);
+    std::inplace_merge(m_sorted.begin(), added, m_sorted.end(), isBefore);
+    m_ranks.resize(m_sorted.size());
+    for (size_t i = 0; i < m_sorted.size(); ++i) {
+        m_ranks[m_sorted[i]] = quint32(i);
+    }
+}
+
+QString Texts::folded(const QString &text)
+{
+    QString folded;
+    for (const QChar c : text.normalized(QString::NormalizationForm_KD)) {
+        if (c.category() != QChar::Mark_NonSpacing) {
+            folded += c;
+        }
+    }
+    return folded.toCaseFolded();
+}
+
+TextSearch::TextSearch(const Texts &texts, const QString &text)
+    : m_texts(texts), m_wanted(Texts::folded(text)),
+      m_endsInDigit(!m_wanted.isEmpty() && isDigit(m_wanted.back())),
+      m_answers(texts.beginnings(), Unknown)
+{
+}
+
+bool TextSearch::isIn(const Label &label)
+{
+    const QString &beginning = m_texts.foldedBeginning(label.beginning);
+    Answer &answer = m_answers[label.beginning];
+    if (answer == Unknown) {
+        answer = beginning.contains(m_wanted) ? Yes : No;
+    }
+    if (answer == Yes || !m_endsInDigit || label.ending == 0) {
+        return answer == Yes;
+    }
+    return QString(beginning + endingText(label.ending)).contains(m_wanted);
+}
+
+bool TextSearch::isIn(const QString &text) const { return Texts::folded(text).contains(m_wanted); }
+
+bool TextSearch::isIn(int number) const
+{
+    return m_endsInDigit && QString::number(number).contains(m_wanted);
+}
