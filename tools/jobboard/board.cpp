@@ -14,6 +14,10 @@ bool leftThreads = false;
 Board::Board(const QByteArray &url)
     : m_thread(new QThread), m_reader(new Reader(url)), m_jobs(std::make_shared<JobStore>())
 {
+    qRegisterMetaType<Sources>("Sources");  // what crosses threads
+    qRegisterMetaType<JobRows>("JobRows");
+    qRegisterMetaType<Item>("Item");
+    qRegisterMetaType<PacketRecord>("PacketRecord");
     m_reader->moveToThread(m_thread);
     connect(m_thread, &QThread::finished, m_reader, &QObject::deleteLater);
     connect(m_reader, &Reader::sourcesRead, this, [this](int run, const Sources &sources) {

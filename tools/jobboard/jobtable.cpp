@@ -14,9 +14,9 @@
 namespace {
 
 // The widths of the columns.
-constexpr const char *WIDTHS[] = { "The Harbour Gazette 12 p. 12 and more",
-    "Digital Press Colour 1", "In progress 12", "CMYK + Bleu Étain 12", "2024-03-06 06:00",
-    "Copies ▾", "Priority ▾", "The Harbour Gazette 12", "Candide, ou l’Optimisme" };
+constexpr const char *WIDTHS[] = { "The Harbour Gazette 12 p. 12 and more", "Digital Press Colour",
+    "In progress 12", "CMYK + Spot 1", "2024-03-06 06:00", "Copies ▾", "Priority ▾",
+    "The Harbour Gazette 12", "Candide, ou l’Optimisme" };
 static_assert(std::size(WIDTHS) == JobModel::ColumnCount, "one sample per column");
 
 constexpr QSize STATE_MARK(9, 9);

@@ -25,6 +25,8 @@ PacketPane::PacketPane(QWidget *parent)
     m_list->setRootIsDecorated(false);
     m_list->setUniformRowHeights(true);
     m_list->setAlternatingRowColors(true);
+    m_list->header()->setStretchLastSection(false);
+    m_list->header()->setSectionResizeMode(Content, QHeaderView::Stretch);
     m_text->setObjectName(QStringLiteral("packetText"));
     m_text->setAccessibleName(tr("Text of the packet"));
     m_text->setReadOnly(true);
