@@ -17,8 +17,6 @@ namespace {
 // Element names by kind.
 const QString ROOT_NAMES[] = { QStringLiteral("tqxml"), QStringLiteral("packetable"),
     QStringLiteral("action"), QStringLiteral("ui"), QStringLiteral("img"), QStringLiteral("msg") };
-const QString NO_ROOT_NAME = QStringLiteral("nobody");
-const QString DUMMY_ROOT_NAME = QStringLiteral("dummydoc");
 
 // Significant digits of a stored double.
 constexpr int PROPERTY_DIGITS = 6;
@@ -102,7 +100,7 @@ void XMLObject::leaveHolder()
 QDomDocument &XMLObject::ownDocument() const
 {
     if (m_document.isNull()) {
-        m_document = createDocument(QString(), DUMMY_ROOT_NAME);
+        m_document = createDocument(QString(), QStringLiteral("dummydoc"));
     }
     return m_document;
 }
@@ -165,7 +163,7 @@ const QDomElement &XMLObject::getNodeConst() const { return element(); }
 QString XMLObject::rootNodeName(XMLOBJECT_TYPE type)
 {
     const bool known = type >= 0 && size_t(type) < std::size(ROOT_NAMES);
-    return known ? ROOT_NAMES[type] : NO_ROOT_NAME;
+    return known ? ROOT_NAMES[type] : QStringLiteral("nobody");
 }
 
 QString XMLObject::rootNodeName() const { return rootNodeName(m_type); }

@@ -8,10 +8,10 @@ set -euo pipefail
     "$3" 2>&1 | sed '1,/^begin$/d' >gdb.out
 
 cat >gdb.expected <<'EXPECTED'
-$1 = XMLPacket from 3 to nobody, not built, items: 1 = {[0] = item of type 15, key 0:0, "" = {text = SI 15
+$1 = XMLPacket from 3 to nobody, not built, items: 2 = {[0] = item of type 15, key 0:0, "" = {text = SI 15
 1 Page one
 TI 0
-}}
+}, [1] = element msg = {msg = grün}}
 $2 = XMLPacket, built as a document; its print() shows it
 $3 = XMLPacketable with an element, without a server item
 $4 = XMLAction with an element, in no group

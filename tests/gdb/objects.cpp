@@ -1,6 +1,7 @@
 // What gdb prints in the test "gdb": it stops in lookHere().
 
 #include "xmlaction.h"
+#include "xmlmessage.h"
 #include "xmlpacket.h"
 #include "xmlpacketable.h"
 
@@ -26,12 +27,16 @@ int main()
     XMLPacket unbuilt;
     unbuilt.setSourceAgentID(3);
     unbuilt.appendV(job, true);
+    XMLMessage message;
+    message.setMessage(QStringLiteral("gr\u00fcn"));
+    unbuilt.appendV(message);
     XMLPacket built;
     XMLAction part;
-    built.appendV(part);
+    built.append(part);
     XMLPacketable item;
     item.getNodeConst();
     XMLAction action;
+    action.getNodeConst();
     lookHere(unbuilt, built, item, action);
     return 0;
 }

@@ -27,6 +27,27 @@ def text_of_string(string):
     return start.string("utf-8", "replace", length=int(string["_M_string_length"]))
 
 
+def text_of_qstring(string):
+    data = string["d"]
+    if data.type.code == gdb.TYPE_CODE_PTR:  # Qt 5: the characters follow a head
+        head = data.dereference()
+        start = data.cast(gdb.lookup_type("char").pointer()) + int(head["offset"])
+        size = int(head["size"])
+    else:
+        start = data["ptr"]
+        size = int(data["size"])
+    if size == 0:
+        return ""
+    characters = gdb.selected_inferior().read_memory(int(start), 2 * size)
+    return bytes(characters).decode("utf-16", "replace")
+
+
+def elements_of(vector):
+    start = vector["_M_impl"]["_M_start"]
+    for index in range(int(vector["_M_impl"]["_M_finish"] - start)):
+        yield (start + index).dereference()
+
+
 def agent(optional):
     payload = optional["_M_payload"]
     return str(int(payload["_M_payload"]["_M_value"])) if payload["_M_engaged"] else "nobody"
@@ -34,6 +55,8 @@ def agent(optional):
 
 def state(value):
     """What an object has of its element."""
+    if not value["m_isBuilt"]:
+        return "not built"
     has_node = int(value["m_element"]["impl"]) != 0
     return "with an element" if has_node else "without an element"
 
@@ -60,14 +83,34 @@ class PacketItem:
             yield "text", text.string("utf-8", "replace", length=length).rstrip("\0")
 
 
-class Packet:
-    """Ids and server items of a packet of which nobody has asked for a node."""
+class Draft:
+    """An element that nobody has looked at."""
 
     def __init__(self, value):
         self.value = value
-        items = value["m_items"]["_M_impl"]
-        self.start = items["_M_start"]
-        self.count = int(items["_M_finish"] - items["_M_start"])
+
+    def to_string(self):
+        return "element " + text_of_qstring(self.value["m_name"])
+
+    def children(self):
+        for attribute in elements_of(self.value["m_attributes"]):
+            yield text_of_qstring(attribute["first"]), text_of_qstring(attribute["second"])
+
+
+def content_of(body_item):
+    """The item or the draft in a std::variant of both."""
+    content = body_item["m_content"]
+    kinds = ["PacketItem", "Draft"]
+    kind = gdb.lookup_type("TQXmlInternal::" + kinds[int(content["_M_index"])])
+    return content.address.cast(kind.pointer()).dereference()
+
+
+class Packet:
+    """Ids and items of a packet of which nobody has asked for a node."""
+
+    def __init__(self, value):
+        self.value = value
+        self.items = [content_of(item) for item in elements_of(value["m_items"])]
         self.is_built = int(pointer_of(value["m_tree"])) != 0
 
     def to_string(self):
@@ -76,12 +119,12 @@ class Packet:
         return "XMLPacket from %s to %s, not built, items: %d" % (
             agent(self.value["m_source"]),
             agent(self.value["m_destination"]),
-            self.count,
+            len(self.items),
         )
 
     def children(self):
-        for index in range(self.count):
-            yield "[%d]" % index, (self.start + index).dereference()
+        for index, item in enumerate(self.items):
+            yield "[%d]" % index, item
 
 
 class Packetable:
@@ -108,6 +151,7 @@ class Action:
 
 printers = gdb.printing.RegexpCollectionPrettyPrinter("tqxml")
 printers.add_printer("PacketItem", "^TQXmlInternal::PacketItem$", PacketItem)
+printers.add_printer("Draft", "^TQXmlInternal::Draft$", Draft)
 printers.add_printer("XMLPacket", "^XMLPacket$", Packet)
 printers.add_printer("XMLPacketable", "^XMLPacketable$", Packetable)
 printers.add_printer("XMLAction", "^XMLAction$", Action)
