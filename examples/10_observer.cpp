@@ -26,8 +26,8 @@ public:
 private:
     static void print(const char *what, const XMLPacket &packet)
     {
-        std::printf("%d -> %d: %s\n", packet.getSourceAgentID(), packet.getDestinationAgentID(),
-            what);
+        std::printf(
+            "%d -> %d: %s\n", packet.getSourceAgentID(), packet.getDestinationAgentID(), what);
     }
 };
 

@@ -58,9 +58,9 @@ private:
 
 }  // namespace
 
-static_assert(
-    PacketRecord::SourceUnknown + XMLRouterObserver::DROP_EQUALS_LAST == PacketRecord::EqualsLast &&
-    PacketRecord::SourceUnknown + XMLRouterObserver::DROP_SENT_ALREADY ==
+static_assert(int(PacketRecord::SourceUnknown) + XMLRouterObserver::DROP_EQUALS_LAST ==
+        PacketRecord::EqualsLast &&
+    int(PacketRecord::SourceUnknown) + XMLRouterObserver::DROP_SENT_ALREADY ==
         PacketRecord::SentAlready);
 
 PacketLog::PacketLog() { m_buffer.reserve(4096); }
@@ -185,7 +185,7 @@ void PacketLog::packetDropped(const XMLPacket &packet, DROP reason)
         return tellListener();
     }
     PacketRecord record = describe(packet);
-    record.state = PacketRecord::State(PacketRecord::SourceUnknown + reason);
+    record.state = PacketRecord::State(int(PacketRecord::SourceUnknown) + reason);
     append(record);
 }
 

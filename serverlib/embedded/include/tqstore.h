@@ -95,7 +95,7 @@ private:
 /// A stored item, by its key and its name.
 struct TQNAMEDKEY
 {
-    TQKEY_ELEMENT key;
+    TQKEY_ELEMENT key;  ///< as getArchiveNode() takes it
     std::string name;  ///< UTF-8
 };
 
