@@ -218,7 +218,8 @@ void FileReader::readText(PacketRecord &record)
         record.text = m_reader.readElementText().toUtf8();
         return;
     }
-    const int begin = int(m_document.lastIndexOf(QLatin1Char('<'), m_reader.characterOffset() - 1));
+    const int offset = int(m_reader.characterOffset());
+    const int begin = int(m_document.lastIndexOf(QLatin1Char('<'), offset - 1));
     m_reader.skipCurrentElement();
     const int length = int(m_reader.characterOffset()) - begin;
     record.text = m_document.mid(begin, length).toUtf8() + '\n';

@@ -384,8 +384,8 @@ void tst_XMLRouter::anObserverIsToldOfPackets()
     XMLPacket *first = hub.send(1, 2, "a");
     hub.router->send(first);
     hub.send(1, 2, "a");
-    hub.send(99, 2, "b");
-    hub.send(1, 99, "c");
+    hub.send(NOBODY, 2, "b");
+    hub.send(1, NOBODY, "c");
     QCOMPARE(hub.takeLog(),
         str("sent: a, dropped again: a, dropped like the last: a, dropped of a stranger: b, "
             "sent: c"));

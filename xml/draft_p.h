@@ -16,7 +16,7 @@ namespace TQXmlInternal {
 
 class XmlWriter;
 
-// The element of an XMLObject that nobody has looked at. It has attributes, but no children.
+// An XMLObject's element until somebody asks for it: a name and attributes, no children.
 class Draft
 {
 public:
@@ -28,10 +28,10 @@ public:
     ~Draft() = default;
 
     const QString &name() const { return m_name; }
-    // Neither the name nor the value is empty.
+    // Requires a name and a value that are not empty.
     void setAttribute(const QString &name, const QString &value);
 
-    // In a packet: the object that shares the element, until it is deleted; else null.
+    // The object whose element this is in a packet; null if there is none or it was deleted.
     XMLObject *object() const { return m_object; }
     void setObject(XMLObject *object) { m_object = object; }
 

@@ -347,11 +347,8 @@ TQBOOK *XMLCommServer::getBooks(const QList<TQKEY_ELEMENT *> &keys) const
     return as<TQBOOK>(gather(BOOKS, Session(m_commServer), keys).release());
 }
 
-// What the functions below have in common:
-// - After the first query they do not use the bridge: it may have been deleted.
-// - The reply is sent when it is complete. A reply with jobs is always sent. The others are only
-// sent
-//   if the server library gave any records.
+// After its first query none of the functions below uses the bridge: it may have been deleted. The
+// header says when a reply without items is sent.
 
 void XMLCommServer::sendOUTPUTs(int destinationAgentID) const
 {

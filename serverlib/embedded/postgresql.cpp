@@ -1,6 +1,6 @@
-// Stores in PostgreSQL, by libpq. Three timeouts: statement_timeout and lock_timeout, kept by the
-// server, and response_timeout, kept by the connection. Each statement takes one round trip, also
-// the first time, when it is prepared.
+// Stores in PostgreSQL, by libpq. It keeps connect_timeout, the server keeps statement_timeout and
+// lock_timeout, and PostgresqlConnection keeps response_timeout. Each statement takes one round
+// trip, also the first time, when it is prepared.
 
 #include "database_p.h"
 #include "postgresqlconnection_p.h"
@@ -37,7 +37,7 @@ class Parameters
 public:
     explicit Parameters(const QVariantList &values)
     {
-        m_contents.reserve(size_t(values.size()));  // what is pointed at stays where it is
+        m_contents.reserve(size_t(values.size()));
         for (const QVariant &value : values) {
             const bool isBinary = value.userType() == QMetaType::QByteArray;
             m_contents.push_back(isBinary ? value.toByteArray() : textOf(value));

@@ -117,12 +117,12 @@ bool RowSource::run(const TakeItem &take, const Progress &progress)
 bool RowSource::askBridge(const TakeItem &take, const Progress &progress)
 {
     const Listing &listing = *m_query.listing;
+    const unsigned failures = m_server.failures();
     std::vector<TQKEY_ELEMENT> keys = m_query.keys;
     if (listing.isByOwner && keys.empty()) {
         keys = keysOf(m_server, listing.owner);
     }
     const size_t total = listing.isByOwner ? keys.size() : 1;
-    const unsigned failures = m_server.failures();
     Hub hub(&m_server);
     for (size_t done = 0; done < total && m_server.failures() == failures; ++done) {
         XMLAction request(QLatin1String(listing.name), listing.request, hub.asker.getAgentID());
@@ -144,18 +144,18 @@ bool RowSource::askConnection(const TakeItem &take)
     Records records(m_server, m_query.listing->type);
     const std::unique_ptr<TQPacketable> item(PacketableUtil::getPacketable(m_query.listing->type));
     ItemSplitter splitter(take);
-    bool isWanted = m_server.failures() == failures;
-    while (isWanted) {
-        TQLISTRECORD *record = records.take();
-        if (!record) {
-            return true;
-        }
+    if (m_server.failures() != failures) {
+        return false;
+    }
+    while (TQLISTRECORD *record = records.take()) {
         item->loadRecord(reinterpret_cast<unsigned char *>(record));
         XMLPacket packet;
         packet.appendV(*item, false);
-        isWanted = packet.write(&splitter);
+        if (!packet.write(&splitter)) {
+            return false;
+        }
     }
-    return false;
+    return true;
 }
 
 QByteArray RowSource::emptyPacket()

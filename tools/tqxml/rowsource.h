@@ -20,10 +20,11 @@ public:
         std::vector<TQKEY_ELEMENT> keys;
         bool includesPublications = false;
     };
-    /// Called after each reply with how many there were, and how many there will be.
+    /// Called after each reply of the bridge with how many there were, and how many there will be.
+    /// Not called when the connection is asked.
     using Progress = std::function<void(size_t done, size_t total)>;
 
-    /// Neither is owned.
+    /// Keeps references to both.
     RowSource(TQCommServer &server, const Query &query) : m_server(server), m_query(query) {}
 
     /// Hands over one item after another, as the replies come. Ends early when a query fails (see
@@ -31,7 +32,7 @@ public:
     /// of a reply that may lack items is handed over.
     bool run(const TakeItem &take, const Progress &progress);
 
-    /// A packet of such replies without items: "<tqxml ...", the header and an empty body.
+    /// A reply without items as XML: "<tqxml ...", the header and an empty body.
     static QByteArray emptyPacket();
 
 private:
