@@ -118,6 +118,13 @@ void ItemReader::readField(QString &cell)
     m_xml.skipCurrentElement();
 }
 
+char foreignCharacter(const QByteArray &xml)
+{
+    const auto found = std::find_if(xml.begin(), xml.end(),
+        [](char c) { return uchar(c) < ' ' && c != '\t' && c != '\n' && c != '\r'; });
+    return found == xml.end() ? '\0' : *found;
+}
+
 QByteArray itemWith(const Columns &columns, const QByteArray &xml)
 {
     QByteArray text;

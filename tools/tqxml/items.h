@@ -44,7 +44,7 @@ class ItemReader
 public:
     explicit ItemReader(const Columns &columns);
 
-    /// One cell for each column.
+    /// One cell for each column. The item has no foreignCharacter().
     QStringList cellsOf(const QByteArray &xml);
 
 private:
@@ -54,6 +54,9 @@ private:
     QStringList m_own;  // attributes of the item for the columns without a field
     QHash<QString, int> m_fields;  // columns by element name
 };
+
+/// The first character of an item that XML cannot hold, a control character; 0 if there is none.
+char foreignCharacter(const QByteArray &xml);
 
 /// An item with only the fields of these columns.
 QByteArray itemWith(const Columns &columns, const QByteArray &xml);

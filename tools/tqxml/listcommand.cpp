@@ -174,24 +174,34 @@ QString lookUp(TQCommServer &server, const CommandLine &line, Request &request)
 }
 
 // Reads and prints everything. A store is checked for damage when the transaction ends. Whoever
-// wants no more rows does not wait for that: then the connection is closed before.
-void printAll(
+// wants no more rows does not wait for that: then the connection is closed before. Returns what is
+// wrong with an item, or an empty text.
+QString printAll(
     std::unique_ptr<TQCommServer> &server, const Request &request, Printer &printer, Output &output)
 {
     const unsigned failures = server->failures();
     ProgressBar bar(QStringLiteral("reading"));
     const bool isSilent = terminalWidth() == 0;
-    const bool isWhole = RowSource(*server, request.query)
-                             .run([&](const QByteArray &xml) { return printer.take(xml); },
-                                 [&](size_t done, size_t total) {
-                                     output.flush();
-                                     if (isSilent) {
-                                         bar.show(done, total);
-                                     }
-                                 });
+    QString wrong;
+    const auto take = [&](const QByteArray &xml) {
+        if (const char foreign = foreignCharacter(xml)) {
+            const QByteArray code = QByteArray::number(int(foreign), 16).toUpper();
+            wrong = QStringLiteral("a value holds the character U+%1, which XML cannot hold")
+                        .arg(QString::fromLatin1(code.rightJustified(4, '0')));
+        }
+        return wrong.isEmpty() && printer.take(xml);
+    };
+    const auto showProgress = [&](size_t done, size_t total) {
+        output.flush();
+        if (isSilent) {
+            bar.show(done, total);
+        }
+    };
+    const bool isWhole = RowSource(*server, request.query).run(take, showProgress);
     if (!isWhole && server->failures() == failures) {
         server.reset();
     }
+    return wrong;
 }
 
 int list(const CommandLine &line, Request &request)
@@ -199,18 +209,22 @@ int list(const CommandLine &line, Request &request)
     auto server = std::make_unique<TQCommServer>(line.store().constData());
     Output output;
     std::optional<Printer> printer;
+    QString wrong;
     if (server->failures() == 0) {
         const TQReadTransaction oneMoment(*server);
-        const QString wrong = lookUp(*server, line, request);
+        wrong = lookUp(*server, line, request);
         if (!wrong.isEmpty() && server->failures() == 0) {
             return fail(wrong);
         }
         printer.emplace(request, output);
-        printAll(server, request, *printer, output);
+        wrong = printAll(server, request, *printer, output);
     }
     if (server && server->failures() != 0) {
+        wrong = QString::fromUtf8(server->errorText());
+    }
+    if (!wrong.isEmpty()) {
         output.flush();  // the rows before the failure, but no end
-        return fail(QString::fromUtf8(server->errorText()));
+        return fail(wrong);
     }
     printer->finish();
     if (printer->printed() == 0 && output.isOpen() && request.limit > 0) {
