@@ -41,6 +41,8 @@ struct Site
     }
     ~Site()
     {
+        router.setObserver(nullptr);
+        router.send();  // a router leaves what waits in its queue
         for (Answerer &agent : agents) {
             router.remove(&agent);
         }

@@ -79,6 +79,12 @@ class Watcher : public XMLRouterObserver
 {
 public:
     explicit Watcher(Hub &hub) : m_hub(hub) { hub.router->setObserver(this); }
+    ~Watcher() override
+    {
+        if (m_hub.router) {
+            m_hub.router->setObserver(nullptr);
+        }
+    }
 
     void packetSent(const XMLPacket &packet) override { tell("sent", packet); }
     void packetDropped(const XMLPacket &packet, DROP reason) override
