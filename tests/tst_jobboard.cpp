@@ -286,13 +286,13 @@ void tst_JobBoard::chosenRowsAreCopiedAsTheyAreShown()
 
 void tst_JobBoard::theWindowComesBackAsItWas()
 {
-    window->resize(900, 600);
+    window->resize(780, 560);
     jobs()->hideColumn(JobModel::Copies);
     jobs()->sortByColumn(JobModel::Created, Qt::DescendingOrder);
     trigger(actions()->showPackets);
     trigger(actions()->themes[size_t(Theme::Dark)]);
     open(url);
-    QCOMPARE(window->size(), QSize(900, 600));
+    QCOMPARE(window->size(), QSize(780, 560));
     QVERIFY(jobs()->isColumnHidden(JobModel::Copies));
     QCOMPARE(jobs()->horizontalHeader()->sortIndicatorSection(), int(JobModel::Created));
     QVERIFY(!actions()->showPackets->isChecked());
