@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # gdb.sh GDB PRINTERS PROGRAM: what the printers show is what the program has made.
 set -euo pipefail
+export LC_ALL=C.UTF-8  # gdb prints texts in the encoding of the locale
 
 "$1" --batch --nx -iex 'set debuginfod enabled off' -iex 'set auto-load off' \
     -ex "source $2" -ex 'break lookHere' -ex run \
