@@ -22,6 +22,7 @@ std::vector<Figure> &figures()
 namespace {
 
 constexpr int ROUNDS = 41;  // of which the best counts
+constexpr int WARM_UPS = 10;  // after fewer, malloc() still sorts what earlier runs have freed
 
 void prepare(const Measured &measured)
 {
@@ -37,11 +38,13 @@ void warmUp(const Measured &measured)
     measured.run();
 }
 
-// Runs once for warmth and once with instructions counted, and leaves a dump of that name.
+// Counts the instructions of one run after the warm-ups, and leaves a dump of that name.
 void count(const std::string &name, const Figure::Make &make)
 {
     const Measured measured = make();
-    warmUp(measured);
+    for (int i = 0; i < WARM_UPS; ++i) {
+        warmUp(measured);
+    }
     prepare(measured);
     CALLGRIND_ZERO_STATS;
     CALLGRIND_TOGGLE_COLLECT;
