@@ -331,7 +331,9 @@ function __tqxml_words
             case )" +
         patternOfValues(" ") + R"(
                 set isValue 1
-            case '-?*'
+            case - # standard input
+                echo $word
+            case '-*'
             case '*'
                 echo $word
         end
