@@ -5,8 +5,8 @@ usage: report.py BUILD [--count] [--figures NAME,NAME...] [--repetitions N]
 
 Without --count, times are medians of interleaved repetitions. With it, instructions are counted
 under callgrind, which repeat exactly; these are held to the limits in figures.py, and a ratio above
-its limit makes the exit code 1. So does a figure that could not be measured, whether it is held or
-not. The name "quick" stands for the figures that CI runs.
+its limit makes the exit code 1. So does a figure that could not be measured. The name
+"quick" stands for the figures that CI runs.
 """
 
 import argparse
@@ -80,22 +80,21 @@ class Report:
         self.entries = {}
         self.failures = {}
 
-    def add(self, name, unit, pair, factor=1.0, limit=0.0, is_held=True):
+    def add(self, name, unit, pair, factor=1.0, limit=0.0):
         value, floor = pair
         floor *= factor
         self.entries[name] = {"value": value, "floor": floor, "ratio": round(value / floor, 4),
-                              "unit": unit, "limit": limit or None, "held": is_held}
+                              "unit": unit, "limit": limit or None}
 
-    def above(self, is_held):
+    def above(self):
         return [name for name, entry in self.entries.items()
-                if entry["limit"] and entry["ratio"] > entry["limit"] and entry["held"] == is_held]
+                if entry["limit"] and entry["ratio"] > entry["limit"]]
 
     def print(self):
         print(f"{'figure':<26} {'value':>14} {'floor':>14} {'ratio':>8} {'limit':>6}  unit")
-        held, open_ = self.above(True), self.above(False)
+        above = self.above()
         for name, entry in self.entries.items():
-            mark = "  above its limit" if name in held else ""
-            mark = "  above its limit, not held yet" if name in open_ else mark
+            mark = "  above its limit" if name in above else ""
             print(f"{name:<26} {entry['value']:>14,.0f} {entry['floor']:>14,.0f} "
                   f"{entry['ratio']:>8.3f} {entry['limit'] or '':>6}  {entry['unit']}{mark}")
         for name, reason in self.failures.items():
@@ -120,17 +119,16 @@ class Report:
 def count_command(figure, measurements, qt, report):
     pair = getattr(measurements, figure.name)()
     unit = "instructions" if figure.name in commands.COUNTED else figure.floor.split()[0]
-    report.add(figure.name, unit, pair, 1, figure.limit(qt), figure.is_held)
+    report.add(figure.name, unit, pair, 1, figure.limit(qt))
 
 
 def count_bench(figure, bench, report):
     unit = "bytes" if figure.name in bench.heap else "instructions"
     factor = bench.factors[figure.name]
-    report.add(figure.name, unit, bench.count(figure.name), factor, figure.limit(bench.qt),
-               figure.is_held)
+    report.add(figure.name, unit, bench.count(figure.name), factor, figure.limit(bench.qt))
     if figure.time_limit:
         report.add(figure.name + ", time", "ns", bench.pair("--best", figure.name), factor,
-                   figure.time_limit, figure.is_time_held)
+                   figure.time_limit)
 
 
 def count(bench, wanted, report, measurements):
