@@ -13,8 +13,8 @@ $1 = XMLPacket from 3 to nobody, not built, items: 2 = {[0] = item of type 15, k
 1 Page one
 TI 0
 }, [1] = element msg = {msg = grün}}
-$2 = XMLPacket, built as a document; its print() shows it
-$3 = XMLPacketable with an element, without a server item
-$4 = XMLAction with an element, in no group
+$2 = XMLPacket, built: <tqxml><header><src/><dst/></header><body><action name='show "all"' originator="7" type="1000">a &lt; b</action></body></tqxml>
+$3 = XMLPacketable <packetable/>, without a server item
+$4 = XMLAction <action/>, in no group
 EXPECTED
 sed -E 's/ @0x[0-9a-f]+: / /' gdb.out | diff gdb.expected -

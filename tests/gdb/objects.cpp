@@ -1,4 +1,5 @@
-// What gdb prints in the test "gdb": it stops in lookHere().
+// What gdb prints in the test "gdb": it stops in lookHere(). QtXml's private header stands for the
+// debug symbols of QtXml: with it, this program's own symbols describe the nodes of documents.
 
 #include "xmlaction.h"
 #include "xmlmessage.h"
@@ -7,7 +8,13 @@
 
 #include "tqitems.h"
 
+#include <QtXml/private/qdom_p.h>
+
 #include <cstring>
+
+// What it describes is what is used.
+const QDomElementPrivate *usedElement = nullptr;
+template class QMultiHash<QString, QDomNodePrivate *>;
 
 namespace {
 
@@ -31,8 +38,9 @@ int main()
     message.setMessage(QStringLiteral("gr\u00fcn"));
     unbuilt.appendV(message);
     XMLPacket built;
-    XMLAction part;
-    built.append(part);
+    XMLAction part(QStringLiteral("show \"all\""), 1000, 7);
+    QDomElement element = built.append(part).toElement();
+    element.appendChild(element.ownerDocument().createTextNode(QStringLiteral("a < b")));
     XMLPacketable item;
     item.getNodeConst();
     XMLAction action;

@@ -1,5 +1,9 @@
 # Printers of gdb for libtqxml. gdb loads them with the library, when they are installed; they need
-# its debug symbols. They read memory only, and call nothing in the program.
+# its debug symbols, and those of QtXml for what a document holds. They read memory only, and call
+# nothing in the program.
+
+import sys
+from xml.sax.saxutils import escape, quoteattr
 
 import gdb
 import gdb.printing
@@ -57,8 +61,82 @@ def state(value):
     """What an object has of its element."""
     if not value["m_isBuilt"]:
         return "not built"
-    has_node = int(value["m_element"]["impl"]) != 0
-    return "with an element" if has_node else "without an element"
+    node = value["m_element"]["impl"]
+    return xml_of(node) or "with an element" if int(node) else "without an element"
+
+
+# --- Documents of QtXml ---
+
+
+def values_of_hash(hash_map):
+    """The QDomNodePrivate pointers of a QMultiHash with one value a key, in any order."""
+    data = hash_map["d"]
+    if data.type.target().name == "QHashData":  # Qt 5: lists that end at the head
+        node_type = gdb.lookup_type("QHashNode<QString, QDomNodePrivate*>").pointer()
+        for index in range(int(data["numBuckets"])):
+            node = data["buckets"][index]
+            while int(node) != int(data):
+                yield node.cast(node_type)["value"]
+                node = node["next"]
+    elif int(data):  # Qt 6: spans of 128 buckets
+        node_type = gdb.lookup_type("QHashPrivate::MultiNode<QString, QDomNodePrivate*>").pointer()
+        for index in range(int(data["numBuckets"])):
+            span = data["spans"][index // 128]
+            entry = int(span["offsets"][index % 128])
+            if entry != 255:  # 255 stands for an empty bucket
+                yield span["entries"][entry].address.cast(node_type)["value"]["value"]
+
+
+def attributes_of(element):
+    """Names and values of an element's attributes, by name."""
+    attributes = element["m_attr"]
+    if not int(attributes):
+        return []
+    return sorted(
+        (text_of_qstring(node["name"]), text_of_qstring(node["value"]))
+        for node in values_of_hash(attributes["map"])
+    )
+
+
+def pieces_of(node):
+    """The XML of a node and what is below it, piece by piece."""
+    name = text_of_qstring(node["name"])
+    if name == "#text":
+        yield escape(text_of_qstring(node["value"]))
+        return
+    child = node["first"]
+    is_element = not name.startswith("#")
+    if is_element:
+        yield "<" + name
+        for attribute in attributes_of(node.cast(gdb.lookup_type("QDomElementPrivate").pointer())):
+            yield " %s=%s" % (attribute[0], quoteattr(attribute[1]))
+        yield ">" if int(child) else "/>"
+    has_children = int(child) != 0
+    while int(child):
+        yield from pieces_of(child)
+        child = child["next"]
+    if is_element and has_children:
+        yield "</%s>" % name
+
+
+def xml_of(node):
+    """The XML of a node, as much of it as "set print elements" allows; None without the debug
+    symbols of QtXml."""
+    try:
+        node_type = gdb.lookup_type("QDomNodePrivate")
+        node_type.fields()
+    except (gdb.error, TypeError):
+        return None
+    limit = gdb.parameter("print elements") or sys.maxsize
+    text = ""
+    for piece in pieces_of(node.cast(node_type.pointer())):
+        text += piece
+        if len(text) > limit:
+            return text[:limit] + "..."
+    return text
+
+
+# --- Printers ---
 
 
 class PacketItem:
@@ -115,7 +193,8 @@ class Packet:
 
     def to_string(self):
         if self.is_built:
-            return "XMLPacket, built as a document; its print() shows it"
+            root = pointer_of(self.value["m_tree"])["root"]["impl"]
+            return "XMLPacket, built: " + (xml_of(root) or "its print() shows the document")
         return "XMLPacket from %s to %s, not built, items: %d" % (
             agent(self.value["m_source"]),
             agent(self.value["m_destination"]),
