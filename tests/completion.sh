@@ -19,9 +19,11 @@ in_bash() {
 in_fish() {
     fish -Nc "source $folder/tqxml.fish; complete -C '$*'" | cut -f 1 | sort
 }
-# Types the words, and a tab, in a zsh that prints what is offered.
+# Types the words, and a tab, in a zsh that prints what is offered for what follows the last comma.
 # shellcheck disable=SC2016,SC2317
 in_zsh() {
+    local typed=${*: -1} before
+    before=${typed%"${typed##*,}"}
     zsh -fc '
         zmodload zsh/zpty
         zpty shell zsh -fi
@@ -40,7 +42,7 @@ OFFERED:\"\${^offered}
         zpty -n -w shell $'"'\x01\x0b'"'"print DO\"\"NE"$'"'\n'"'
         zpty -r shell text "*DONE*"
         print -r -- $text' zsh "$folder" "$@" | tr -d '\r' | sed 's/OFFERED:/\n&/g' |
-        sed -n 's/^OFFERED:\([^ ]*\).*/\1/p' | sort -u
+        sed -n "s/^OFFERED:\([^ ]*\).*/$before\1/p" | sort -u
 }
 
 shells=()
@@ -92,6 +94,10 @@ expect 'output publication book job owner profile' tqxml show ''
 expect 'table xml json jsonl csv tsv' tqxml list jobs --format ''
 expect 'json jsonl' tqxml list jobs -f j
 expect 'waiting in-progress done' tqxml list --state ''
+expect 'key name city country founded' tqxml list owners --columns ''
+expect 'device_class' tqxml -q list profiles --sort name --sort de
+expect 'title technology trim_box' tqxml list --columns t
+expect 'key,name' tqxml list jobs --columns key,na
 expect 'xml packet' tqxml convert --to ''
 expect "$verbs" tqxml help ''
 cd "$folder"

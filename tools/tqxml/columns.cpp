@@ -70,6 +70,13 @@ Column columnOf(PACKETDATATYPES type, const CONVERTSTRUCTELEMENTINFO &field)
     return { nameFor(heading), heading, known.kind, known.isList, field.tag };
 }
 
+Column nameColumn(PACKETDATATYPES type, unsigned tag)
+{
+    Column column = plainColumn(headingOf(type, tag));
+    column.tag = tag;
+    return column;
+}
+
 QString joined(const Column &column, QString cell)
 {
     const QLatin1String separator(column.kind == Kind::Text ? ", " : " ");
@@ -80,8 +87,7 @@ QString joined(const Column &column, QString cell)
 
 Columns columnsOf(PACKETDATATYPES type, unsigned nameTag)
 {
-    Columns columns { plainColumn(QStringLiteral("Key"), Kind::Key),
-        plainColumn(headingOf(type, nameTag)) };
+    Columns columns { plainColumn(QStringLiteral("Key"), Kind::Key), nameColumn(type, nameTag) };
     const CONVERTSTRUCTELEMENTINFO *field = TQGetSystemStorageClassConv(type);
     for (; field && field->type != TQELEMENT_END; ++field) {
         if (field->tag != nameTag && field->type != TQELEMENT_BYTES) {
@@ -124,10 +130,15 @@ QString shownCell(const Column &column, const QString &cell)
 
 QString plainCell(const Column &column, const QString &cell) { return joined(column, cell); }
 
-QString stateNumber(const QString &word)
+QString stateNumber(const QString &state)
 {
-    const QString state = QString(word).replace(QLatin1Char('-'), QLatin1Char(' '));
+    bool isNumber = false;
+    const unsigned number = state.toUInt(&isNumber);
+    const QString words = QString(state).replace(QLatin1Char('-'), QLatin1Char(' '));
     const auto found = std::find_if(std::begin(STATES), std::end(STATES),
-        [&state](const char *known) { return state == QLatin1String(known); });
-    return found == std::end(STATES) ? QString() : QString::number(found - std::begin(STATES));
+        [&words](const char *known) { return words == QLatin1String(known); });
+    if (found != std::end(STATES)) {
+        return QString::number(found - std::begin(STATES));
+    }
+    return isNumber ? QString::number(number) : QString();
 }

@@ -19,13 +19,13 @@ struct Column
     QString heading;  ///< as tables show it
     Kind kind = Kind::Text;
     bool isList = false;
-    unsigned tag = 0;  ///< the field's; 0 for the item's own key and name
+    unsigned tag = 0;  ///< the field's; 0 for the item's own key
 };
 
 using Columns = std::vector<Column>;
 
-/// The columns of items of a data type: the key, the item's name under the heading of that field,
-/// and all other fields.
+/// The columns of items of a data type: the key, the field that is the item's name, and all other
+/// fields.
 Columns columnsOf(PACKETDATATYPES type, unsigned nameTag);
 /// A column that no field has.
 Column plainColumn(const QString &heading, Kind kind = Kind::Text);
@@ -38,7 +38,7 @@ QStringList namesOf(const Columns &columns);
 QString shownCell(const Column &column, const QString &cell);
 /// A cell as programs read it: the values of a list on one line.
 QString plainCell(const Column &column, const QString &cell);
-/// The stored value of a state that is given as a word; empty if there is no such state.
-QString stateNumber(const QString &word);
+/// The stored value of a state that is given as a word or as that value; empty if it is neither.
+QString stateNumber(const QString &state);
 
 #endif

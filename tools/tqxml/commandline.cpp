@@ -1,5 +1,6 @@
 #include "commandline.h"
 
+#include "columns.h"
 #include "nearest.h"
 #include "values.h"
 
@@ -10,6 +11,7 @@
 namespace {
 
 constexpr char DATABASE[] = "database";
+constexpr QLatin1Char EQUALS('=');
 
 QString text(const char *utf8) { return QString::fromUtf8(utf8); }
 
@@ -61,6 +63,22 @@ QStringList spellings(const std::vector<const Option *> &options)
     return names;
 }
 
+const Verb *findVerb(const QString &name)
+{
+    const auto found = std::find_if(verbs().begin(), verbs().end(),
+        [&name](const Verb &verb) { return name == QLatin1String(verb.name); });
+    return found == verbs().end() ? nullptr : &*found;
+}
+
+QStringList verbNames()
+{
+    QStringList names;
+    for (const Verb &verb : verbs()) {
+        names << text(verb.name);
+    }
+    return names;
+}
+
 QStringList namesOf(const Option &option)
 {
     return option.letter ? QStringList { text(option.letter), text(option.name) }
@@ -71,6 +89,39 @@ QStringList namesOf(const Option &option)
 bool isTypeNumber(const Verb &verb, const QString &word)
 {
     return qstrcmp(verb.name, "show") == 0 && readType(word);
+}
+
+// States may be given as machine formats print them.
+bool isStateNumber(const Option &option, const QString &word)
+{
+    return qstrcmp(option.name, "state") == 0 && !stateNumber(word).isEmpty();
+}
+
+// Without a verb, what may come before it is listed unless another option is near.
+QString noOption(const Verb *verb, const QString &name)
+{
+    const QString dashes(name.size() == 1 ? 1 : 2, QLatin1Char('-'));
+    QStringList known = spellings(optionsOf(verb));
+    if (!verb && nearest(dashes + name, known).isNull()) {
+        known = spellings(optionsBeforeVerb());
+    }
+    return noSuch(QStringLiteral("option"), dashes + name, known);
+}
+
+// Which option has no value, or one that it does not take.
+QString wrongValue(const QStringList &arguments)
+{
+    for (const Option *option : allOptions()) {
+        for (const QString &name : namesOf(*option)) {
+            const QString typed = QLatin1String(name.size() == 1 ? "-" : "--") + name;
+            const bool hasValue = std::any_of(arguments.begin(), arguments.end(),
+                [&typed](const QString &word) { return word.startsWith(typed + EQUALS); });
+            if (!option->value && hasValue) {
+                return QStringLiteral("%1 takes no value").arg(typed);
+            }
+        }
+    }
+    return QStringLiteral("%1 needs a value").arg(arguments.last());
 }
 
 }  // namespace
@@ -99,39 +150,21 @@ void CommandLine::parse(const QStringList &arguments)
     }
     const bool isParsed = parser.parse(QStringList { QString() } + arguments);
     m_arguments = parser.positionalArguments();
-    if (!m_arguments.isEmpty()) {
-        findVerb(m_arguments.takeFirst());
-    }
+    const QString name = m_arguments.isEmpty() ? QString() : m_arguments.takeFirst();
+    m_verb = findVerb(name);
     const QStringList unknown = parser.unknownOptionNames();
     if (!unknown.isEmpty()) {
-        const QString dashes(unknown.first().size() == 1 ? 1 : 2, QLatin1Char('-'));
-        const QStringList known = spellings(optionsOf(m_verb));
-        refuse(noSuch(QStringLiteral("option"), dashes + unknown.first(), known));
+        refuse(noOption(m_verb, unknown.first()));
     } else if (!isParsed) {
-        const QString &last = arguments.last();
-        refuse(last.startsWith(QLatin1Char('-')) && !last.contains(QLatin1Char('='))
-                ? QStringLiteral("%1 needs a value").arg(last)
-                : parser.errorText());
+        refuse(wrongValue(arguments));
+    } else if (!m_verb && !name.isNull()) {
+        refuse(noSuch(QStringLiteral("verb"), name, verbNames()));
     }
     for (const Option *option : allOptions()) {
         if (parser.isSet(text(option->name))) {
             m_options[text(option->name)] =
                 option->value ? parser.values(text(option->name)) : QStringList();
         }
-    }
-}
-
-void CommandLine::findVerb(const QString &name)
-{
-    QStringList names;
-    for (const Verb &verb : verbs()) {
-        names << text(verb.name);
-        if (name == names.last()) {
-            m_verb = &verb;
-        }
-    }
-    if (!m_verb) {
-        refuse(noSuch(QStringLiteral("verb"), name, names));
     }
 }
 
@@ -146,8 +179,9 @@ void CommandLine::checkOptions()
         const QStringList given = values(option->name);
         const QStringList words = texts(option->words);
         for (const QString &value : given) {
-            if (option->form == Form::Words && !words.contains(value)) {
-                refuse(noSuch(name, value, words));
+            const bool isKnown = words.contains(value) || isStateNumber(*option, value);
+            if (option->form == Form::Words && !isKnown) {
+                refuse(noSuch(text(option->value).toLower(), value, words));
             }
         }
     }

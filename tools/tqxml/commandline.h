@@ -32,7 +32,6 @@ public:
 
 private:
     void parse(const QStringList &arguments);
-    void findVerb(const QString &name);
     void checkOptions();
     void checkArguments();
     void refuse(const QString &error);

@@ -19,6 +19,9 @@ int runConvert(const CommandLine &line)
     if (to != TO_XML && to != TO_PACKET) {
         return misuse(line, QStringLiteral("say --to xml or --to packet"));
     }
+    if (to == TO_XML && line.isSet("fields-only")) {
+        return misuse(line, QStringLiteral("--fields-only is for --to packet"));
+    }
     Input input(line.arguments().value(0, STANDARD_INPUT));
     const Conversion conversion { input, line.isSet("raw"), line.isSet("fields-only"),
         !line.isSet("no-limit") };

@@ -4,6 +4,7 @@
 //     tqxml_generate FILE man TEMPLATE       writes the template, with the synopsis and the options
 //                                            in place of the comments that ask for them
 
+#include "listings.h"
 #include "verbs.h"
 
 #include <algorithm>
@@ -47,18 +48,6 @@ std::vector<const Option *> optionsOf(const Verb &verb)
 {
     std::vector<const Option *> options = verb.options;
     options.insert(options.end(), generalOptions().begin(), generalOptions().end());
-    return options;
-}
-
-// What can come before the verb: the store, and what every verb has.
-std::vector<const Option *> firstOptions()
-{
-    std::vector<const Option *> options = generalOptions();
-    for (const Option *option : verbs().front().options) {
-        if (std::strcmp(option->name, "database") == 0) {
-            options.push_back(option);
-        }
-    }
     return options;
 }
 
@@ -108,6 +97,23 @@ std::vector<std::string> verbNames()
     return names;
 }
 
+// The kinds of items that have columns.
+const std::vector<const char *> &kinds() { return verbs().front().arguments.front().words; }
+
+// The columns of all kinds.
+std::vector<std::string> allColumns()
+{
+    std::vector<std::string> all;
+    for (const char *kind : kinds()) {
+        for (const std::string &name : columnNamesOf(kind)) {
+            if (std::find(all.begin(), all.end(), name) == all.end()) {
+                all.push_back(name);
+            }
+        }
+    }
+    return all;
+}
+
 // --- bash ---
 
 // What is offered for an argument or a value.
@@ -118,6 +124,8 @@ std::string bashOffer(Form form, const std::vector<const char *> &words)
         return " words='" + joined(words, " ") + "'";
     case Form::Files:
         return " files=1";
+    case Form::ColumnNames:
+        return " words=$(_tqxml_columns \"$kind\") prefix=${word%\"${word##*,}\"}";
     case Form::Text:
         break;
     }
@@ -136,7 +144,8 @@ std::string bashValues()
 
 std::string bashOptions()
 {
-    std::string cases = "        '') words='" + joined(longNames(firstOptions()), " ") + "' ;;\n";
+    std::string cases =
+        "        '') words='" + joined(longNames(optionsBeforeVerb()), " ") + "' ;;\n";
     for (const Verb &verb : verbs()) {
         cases += std::string("        ") + verb.name + ") words='" +
             joined(longNames(optionsOf(verb)), " ") + "' ;;\n";
@@ -157,20 +166,40 @@ std::string bashArguments()
     return cases;
 }
 
+std::string bashColumns()
+{
+    std::string cases;
+    for (const char *kind : kinds()) {
+        cases +=
+            std::string("    ") + kind + ") echo '" + joined(columnNamesOf(kind), " ") + "' ;;\n";
+    }
+    return cases + "    *) echo '" + joined(allColumns(), " ") + "' ;;\n";
+}
+
 std::string bash()
 {
     return R"(# bash completion for tqxml; made from the description of its options
+
+# _tqxml_columns KIND: the columns of that kind of items, or of all.
+_tqxml_columns()
+{
+    case $1 in
+)" + bashColumns() +
+        R"(    esac
+}
+
 _tqxml()
 {
     local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]}
-    local verb="" words="" files="" count=0 i
+    local verb="" kind="" words="" files="" prefix="" count=0 i
     for ((i = 1; i < COMP_CWORD; i++)); do
         case ${COMP_WORDS[i]} in
         )" +
         patternOfValues(" | ") + R"() ((i++)) ;;
         -?*) ;;
         *)
-            verb=${verb:-${COMP_WORDS[i]}}
+            ((count != 0)) || verb=${COMP_WORDS[i]}
+            ((count != 1)) || kind=${COMP_WORDS[i]}
             ((++count))
             ;;
         esac
@@ -193,7 +222,7 @@ _tqxml()
         compopt -o filenames 2>/dev/null # quotes names, and puts a slash behind folders
         mapfile -t COMPREPLY < <(compgen -f -- "$word")
     else
-        mapfile -t COMPREPLY < <(compgen -W "$words" -- "$word")
+        mapfile -t COMPREPLY < <(compgen -W "$words" -P "$prefix" -- "${word#"$prefix"}")
     fi
 }
 complete -F _tqxml tqxml
@@ -209,19 +238,22 @@ std::string zshAction(Form form, const std::vector<const char *> &words)
         return '(' + joined(words, " ") + ')';
     case Form::Files:
         return "_files";
+    case Form::ColumnNames:
+        return "_tqxml_columns";
     case Form::Text:
         break;
     }
     return " ";
 }
 
-// "'--format[how rows are printed]:FORMAT:(table xml)'", for each form of the option.
+// "'*--format[how rows are printed]:FORMAT:(table xml)'", for each form of the option.
 std::string zshOptions(const std::vector<const Option *> &options, const std::string &indentation)
 {
     std::string lines;
     for (const Option *option : options) {
         for (const std::string &spelling : spellings(*option)) {
-            std::string line = spelling + '[' + option->brief + ']';
+            const std::string mayBeRepeated = option->value ? "*" : "";
+            std::string line = mayBeRepeated + spelling + '[' + option->brief + ']';
             if (option->value) {
                 line += ':' + replaced(option->value, ":", "\\:") + ':' +
                     zshAction(option->form, option->words);
@@ -244,16 +276,30 @@ std::string zshArguments(const Verb &verb)
     return lines;
 }
 
+// The columns of the kind that is typed, after those that are typed.
+std::string zshColumns()
+{
+    std::string text = "_tqxml_columns() {\n    local -a names\n    case ${words[(r)(" +
+        joined(kinds(), "|") + ")]} in\n";
+    for (const char *kind : kinds()) {
+        text +=
+            std::string("    ") + kind + ") names=(" + joined(columnNamesOf(kind), " ") + ") ;;\n";
+    }
+    return text + "    *) names=(" + joined(allColumns(), " ") +
+        ") ;;\n    esac\n    compset -P '*,'\n    compadd -a names\n}\n";
+}
+
 std::string zsh()
 {
     std::string text = R"(#compdef tqxml
 # zsh completion for tqxml; made from the description of its options
-_tqxml() {
+)" + zshColumns() +
+        R"(_tqxml() {
     local curcontext=$curcontext state line
     typeset -A opt_args
     local -a verbs
     _arguments -C)" +
-        zshOptions(firstOptions(), "        ") + R"( \
+        zshOptions(optionsBeforeVerb(), "        ") + R"( \
         '1:verb:->verb' \
         '*::argument:->arguments'
     case $state in
@@ -290,6 +336,7 @@ std::string fishOption(const Option &option, const std::string &condition)
     line += option.letter ? std::string(" -s ") + option.letter : "";
     if (option.value) {
         line += option.form == Form::Files ? " -r -F" : " -x";
+        line += option.form == Form::ColumnNames ? " -a '(__tqxml_columns)'" : "";
         line += option.form == Form::Words ? " -a '" + joined(option.words, " ") + '\'' : "";
     }
     return line + " -d '" + option.brief + "'\n";
@@ -312,6 +359,16 @@ std::string fishVerb(const Verb &verb)
         lines += fishOption(*option, condition);
     }
     return lines;
+}
+
+std::string fishColumns()
+{
+    std::string cases;
+    for (const char *kind : kinds()) {
+        cases += std::string("        case ") + kind + "\n            set names " +
+            joined(columnNamesOf(kind), " ") + '\n';
+    }
+    return cases + "        case '*'\n            set names " + joined(allColumns(), " ") + '\n';
 }
 
 // What the conditions of fish call.
@@ -347,6 +404,17 @@ function __tqxml_is
     test (count $argv) = 1; or test (count $words) = $argv[2]
 end
 
+# The columns of the kind that is typed, after those that are typed.
+function __tqxml_columns
+    set -l words (__tqxml_words)
+    set -l names
+    switch "$words[2]"
+)" + fishColumns() +
+        R"(    end
+    set -l typed (commandline -ct | string replace -r '[^,]*$' '')
+    string join \n -- "$typed"$names
+end
+
 complete -c tqxml -f
 )";
 }
@@ -359,7 +427,7 @@ std::string fish()
         text +=
             "complete -c tqxml -n '" + isFirst + "' -a " + verb.name + " -d '" + verb.brief + "'\n";
     }
-    for (const Option *option : firstOptions()) {
+    for (const Option *option : optionsBeforeVerb()) {
         text += fishOption(*option, isFirst);
     }
     for (const Verb &verb : verbs()) {

@@ -1,5 +1,8 @@
 #include "help.h"
 
+#include "listings.h"
+
+#include <algorithm>
 #include <sstream>
 
 namespace {
@@ -51,6 +54,24 @@ std::string entries(const std::vector<const Option *> &options)
     return text;
 }
 
+// The columns of each kind, for a verb that has options for columns.
+std::string columnsOf(const Verb &verb)
+{
+    const auto hasColumns = [](const Option *option) { return option->form == Form::ColumnNames; };
+    if (std::none_of(verb.options.begin(), verb.options.end(), hasColumns)) {
+        return "";
+    }
+    std::string text = "\nThe columns of each kind; \"--columns all\" prints all of them:\n";
+    for (const char *kind : verb.arguments.front().words) {
+        std::string names;
+        for (const std::string &name : columnNamesOf(kind)) {
+            names += (names.empty() ? "" : ", ") + name;
+        }
+        text += entry(kind, names);
+    }
+    return text;
+}
+
 }  // namespace
 
 std::string generalHelp()
@@ -74,7 +95,7 @@ std::string helpOn(const Verb &verb)
             text += entry(argument.name, sentenceOf(argument.words));
         }
     }
-    return text + entries(verb.options) + entries(generalOptions());
+    return text + entries(verb.options) + entries(generalOptions()) + columnsOf(verb);
 }
 
 std::string usageOf(const Verb &verb)

@@ -62,30 +62,31 @@ bool ItemSplitter::takeLine(qsizetype start, qsizetype end)
     return wantsMore;
 }
 
-ItemReader::ItemReader(const Columns &columns)
+ItemReader::ItemReader(const Columns &columns) : m_columns(int(columns.size()))
 {
-    for (const Column &column : columns) {
-        const bool isKey = column.kind == Kind::Key;
-        m_own << (isKey ? XMLPacketable::KEY : XMLPacketable::NAME);
-        if (column.tag != 0) {
-            m_own.last() = QString();
-            m_fields.insert(elementName(column), int(m_own.size()) - 1);
+    for (int i = 0; i < m_columns; ++i) {
+        const Column &column = columns[size_t(i)];
+        if (column.tag == 0) {
+            m_key = i;
+        } else {
+            m_fields.insert(elementName(column), i);
         }
     }
 }
 
 QStringList ItemReader::cellsOf(const QByteArray &xml)
 {
+    QStringList cells;
+    for (int i = 0; i < m_columns; ++i) {
+        cells << QString();
+    }
     m_xml.clear();
     m_xml.addData(xml);
     m_xml.readNextStartElement();
     const QXmlStreamAttributes own = m_xml.attributes();
-    const auto textOf = [&own](const QString &name) { return own.value(name).toString(); };
-    QStringList cells;
-    for (const QString &name : m_own) {
-        cells << (name == XMLPacketable::KEY && own.hasAttribute(name)
-                ? keyText(textOf(name), textOf(XMLPacketable::HKEY))
-                : textOf(name));
+    if (m_key >= 0 && own.hasAttribute(XMLPacketable::KEY)) {
+        cells[m_key] = keyText(
+            own.value(XMLPacketable::KEY).toString(), own.value(XMLPacketable::HKEY).toString());
     }
     m_xml.readNextStartElement();  // the item
     while (m_xml.readNextStartElement()) {

@@ -51,8 +51,9 @@ private:
     void readField(QString &cell);
 
     QXmlStreamReader m_xml;
-    QStringList m_own;  // attributes of the item for the columns without a field
-    QHash<QString, int> m_fields;  // columns by element name
+    const int m_columns;
+    int m_key = -1;  // the column with the key of the item; -1 if there is none
+    QHash<QString, int> m_fields;  // the other columns by element name
 };
 
 /// The first character of an item that XML cannot hold, a control character; 0 if there is none.

@@ -5,6 +5,7 @@
 
 #include "tqtypes.h"
 
+#include <string>
 #include <vector>
 
 /// Something that can be listed.
@@ -17,13 +18,18 @@ struct Listing
     bool isByOwner;  ///< owner by owner is asked, so that no more than one's items are in memory
     unsigned nameTag;  ///< the field that shows the item's name
     std::vector<unsigned> tags;  ///< the fields that are shown unless others are chosen
+    std::vector<unsigned> order;  ///< the fields by which the rows of a reply are sorted
 };
 
 /// Null if there is none of that name.
 const Listing *findListing(const QString &name);
+/// The listing that has items of that type; null if there is none. Publications are jobs.
+const Listing *findListing(PACKETDATATYPES type, bool isPublication);
 /// All columns of a listing.
 Columns columnsOf(const Listing &listing);
 /// Key, name and the fields that are shown unless others are chosen.
 Columns usualColumnsOf(const Listing &listing);
+/// The names of all columns of the listing with that name.
+std::vector<std::string> columnNamesOf(const char *listing);
 
 #endif

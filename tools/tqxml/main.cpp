@@ -18,6 +18,8 @@
 
 namespace {
 
+constexpr QLatin1String HELP("help");
+
 int runHelp(const CommandLine &line);
 
 struct Runner
@@ -69,7 +71,8 @@ int run(const QStringList &arguments)
         std::find_if(std::begin(RUNNERS), std::end(RUNNERS), [&line](const Runner &candidate) {
             return qstrcmp(line.verb()->name, candidate.verb) == 0;
         });
-    return found == std::end(RUNNERS) ? FAILED : found->run(line);
+    Q_ASSERT(found != std::end(RUNNERS));
+    return found->run(line);
 }
 
 // Called by operator new: an exception must not cross the event loop.
@@ -96,8 +99,8 @@ void discardMessage(QtMsgType, const QMessageLogContext &, const QString &) {}
 
 int misuse(const CommandLine &line, const QString &message)
 {
-    const QString verb =
-        line.verb() ? QLatin1Char(' ') + QLatin1String(line.verb()->name) : QString();
+    const QLatin1String name = line.verb() ? QLatin1String(line.verb()->name) : HELP;
+    const QString verb = name == HELP ? QString() : QLatin1Char(' ') + name;
     return complain(MISUSED, message, QStringLiteral("See \"tqxml help%1\".").arg(verb));
 }
 

@@ -7,10 +7,12 @@
 namespace {
 
 constexpr int MAX_WORDS = 18;  // in a message
+constexpr int MIN_PART = 3;  // characters of a word that may be a part of the one that was meant
+constexpr int MAX_SHORT = 5;  // characters
 
 // How many characters must be inserted, removed, replaced or swapped with their neighbours to make
-// one text the other.
-int distance(const QString &a, const QString &b)
+// one text the start of the other, by the length of that start.
+std::vector<int> distancesToStarts(const QString &a, const QString &b)
 {
     const auto columns = size_t(b.size()) + 1;
     std::vector<std::vector<int>> rows(size_t(a.size()) + 1, std::vector<int>(columns));
@@ -30,7 +32,22 @@ int distance(const QString &a, const QString &b)
             }
         }
     }
-    return rows.back().back();
+    return rows.back();
+}
+
+// How different a text is from one that was perhaps meant; 0 for its start. Every short text is
+// near the start of something, so it is compared with the whole.
+int difference(const QString &typed, const QString &known)
+{
+    if (typed.size() > 1 && known.startsWith(typed)) {
+        return 0;
+    }
+    if (typed.size() >= MIN_PART && known.contains(typed)) {
+        return 1;
+    }
+    const std::vector<int> distances = distancesToStarts(typed, known);
+    return typed.size() > MAX_SHORT ? *std::min_element(distances.begin(), distances.end())
+                                    : distances.back();
 }
 
 }  // namespace
@@ -42,10 +59,9 @@ QString nearest(const QString &word, const QStringList &words)
     int least = 1 + int(std::max<qsizetype>(1, typed.size() / 3));
     for (const QString &candidate : words) {
         const QString known = candidate.toLower();
-        const bool isStart = typed.size() > 1 && known.startsWith(typed);
-        const int difference = isStart ? 0 : distance(typed, known);
-        if (difference < least && difference < int(known.size())) {
-            least = difference;
+        const int distance = difference(typed, known);
+        if (distance < least && distance < int(known.size())) {
+            least = distance;
             best = candidate;
         }
     }

@@ -1,5 +1,7 @@
 #include "rowsource.h"
 
+#include "sortedrows.h"
+
 #include "xmlaction.h"
 #include "xmlagent.h"
 #include "xmlcommserver.h"
@@ -13,7 +15,9 @@
 #include <QBuffer>
 #include <QCoreApplication>
 
+#include <algorithm>
 #include <memory>
+#include <utility>
 
 namespace {
 
@@ -84,14 +88,21 @@ private:
     TQLISTRECORD *m_head = nullptr;
 };
 
-// The keys of all items of a type; none if the query fails.
-std::vector<TQKEY_ELEMENT> keysOf(TQCommServer &server, PACKETDATATYPES type)
+// The keys of all items of a type, in natural order of their names; none if the query fails.
+std::vector<TQKEY_ELEMENT> allKeys(TQCommServer &server, PACKETDATATYPES type)
 {
-    std::vector<TQNAMEDKEY> named;
-    TQListKeys(server, type, named);
+    const QCollator collator = naturalCollator();
+    std::vector<TQNAMEDKEY> items;
+    TQListKeys(server, type, items);
+    std::vector<std::pair<QCollatorSortKey, TQKEY_ELEMENT>> sorted;
+    for (const TQNAMEDKEY &item : items) {
+        sorted.emplace_back(collator.sortKey(QString::fromStdString(item.name)), item.key);
+    }
+    std::stable_sort(sorted.begin(), sorted.end(),
+        [](const auto &a, const auto &b) { return a.first < b.first; });
     std::vector<TQKEY_ELEMENT> keys;
-    for (const TQNAMEDKEY &item : named) {
-        keys.push_back(item.key);
+    for (const auto &[name, key] : sorted) {
+        keys.push_back(key);
     }
     return keys;
 }
@@ -109,18 +120,19 @@ void setKeys(XMLAction &action, std::vector<TQKEY_ELEMENT> keys)
 
 }  // namespace
 
-bool RowSource::run(const TakeItem &take, const Progress &progress)
+bool RowSource::run(const TakeItem &take, const EndReply &endReply)
 {
-    return m_query.listing->request == 0 ? askConnection(take) : askBridge(take, progress);
+    return m_query.listing->request == 0 ? askConnection(take, endReply)
+                                         : askBridge(take, endReply);
 }
 
-bool RowSource::askBridge(const TakeItem &take, const Progress &progress)
+bool RowSource::askBridge(const TakeItem &take, const EndReply &endReply)
 {
     const Listing &listing = *m_query.listing;
     const unsigned failures = m_server.failures();
     std::vector<TQKEY_ELEMENT> keys = m_query.keys;
     if (listing.isByOwner && keys.empty()) {
-        keys = keysOf(m_server, listing.owner);
+        keys = allKeys(m_server, listing.owner);
     }
     const size_t total = listing.isByOwner ? keys.size() : 1;
     Hub hub(&m_server);
@@ -133,12 +145,14 @@ bool RowSource::askBridge(const TakeItem &take, const Progress &progress)
         if (m_server.failures() != failures || (reply && !reply->write(&splitter))) {
             return false;
         }
-        progress(done + 1, total);
+        if (!endReply(done + 1, total)) {
+            return false;
+        }
     }
     return m_server.failures() == failures;
 }
 
-bool RowSource::askConnection(const TakeItem &take)
+bool RowSource::askConnection(const TakeItem &take, const EndReply &endReply)
 {
     const unsigned failures = m_server.failures();
     Records records(m_server, m_query.listing->type);
@@ -155,7 +169,7 @@ bool RowSource::askConnection(const TakeItem &take)
             return false;
         }
     }
-    return true;
+    return endReply(1, 1);
 }
 
 QByteArray RowSource::emptyPacket()

@@ -20,9 +20,9 @@ public:
         std::vector<TQKEY_ELEMENT> keys;
         bool includesPublications = false;
     };
-    /// Called after each reply of the bridge with how many there were, and how many there will be.
-    /// Not called when the connection is asked.
-    using Progress = std::function<void(size_t done, size_t total)>;
+    /// Called after each reply with how many there were, and how many there will be. Returns false
+    /// when no more items are wanted.
+    using EndReply = std::function<bool(size_t done, size_t total)>;
 
     /// Keeps references to both.
     RowSource(TQCommServer &server, const Query &query) : m_server(server), m_query(query) {}
@@ -30,14 +30,14 @@ public:
     /// Hands over one item after another, as the replies come. Ends early when a query fails (see
     /// TQCommServer::failures()) or when no more items are wanted; then it returns false. Nothing
     /// of a reply that may lack items is handed over.
-    bool run(const TakeItem &take, const Progress &progress);
+    bool run(const TakeItem &take, const EndReply &endReply);
 
     /// A reply without items as XML: "<tqxml ...", the header and an empty body.
     static QByteArray emptyPacket();
 
 private:
-    bool askBridge(const TakeItem &take, const Progress &progress);
-    bool askConnection(const TakeItem &take);
+    bool askBridge(const TakeItem &take, const EndReply &endReply);
+    bool askConnection(const TakeItem &take, const EndReply &endReply);
 
     TQCommServer &m_server;
     const Query &m_query;

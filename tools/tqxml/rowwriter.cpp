@@ -27,7 +27,8 @@ std::unique_ptr<RowWriter> RowWriter::create(const Layout &layout, Output &outpu
 {
     const auto found = std::find_if(std::begin(FORMATS), std::end(FORMATS),
         [&layout](const Format &format) { return layout.format == QLatin1String(format.name); });
-    return (found == std::end(FORMATS) ? FORMATS : found)->create(layout, output);
+    Q_ASSERT(found != std::end(FORMATS));
+    return found->create(layout, output);
 }
 
 int printRows(const Layout &layout, const std::vector<QStringList> &rows)

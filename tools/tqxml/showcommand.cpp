@@ -1,5 +1,7 @@
 #include "command.h"
 #include "commandline.h"
+#include "items.h"
+#include "listings.h"
 #include "rowwriter.h"
 #include "streams.h"
 #include "values.h"
@@ -15,6 +17,7 @@
 
 namespace {
 
+constexpr QLatin1String XML("xml");
 // What is shown of a publication is one of its jobs.
 const QString PUBLICATION = QStringLiteral("publication");
 constexpr int PUBLICATION_TAG = 0x5;  // of a job: the publication's name
@@ -40,13 +43,6 @@ std::unique_ptr<XMLPacketable> load(
         error = QStringLiteral("there is no item %1 of type %2").arg(keyText(key), typeText(type));
     }
     return item;
-}
-
-// The columns of references.
-Columns referenceColumns()
-{
-    return { plainColumn(QStringLiteral("Key"), Kind::Key), plainColumn(QStringLiteral("Type")),
-        plainColumn(QStringLiteral("Name")), plainColumn(QStringLiteral("Referred to by")) };
 }
 
 int printReferences(const XMLPacketable &item, const Layout &layout)
@@ -77,14 +73,50 @@ QString publicationOf(const XMLPacketable &job)
     return item.firstChildElement(field).attribute(XMLPacketable::VALUE);
 }
 
+// Prints an item as a row.
+int printRow(const XMLPacketable &item, const Layout &layout)
+{
+    QString error;
+    const QByteArray xml = xmlText(item.getNodeConst(), error);
+    return error.isEmpty() ? printRows(layout, { ItemReader(layout.columns).cellsOf(xml) })
+                           : fail(error);
+}
+
 // What is shown, as the command line says it.
 struct Wanted
 {
     PACKETDATATYPES type = PACKETDATATYPE_NONE;
     TQKEY_ELEMENT key {};
     bool isPublication = false;
-    Layout layout;  // of the references
+    Layout layout;  // of the references, or of the item as a row
+    bool isXml = false;
 };
+
+// The columns of references.
+Columns referenceColumns()
+{
+    return { plainColumn(QStringLiteral("Key"), Kind::Key), plainColumn(QStringLiteral("Type")),
+        plainColumn(QStringLiteral("Name")), plainColumn(QStringLiteral("Referred to by")) };
+}
+
+// Returns what is wrong with the format, or an empty text.
+QString readLayout(const CommandLine &line, Wanted &wanted)
+{
+    const bool areReferences = line.isSet("references");
+    wanted.layout = layoutOf(line);
+    wanted.isXml = line.isSet("format") ? wanted.layout.format == XML : !areReferences;
+    if (areReferences) {
+        wanted.layout.columns = referenceColumns();
+        return wanted.isXml ? QStringLiteral("references are not printed as XML") : QString();
+    }
+    const Listing *listing = findListing(wanted.type, wanted.isPublication);
+    if (listing) {
+        wanted.layout.columns = columnsOf(*listing);
+    }
+    return listing || wanted.isXml
+        ? QString()
+        : QStringLiteral("items of type %1 are printed as XML only").arg(typeText(wanted.type));
+}
 
 // Returns what is wrong with the command line, or an empty text.
 QString read(const CommandLine &line, Wanted &wanted)
@@ -100,15 +132,8 @@ QString read(const CommandLine &line, Wanted &wanted)
         return noKey(arguments.at(1));
     }
     wanted.key = *key;
-    wanted.layout = layoutOf(line);
-    wanted.layout.columns = referenceColumns();
-    const bool isXml = wanted.layout.format == QLatin1String("xml");
-    if (line.isSet("references") ? isXml : line.isSet("format") && !isXml) {
-        return line.isSet("references")
-            ? QStringLiteral("references are not printed as XML")
-            : QStringLiteral("an item is printed as XML; --format is for --references");
-    }
-    return wrongKey(*key, wanted.type);
+    const QString wrong = readLayout(line, wanted);
+    return wrong.isEmpty() ? wrongKey(*key, wanted.type) : wrong;
 }
 
 }  // namespace
@@ -132,6 +157,8 @@ int runShow(const CommandLine &line)
         }
         item->setName(name);
     }
-    return line.isSet("references") ? printReferences(*item, wanted.layout)
-                                    : printXml(item->getNodeConst());
+    if (line.isSet("references")) {
+        return printReferences(*item, wanted.layout);
+    }
+    return wanted.isXml ? printXml(item->getNodeConst()) : printRow(*item, wanted.layout);
 }

@@ -8,16 +8,23 @@ namespace {
 
 constexpr QLatin1Char SEPARATOR('\x1f');  // which XML cannot hold, and so no cell
 constexpr double WORD = 4294967296.0;
+constexpr size_t MIN_ROWS = 1000;  // that are held before some are dropped
 
 int compare(double a, double b) { return a < b ? -1 : int(a > b); }
 
 }  // namespace
 
-SortedRows::SortedRows(const std::vector<Order> &orders)
-    : m_orders(orders), m_collator(QLocale(QLocale::English, QLocale::UnitedKingdom))
+QCollator naturalCollator()
 {
-    m_collator.setNumericMode(true);
-    m_collator.setCaseSensitivity(Qt::CaseInsensitive);
+    QCollator collator(QLocale(QLocale::English, QLocale::UnitedKingdom));
+    collator.setNumericMode(true);
+    collator.setCaseSensitivity(Qt::CaseInsensitive);
+    return collator;
+}
+
+SortedRows::SortedRows(const std::vector<Order> &orders, size_t limit)
+    : m_orders(orders), m_limit(limit), m_collator(naturalCollator())
+{
 }
 
 SortedRows::Value SortedRows::valueOf(const Order &order, const QString &cell) const
@@ -46,6 +53,9 @@ void SortedRows::add(const Row &row)
     held.cells.squeeze();
     held.xml = QByteArray(row.xml.constData(), row.xml.size());  // its own copy
     m_rows.push_back(std::move(held));
+    if (m_rows.size() / 2 > std::max(m_limit, MIN_ROWS)) {
+        sort();
+    }
 }
 
 bool SortedRows::isBefore(const Held &a, const Held &b) const
@@ -75,14 +85,22 @@ bool SortedRows::isBefore(const Held &a, const Held &b) const
     return false;
 }
 
-void SortedRows::takeEach(const std::function<bool(const Row &row)> &take)
+void SortedRows::sort()
 {
     std::stable_sort(m_rows.begin(), m_rows.end(),
         [this](const Held &a, const Held &b) { return isBefore(a, b); });
+    if (m_rows.size() > m_limit) {
+        m_rows.erase(m_rows.begin() + std::ptrdiff_t(m_limit), m_rows.end());
+    }
+}
+
+void SortedRows::takeEach(const std::function<bool(const Row &row)> &take)
+{
+    sort();
+    bool wantsMore = true;
     for (Held &held : m_rows) {
-        if (!take({ QString::fromUtf8(held.cells).split(SEPARATOR), held.xml })) {
-            return;
-        }
+        wantsMore = wantsMore && take({ QString::fromUtf8(held.cells).split(SEPARATOR), held.xml });
         held = Held();
     }
+    m_rows.clear();
 }

@@ -17,15 +17,18 @@ struct Order
     bool isDescending;
 };
 
-/// Rows that are held until all are there, then sorted. Texts are in natural order, "p. 12" before
-/// "p. 116", the same in every locale. Rows that are equal stay in their order.
+/// Compares texts in natural order, "p. 12" before "p. 116", the same in every locale.
+QCollator naturalCollator();
+
+/// Rows that are held until all are there, then sorted. Texts are in natural order. Rows that are
+/// equal stay in their order. Only the first rows are held, up to twice the limit.
 class SortedRows
 {
 public:
-    explicit SortedRows(const std::vector<Order> &orders);
+    SortedRows(const std::vector<Order> &orders, size_t limit);
 
     void add(const Row &row);
-    /// Sorts the rows and forgets them one after another; stops when take returns false.
+    /// Sorts the rows, hands them over and forgets them. The first ones until take returns false.
     void takeEach(const std::function<bool(const Row &row)> &take);
 
 private:
@@ -45,9 +48,11 @@ private:
 
     Value valueOf(const Order &order, const QString &cell) const;
     bool isBefore(const Held &a, const Held &b) const;
+    void sort();
 
     const std::vector<Order> m_orders;
-    QCollator m_collator;
+    const size_t m_limit;
+    const QCollator m_collator;
     std::vector<Held> m_rows;
 };
 

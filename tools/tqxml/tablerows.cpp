@@ -15,9 +15,11 @@
 namespace {
 
 constexpr size_t ROWS_FOR_WIDTHS = 1000;
-constexpr int MIN_WIDTH = 8;  // of a cell that is cut
+constexpr int MIN_WIDTH = 8;  // of texts that are cut, as long as something else can be cut
+constexpr int LEAST_WIDTH = 4;  // of whatever is cut
 constexpr int GAP = 2;
 constexpr QLatin1Char BLANK(' ');
+const QString UNIT_START = QStringLiteral(" (");  // in a heading
 constexpr QChar RULE(0x2500);
 constexpr QChar ELLIPSIS(0x2026);
 
@@ -103,6 +105,7 @@ private:
     {
         int index;
         int width;
+        int cellWidth;  // without the heading
         bool isRight;
         bool isCut;  // on a terminal, when there is no room
     };
@@ -129,31 +132,64 @@ private:
     {
         const Column &column = m_layout.columns[size_t(index)];
         const bool isNumber = column.kind == Kind::Number && !column.isList;
-        const bool isText = column.kind == Kind::Text || column.isList;
-        int width = m_layout.hasHeaders ? widthOf(column.heading) : 0;
+        const bool isText = column.kind == Kind::Text;
+        const int heading = m_layout.hasHeaders ? widthOf(column.heading) : 0;
+        int width = 0;
         for (const QStringList &row : m_held) {
             width = std::max(width, widthOf(row.at(index)));
         }
-        return { index, width, isNumber, isText };
+        return { index, std::max(heading, width), width, isNumber, isText };
     }
 
-    // Narrows the widest texts until a line fits.
+    // Narrows columns until a line fits: long texts, then headings that are wider than the cells
+    // below, which lose their unit first, then texts further. What cannot fit stays readable.
     void fitTerminal()
+    {
+        if (m_terminal == 0) {
+            return;
+        }
+        const auto shortText = [](const Place &place) {
+            return std::min(place.width, place.isCut ? MIN_WIDTH : place.width);
+        };
+        const auto shortHeading = [](const Place &place) {
+            const int cells = place.isCut ? std::min(place.cellWidth, MIN_WIDTH) : place.cellWidth;
+            return std::min(place.width, std::max(cells, LEAST_WIDTH));
+        };
+        const auto shortest = [shortHeading](const Place &place) {
+            return std::min(shortHeading(place), place.isCut ? LEAST_WIDTH : place.width);
+        };
+        narrow(shortText);
+        if (lineWidth(shortest) <= m_terminal) {
+            narrow(shortHeading);
+            narrow(shortest);
+        }
+    }
+
+    template<typename Width>
+    int lineWidth(const Width &widthOfPlace) const
     {
         int total = -GAP;
         for (const Place &place : m_places) {
-            total += place.width + GAP;
+            total += widthOfPlace(place) + GAP;
         }
-        while (m_terminal > 0 && total > m_terminal) {
-            const auto widest = std::max_element(
-                m_places.begin(), m_places.end(), [](const Place &a, const Place &b) {
-                    return (a.isCut ? a.width : 0) < (b.isCut ? b.width : 0);
-                });
-            if (!widest->isCut || widest->width <= MIN_WIDTH) {
+        return total;
+    }
+
+    // Narrows the widest columns, none below its least width.
+    template<typename LeastWidth>
+    void narrow(const LeastWidth &leastWidth)
+    {
+        int total = lineWidth([](const Place &place) { return place.width; });
+        const auto room = [&leastWidth](const Place &place) {
+            return place.width > leastWidth(place) ? place.width : 0;
+        };
+        for (; total > m_terminal; --total) {
+            const auto widest = std::max_element(m_places.begin(), m_places.end(),
+                [&room](const Place &a, const Place &b) { return room(a) < room(b); });
+            if (room(*widest) == 0) {
                 return;
             }
             --widest->width;
-            --total;
         }
     }
 
@@ -166,6 +202,10 @@ private:
             rules << QString();
         }
         for (const Place &place : m_places) {
+            QString &heading = headings[place.index];
+            if (widthOf(heading) > place.width) {
+                heading = cutTo(place.width, heading.section(UNIT_START, 0, 0));
+            }
             rules[place.index] = QString(place.width, RULE);
         }
         writeLine(headings);

@@ -158,6 +158,7 @@ private:
             const QDomElement root = readItems(all, block.lines);
             again = m_conversion.isRaw ? QByteArray() : all.toPacket(root).toUtf8();
             xml = xmlOf(root);
+            m_error = m_error.isEmpty() ? QString() : unwritableIn(block);
         }
         if (!m_conversion.isRaw) {
             check(block, again);
@@ -184,6 +185,20 @@ private:
             item = next;
         }
         return xml;
+    }
+
+    // The first line with a character that XML does not allow.
+    static QString unwritableIn(const Block &block)
+    {
+        qint64 line = block.firstLine;
+        for (const QString &text : block.lines) {
+            const QString reason = ::unwritableIn(text);
+            if (!reason.isEmpty()) {
+                return lineMessage(line, reason);
+            }
+            ++line;
+        }
+        return QString();
     }
 
     // Packet text is converted only if converting back gives the same text.

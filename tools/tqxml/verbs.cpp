@@ -24,34 +24,38 @@ const Option DATABASE_ARGUMENT { "database", nullptr, "DATABASE", Form::Files, {
 
 const Option FORMAT { "format", "f", "FORMAT", Form::Words, FORMATS,
     "How rows are printed: %. The default is table.", "how rows are printed" };
-const Option COLUMNS { "columns", "c", "COLUMN,...", Form::Text, {},
-    "Only these columns, in this order; \"all\" stands for all that there are. A column is called "
-    "like its heading in the table, in lower case, without the unit and with \"_\" for blanks.",
+const Option ITEM_FORMAT { "format", "f", "FORMAT", Form::Words, FORMATS,
+    "How the item is printed: %. The default is xml. References are not printed as XML; their "
+    "default is table.",
+    "how the item is printed" };
+const Option COLUMNS { "columns", "c", "COLUMN,...", Form::ColumnNames, {},
+    "Only these columns, in this order; \"all\" stands for all that there are.",
     "only these columns" };
 const Option NO_HEADERS { "no-headers", nullptr, nullptr, Form::Text, {},
     "No line with the names of the columns.", "no names of columns" };
-const Option SORT { "sort", "s", "COLUMN[:desc]", Form::Text, {},
-    "Sort by a column, as people would: \"p. 12\" comes before \"p. 116\". "
-    "Rows without a value "
-    "come "
-    "last. The option may be repeated: rows that are equal in the first column are sorted by the "
-    "next.",
+const Option SORT { "sort", "s", "COLUMN[:desc]", Form::ColumnNames, {},
+    "Sort by a column, as people would: \"p. 12\" comes before \"p. 116\". Rows without a value "
+    "come last. Repeated, it sorts rows that are equal in the first column by the next.",
     "sort by a column" };
 const Option LIMIT { "limit", "n", "N", Form::Text, {}, "Print no more than N rows.",
     "no more rows than that" };
 
 const Option STATE { "state", nullptr, "STATE", Form::Words, { "waiting", "in-progress", "done" },
-    "Only jobs in this state: %.", "only jobs in this state" };
+    "Only jobs in this state: %, or its number. Repeated, in one of these states.",
+    "only jobs in this state" };
 const Option NAME { "name", nullptr, "TEXT", Form::Text, {},
-    "Only what has this text in its name, in upper or lower case.", "only with this in the name" };
+    "Only what has this text in its name, in upper or lower case. Repeated, one of these texts.",
+    "only with this in the name" };
 const Option BOOK { "book", nullptr, "BOOK", Form::Text, {},
-    "Only jobs of this book: its title, or its key.", "only jobs of this book" };
+    "Only jobs of this book: its title, or its key. Repeated, of one of these books.",
+    "only jobs of this book" };
 const Option OUTPUT { "output", nullptr, "OUTPUT", Form::Text, {},
-    "Only jobs and publications of this output: its name, or its key.", "only of this output" };
+    "Only jobs and publications of this output: its name, or its key. Repeated, of one of these "
+    "outputs.",
+    "only of this output" };
 const Option KEY { "key", nullptr, "KEY:HKEY", Form::Text, {},
     "Only jobs and publications of the output with this key (:8), or books of this owner (:55). "
-    "The "
-    "option may be repeated.",
+    "Repeated, of one of these.",
     "only of the owner with this key" };
 const Option INCLUDE_PUBLICATIONS { "include-publications", nullptr, nullptr, Form::Text, {},
     "List the jobs of publications, too.", "list jobs of publications, too" };
@@ -79,16 +83,17 @@ const Argument FILES { "FILE", Form::Files, {}, true };
 
 const std::vector<Verb> VERBS {
     { "list", "KIND [OPTION]...", "list what a store holds",
-        "Lists what a store holds, row by row as it is read.", { { "KIND", Form::Words, KINDS } },
+        "Lists what a store holds, by name; jobs and publications by output before that, and books "
+        "by owner.",
+        { { "KIND", Form::Words, KINDS } },
         { &FORMAT, &COLUMNS, &NO_HEADERS, &SORT, &LIMIT, &STATE, &NAME, &BOOK, &OUTPUT, &KEY,
             &INCLUDE_PUBLICATIONS, &DATABASE } },
     { "show", "TYPE KEY:HKEY [OPTION]...", "print an item with all that it refers to",
-        "Prints an item as XML, with everything that it refers to inside. A publication is shown "
-        "by "
-        "one of its jobs, such as the one that \"list publications\" names. TYPE may also be the "
-        "hexadecimal number of a data type.",
+        "Prints an item as XML, with everything that it refers to inside, or as a row in another "
+        "format. A publication is shown by one of its jobs, such as the one that \"list "
+        "publications\" names. TYPE may also be the hexadecimal number of a data type.",
         { { "TYPE", Form::Words, TYPES }, { "KEY:HKEY", Form::Text, {} } },
-        { &REFERENCES, &FORMAT, &NO_HEADERS, &DATABASE } },
+        { &REFERENCES, &ITEM_FORMAT, &NO_HEADERS, &DATABASE } },
     { "convert", "--to xml|packet [OPTION]... [FILE]", "convert items between XML and packet text",
         "Turns packet text into a packet document and back, from FILE or standard input. Back from "
         "XML, a packet document, a packetable or an item will do. What would not come back the "
@@ -115,6 +120,13 @@ const std::vector<const Option *> GENERAL { &QUIET, &HELP, &VERSION };
 const std::vector<Verb> &verbs() { return VERBS; }
 
 const std::vector<const Option *> &generalOptions() { return GENERAL; }
+
+std::vector<const Option *> optionsBeforeVerb()
+{
+    std::vector<const Option *> options = GENERAL;
+    options.push_back(&DATABASE);
+    return options;
+}
 
 std::string sentenceOf(const std::vector<const char *> &words)
 {

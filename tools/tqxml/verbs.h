@@ -9,7 +9,7 @@
 /// page and completions are made.
 
 /// What an argument or the value of an option may be.
-enum class Form { Text, Words, Files };
+enum class Form { Text, Words, Files, ColumnNames };
 
 struct Argument
 {
@@ -45,6 +45,9 @@ struct Verb
 const std::vector<Verb> &verbs();
 /// What can be typed with every verb, or without one.
 const std::vector<const Option *> &generalOptions();
+
+/// What can come before the verb: the store, and what every verb has.
+std::vector<const Option *> optionsBeforeVerb();
 
 /// The words of a list in a sentence: "a, b or c".
 std::string sentenceOf(const std::vector<const char *> &words);

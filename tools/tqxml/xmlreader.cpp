@@ -64,6 +64,10 @@ QString XmlReader::error() const
         return lineMessage(m_input.lineNotInUtf8(),
             QStringLiteral("this is not UTF-8, and the document declares no other encoding"));
     }
+    if (m_xml.error() == QXmlStreamReader::PrematureEndOfDocumentError &&
+        m_xml.characterOffset() == 0) {
+        return QStringLiteral("there is no item in it");
+    }
     return m_xml.hasError() ? QStringLiteral("line %1, column %2: %3")
                                   .arg(QString::number(m_xml.lineNumber()),
                                       QString::number(m_xml.columnNumber()), m_xml.errorString())

@@ -3,7 +3,10 @@
 #include "streams.h"
 
 #include <QDomNamedNodeMap>
+#include <QList>
+#include <QVector>
 
+#include <algorithm>
 #include <map>
 
 namespace {
@@ -16,6 +19,12 @@ bool isXmlCharacter(uint c)
 {
     return c == '\t' || c == '\n' || c == '\r' || (c >= 0x20 && c < 0xd800) ||
         (c > 0xdfff && c < 0xfffe) || c > 0xffff;
+}
+
+QString unwritable(uint code)
+{
+    const QString number = QString::number(code, 16).toUpper().rightJustified(4, QLatin1Char('0'));
+    return QStringLiteral("a value holds the character U+%1, which XML cannot hold").arg(number);
 }
 
 class Writer
@@ -84,8 +93,7 @@ private:
             if (isXmlCharacter(code)) {
                 writeCharacter(*c, place);
             } else if (m_unwritable == REFUSED) {
-                m_error = QStringLiteral("a value holds the character U+%1, which XML cannot hold")
-                              .arg(code, 4, 16, QLatin1Char('0'));
+                m_error = unwritable(code);
             }
         }
     }
@@ -133,6 +141,14 @@ QByteArray xmlText(const QDomElement &element, QString &error, Unwritable unwrit
     Writer writer(error, unwritable);
     writer.write(element, level);
     return error.isEmpty() ? writer.text() : QByteArray();
+}
+
+QString unwritableIn(const QString &text)
+{
+    const auto codes = text.toUcs4();
+    const auto found =
+        std::find_if(codes.begin(), codes.end(), [](auto code) { return !isXmlCharacter(code); });
+    return found == codes.end() ? QString() : unwritable(*found);
 }
 
 int printXml(const QDomElement &element)

@@ -14,6 +14,9 @@ enum Unwritable { REFUSED, LEFT_OUT };
 QByteArray xmlText(
     const QDomElement &element, QString &error, Unwritable unwritable = REFUSED, int level = 0);
 
+/// The error for the first character of a text that XML does not allow; empty if there is none.
+QString unwritableIn(const QString &text);
+
 /// Writes xmlText() to standard output, or the error to standard error; returns the exit code.
 int printXml(const QDomElement &element);
 
