@@ -39,8 +39,10 @@ file(WRITE ${WORK}/consumer/main.cpp "${program}")
 file(WRITE ${WORK}/consumer/CMakeLists.txt "${lists}")
 
 set(prefix ${WORK}/installed)
+set(unpacked "")  # libraries of packages know each other only where packages install them
 if(DEFINED DEBS)
     string(APPEND prefix /usr)
+    set(unpacked ${prefix}/${LIBDIR})
     foreach(deb IN LISTS DEBS)
         run(dpkg-deb --extract ${deb} ${WORK}/installed)
     endforeach()
@@ -77,7 +79,7 @@ file(COPY_FILE ${SOURCE}/examples/11_monitor.cpp ${WORK}/window/main.cpp)
 run(${CMAKE_COMMAND} -S ${WORK}/window -B ${WORK}/window_cmake
     -DCMAKE_PREFIX_PATH=${prefix} -DCMAKE_CXX_COMPILER=${CXX})
 run(${CMAKE_COMMAND} --build ${WORK}/window_cmake)
-run(sh -c "timeout 2 ${WORK}/window_cmake/your_window || test $? = 124")
+run(sh -c "LD_LIBRARY_PATH=${unpacked} timeout 2 ${WORK}/window_cmake/your_window || test $? = 124")
 string(REPLACE "tqxml" "tqxml-monitor" monitor_pc ${PC})
 run(sh -c "cd ${WORK}/window && ${CXX} -std=c++17 -fPIC main.cpp -o your_window \
     $(pkg-config --cflags --libs ${monitor_pc})")
