@@ -59,9 +59,10 @@ QString itemsIn(const PacketRecord &record)
 {
     const int count = int(record.text.count(ITEM_LINE));
     if (record.isCut()) {
-        return translated("at least %1 items").arg(count);
+        return translated(QT_TRANSLATE_NOOP("XMLMonitor", "at least %1 items")).arg(count);
     }
-    return count == 1 ? translated("1 item") : translated("%1 items").arg(count);
+    return count == 1 ? translated(QT_TRANSLATE_NOOP("XMLMonitor", "1 item"))
+                      : translated(QT_TRANSLATE_NOOP("XMLMonitor", "%1 items")).arg(count);
 }
 
 }  // namespace
@@ -82,9 +83,9 @@ QString PacketRecord::summary() const
     case Items:
         return itemsIn(*this);
     case Empty:
-        return translated("empty");
+        return translated(QT_TRANSLATE_NOOP("XMLMonitor", "empty"));
     case NotKept:
-        return translated("(too many at once to keep the text)");
+        return translated(QT_TRANSLATE_NOOP("XMLMonitor", "(too many at once to keep the text)"));
     case Agent:
     case Other:
         return QString();

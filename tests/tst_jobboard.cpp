@@ -3,6 +3,7 @@
 #include "itemfields.h"
 #include "jobtable.h"
 #include "jobwindow.h"
+#include "language.h"
 #include "look.h"
 #include "mainwindow.h"
 #include "statusline.h"
@@ -124,6 +125,9 @@ private Q_SLOTS:
     void aSilentServerCostsAMessageOnly();
     void everythingIsReachedByKeys();
     void everyPaneHasANameForScreenReaders();
+    void germansReadGerman();
+    void otherLanguagesFallBackToEnglish();
+    void translationsKeepWhatIsPutInAndTheKeysOfMenus();
     void textsStandOutInBothThemes();
     void theWindowFitsASmallScreen();
     void pictures();
@@ -461,6 +465,68 @@ void tst_JobBoard::everyPaneHasANameForScreenReaders()
     checkNames(QAccessible::queryAccessibleInterface(&*window));
     for (const QAction *menu : window->menuBar()->actions()) {
         QVERIFY2(menu->text().contains(QLatin1Char('&')), qPrintable(menu->text()));
+    }
+}
+
+void tst_JobBoard::germansReadGerman()
+{
+    const Language german { QLocale(QLocale::German) };
+    const auto restore = qScopeGuard([before = QLocale()] { QLocale::setDefault(before); });
+    QLocale::setDefault(QLocale(QLocale::German));
+    open(url);
+    QVERIFY(load());
+    QCOMPARE(window->windowTitle(), str("Auftragstafel"));
+    QCOMPARE(actions()->file->title(), str("&Datei"));
+    QCOMPARE(rows(sources(), 1).first(), str("Alle Aufträge"));
+    QCOMPARE(jobs()->cells({}).first().mid(0, 3),
+        QStringList({ str("Auftrag"), str("Ausgabe"), str("Status") }));
+    QVERIFY(status().startsWith(str("573 von 573 Aufträgen – Stand ")));
+    trigger(actions()->states[2]);
+    QCOMPARE(jobs()->model()->index(0, JobModel::State).data().toString(), str("In Arbeit"));
+    choose(jobs(), names()[0]);
+    QTRY_VERIFY(fields().contains(str("Status | In Arbeit")));
+    search()->setText(str("Plan"));
+    QTRY_COMPARE(jobs()->placeholder(), str("Kein Auftrag enthält „Plan“."));
+    spoil("tq_job");
+    QVERIFY(reload());
+    QVERIFY(trouble().startsWith(str("Laden fehlgeschlagen: ")));
+}
+
+void tst_JobBoard::otherLanguagesFallBackToEnglish()
+{
+    const auto jobIn = [](const QLocale &locale) {
+        const Language language(locale);
+        return QCoreApplication::translate("JobModel", "Job");
+    };
+    QCOMPARE(jobIn(QLocale(QLocale::German, QLocale::Austria)), str("Auftrag"));
+    QCOMPARE(jobIn(QLocale(QLocale::English)), str("Job"));
+    QCOMPARE(jobIn(QLocale(QLocale::Finnish)), str("Job"));
+    QCOMPARE(jobIn(QLocale::c()), str("Job"));
+}
+
+// What is put into a text ("%1"), and how many keys ("&") its menu has.
+QStringList marksOf(const QString &text)
+{
+    static const QRegularExpression mark(str("%[0-9]|&"));
+    QStringList marks;
+    for (auto found = mark.globalMatch(text); found.hasNext();) {
+        marks << found.next().captured();
+    }
+    return sorted(marks);
+}
+
+void tst_JobBoard::translationsKeepWhatIsPutInAndTheKeysOfMenus()
+{
+    QFile file(str(TQXML_TRANSLATION));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const Xml translation(QString::fromUtf8(file.readAll()));
+    const QDomNodeList messages = translation.root.elementsByTagName(str("message"));
+    QVERIFY(!messages.isEmpty());
+    for (int i = 0; i < messages.size(); ++i) {
+        const QDomElement message = messages.at(i).toElement();
+        const QString source = message.firstChildElement(str("source")).text();
+        const QString translated = message.firstChildElement(str("translation")).text();
+        QVERIFY2(marksOf(translated) == marksOf(source), qPrintable(source));
     }
 }
 

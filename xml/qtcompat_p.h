@@ -2,6 +2,7 @@
 #define TQXML_QTCOMPAT_P_H
 
 #include <QDomDocument>
+#include <QLibraryInfo>
 
 namespace TQXmlInternal {
 
@@ -19,6 +20,16 @@ constexpr bool WITH_NAMESPACES = true;
 #else
 constexpr auto WITH_NAMESPACES = QDomDocument::ParseOption::UseNamespaceProcessing;
 #endif
+
+// The folder of Qt's own translations.
+inline QString qtTranslations()
+{
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
+    return QLibraryInfo::location(QLibraryInfo::TranslationsPath);
+#else
+    return QLibraryInfo::path(QLibraryInfo::TranslationsPath);
+#endif
+}
 
 }  // namespace TQXmlInternal
 

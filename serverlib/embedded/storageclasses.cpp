@@ -1,9 +1,11 @@
 // Storage classes: the tables of the data types that come with the library, and the types that
 // applications register. A field's column names the table by an alias, which the type's source
 // defines. A data type that is to be stored needs a table of fields, a row in BUILTINS and a row in
-// SOURCES.
+// SOURCES. Programs that show headings translate them in the context "Field".
 
 #include "storageclass_p.h"
+
+#include <QCoreApplication>
 
 #include <algorithm>
 #include <iterator>
@@ -19,63 +21,69 @@ namespace {
 constexpr PACKETDATATYPES NONE = PACKETDATATYPE_NONE;
 
 constexpr TQSTORAGEFIELD OUTPUT_FIELDS[] = {
-    { TQELEMENT_TEXT, 0x1, 1, "o.name", "Name", NONE },
-    { TQELEMENT_WORD, 0x2, 1, "o.technology", "Technology", NONE },
-    { TQELEMENT_INTEGER4, 0x3, 4, "o.resolution", "Resolution (dpi)", NONE },
-    { TQELEMENT_LENGTH, 0x4, 8, "o.width", "Width (pt)", NONE },
-    { TQELEMENT_LENGTH, 0x5, 8, "o.height", "Height (pt)", NONE },
-    { TQELEMENT_TEXTS, 0x6, 1, "o.colours", "Colours", NONE },
-    { TQELEMENT_INTEGERS, 0x7, 2, "o.rulings", "Rulings (lpi)", NONE },
-    { TQELEMENT_REMARK, 0x8, 1, "o.location", "Location", NONE },
-    { TQELEMENT_DATE, 0x9, 1, "o.installed", "Installed", NONE },
+    { TQELEMENT_TEXT, 0x1, 1, "o.name", QT_TRANSLATE_NOOP("Field", "Name"), NONE },
+    { TQELEMENT_WORD, 0x2, 1, "o.technology", QT_TRANSLATE_NOOP("Field", "Technology"), NONE },
+    { TQELEMENT_INTEGER4, 0x3, 4, "o.resolution", QT_TRANSLATE_NOOP("Field", "Resolution (dpi)"),
+        NONE },
+    { TQELEMENT_LENGTH, 0x4, 8, "o.width", QT_TRANSLATE_NOOP("Field", "Width (pt)"), NONE },
+    { TQELEMENT_LENGTH, 0x5, 8, "o.height", QT_TRANSLATE_NOOP("Field", "Height (pt)"), NONE },
+    { TQELEMENT_TEXTS, 0x6, 1, "o.colours", QT_TRANSLATE_NOOP("Field", "Colours"), NONE },
+    { TQELEMENT_INTEGERS, 0x7, 2, "o.rulings", QT_TRANSLATE_NOOP("Field", "Rulings (lpi)"), NONE },
+    { TQELEMENT_REMARK, 0x8, 1, "o.location", QT_TRANSLATE_NOOP("Field", "Location"), NONE },
+    { TQELEMENT_DATE, 0x9, 1, "o.installed", QT_TRANSLATE_NOOP("Field", "Installed"), NONE },
 };
 
 constexpr TQSTORAGEFIELD JOB_FIELDS[] = {
-    { TQELEMENT_TEXT, 0x1, 1, "j.name", "Name", NONE },
-    { TQELEMENT_NAME, 0x2, 1, "o.name", "Output", PACKETDATATYPE_OUTPUT },
-    { TQELEMENT_KEY, 0x3, 4, "j.book_id", "Book", PACKETDATATYPE_BOOK },
-    { TQELEMENT_KEY, 0x4, 4, "j.profile_id", "ICC profile", PACKETDATATYPE_ICCPROFILE },
-    { TQELEMENT_TEXT, 0x5, 1, "p.name", "Publication", NONE },
-    { TQELEMENT_INTEGER, 0x6, 2, "j.page", "Page", NONE },
-    { TQELEMENT_CHOICE, 0x7, 4, "j.state", "State", NONE },
-    { TQELEMENT_INTEGER1, 0x8, 1, "j.priority", "Priority", NONE },
-    { TQELEMENT_INTEGER, 0x9, 4, "j.copies", "Copies", NONE },
-    { TQELEMENT_LENGTHS, 0xa, 8, "j.trim_box", "Trim box (pt)", NONE },
-    { TQELEMENT_NUMBER, 0xb, 8, "j.bleed", "Bleed (mm)", NONE },
-    { TQELEMENT_TEXTS, 0xc, 1, "j.colours", "Colours", NONE },
-    { TQELEMENT_INTEGERS2, 0xd, 2, "j.coverage", "Coverage (%)", NONE },
-    { TQELEMENT_BITS, 0xe, 4, "j.options", "Options", NONE },
-    { TQELEMENT_DATETIME, 0xf, 1, "j.created", "Created", NONE },
-    { TQELEMENT_REMARK, 0x10, 1, "j.remark", "Remark", NONE },
-    { TQELEMENT_NAME, 0x11, 1, "j.proof_profile", "Proofing profile", PACKETDATATYPE_ICCPROFILE },
+    { TQELEMENT_TEXT, 0x1, 1, "j.name", QT_TRANSLATE_NOOP("Field", "Name"), NONE },
+    { TQELEMENT_NAME, 0x2, 1, "o.name", QT_TRANSLATE_NOOP("Field", "Output"),
+        PACKETDATATYPE_OUTPUT },
+    { TQELEMENT_KEY, 0x3, 4, "j.book_id", QT_TRANSLATE_NOOP("Field", "Book"), PACKETDATATYPE_BOOK },
+    { TQELEMENT_KEY, 0x4, 4, "j.profile_id", QT_TRANSLATE_NOOP("Field", "ICC profile"),
+        PACKETDATATYPE_ICCPROFILE },
+    { TQELEMENT_TEXT, 0x5, 1, "p.name", QT_TRANSLATE_NOOP("Field", "Publication"), NONE },
+    { TQELEMENT_INTEGER, 0x6, 2, "j.page", QT_TRANSLATE_NOOP("Field", "Page"), NONE },
+    { TQELEMENT_CHOICE, 0x7, 4, "j.state", QT_TRANSLATE_NOOP("Field", "State"), NONE },
+    { TQELEMENT_INTEGER1, 0x8, 1, "j.priority", QT_TRANSLATE_NOOP("Field", "Priority"), NONE },
+    { TQELEMENT_INTEGER, 0x9, 4, "j.copies", QT_TRANSLATE_NOOP("Field", "Copies"), NONE },
+    { TQELEMENT_LENGTHS, 0xa, 8, "j.trim_box", QT_TRANSLATE_NOOP("Field", "Trim box (pt)"), NONE },
+    { TQELEMENT_NUMBER, 0xb, 8, "j.bleed", QT_TRANSLATE_NOOP("Field", "Bleed (mm)"), NONE },
+    { TQELEMENT_TEXTS, 0xc, 1, "j.colours", QT_TRANSLATE_NOOP("Field", "Colours"), NONE },
+    { TQELEMENT_INTEGERS2, 0xd, 2, "j.coverage", QT_TRANSLATE_NOOP("Field", "Coverage (%)"), NONE },
+    { TQELEMENT_BITS, 0xe, 4, "j.options", QT_TRANSLATE_NOOP("Field", "Options"), NONE },
+    { TQELEMENT_DATETIME, 0xf, 1, "j.created", QT_TRANSLATE_NOOP("Field", "Created"), NONE },
+    { TQELEMENT_REMARK, 0x10, 1, "j.remark", QT_TRANSLATE_NOOP("Field", "Remark"), NONE },
+    { TQELEMENT_NAME, 0x11, 1, "j.proof_profile", QT_TRANSLATE_NOOP("Field", "Proofing profile"),
+        PACKETDATATYPE_ICCPROFILE },
 };
 
 constexpr TQSTORAGEFIELD ICCPROFILE_FIELDS[] = {
-    { TQELEMENT_TEXT, 0x1, 1, "c.name", "Name", NONE },
-    { TQELEMENT_PATH, 0x2, 1, "c.file", "File", NONE },
-    { TQELEMENT_WORD, 0x3, 1, "c.device_class", "Device class", NONE },
-    { TQELEMENT_WORD, 0x4, 1, "c.colour_space", "Colour space", NONE },
-    { TQELEMENT_TOKEN, 0x5, 1, "c.version", "Version", NONE },
-    { TQELEMENT_INTEGER4, 0x6, 4, "c.size", "Size (bytes)", NONE },
-    { TQELEMENT_BYTES, 0x7, 1, "c.data", "Data", NONE },
+    { TQELEMENT_TEXT, 0x1, 1, "c.name", QT_TRANSLATE_NOOP("Field", "Name"), NONE },
+    { TQELEMENT_PATH, 0x2, 1, "c.file", QT_TRANSLATE_NOOP("Field", "File"), NONE },
+    { TQELEMENT_WORD, 0x3, 1, "c.device_class", QT_TRANSLATE_NOOP("Field", "Device class"), NONE },
+    { TQELEMENT_WORD, 0x4, 1, "c.colour_space", QT_TRANSLATE_NOOP("Field", "Colour space"), NONE },
+    { TQELEMENT_TOKEN, 0x5, 1, "c.version", QT_TRANSLATE_NOOP("Field", "Version"), NONE },
+    { TQELEMENT_INTEGER4, 0x6, 4, "c.size", QT_TRANSLATE_NOOP("Field", "Size (bytes)"), NONE },
+    { TQELEMENT_BYTES, 0x7, 1, "c.data", QT_TRANSLATE_NOOP("Field", "Data"), NONE },
 };
 
 constexpr TQSTORAGEFIELD BOOKOWNER_FIELDS[] = {
-    { TQELEMENT_TEXT, 0x1, 1, "w.name", "Name", NONE },
-    { TQELEMENT_TEXT, 0x2, 1, "w.city", "City", NONE },
-    { TQELEMENT_TEXT, 0x3, 1, "w.country", "Country", NONE },
-    { TQELEMENT_INTEGER2, 0x4, 2, "w.founded", "Founded", NONE },
+    { TQELEMENT_TEXT, 0x1, 1, "w.name", QT_TRANSLATE_NOOP("Field", "Name"), NONE },
+    { TQELEMENT_TEXT, 0x2, 1, "w.city", QT_TRANSLATE_NOOP("Field", "City"), NONE },
+    { TQELEMENT_TEXT, 0x3, 1, "w.country", QT_TRANSLATE_NOOP("Field", "Country"), NONE },
+    { TQELEMENT_INTEGER2, 0x4, 2, "w.founded", QT_TRANSLATE_NOOP("Field", "Founded"), NONE },
 };
 
 constexpr TQSTORAGEFIELD BOOK_FIELDS[] = {
-    { TQELEMENT_TEXT, 0x1, 1, "b.name", "Title", NONE },
-    { TQELEMENT_TEXT, 0x2, 1, "b.author", "Author", NONE },
-    { TQELEMENT_KEY, 0x3, 4, "b.owner_id", "Owner", PACKETDATATYPE_BOOKOWNER },
-    { TQELEMENT_INTEGER, 0x4, 2, "b.pages", "Pages", NONE },
-    { TQELEMENT_INTEGER2, 0x5, 2, "b.year", "First published", NONE },
-    { TQELEMENT_TOKEN, 0x6, 1, "b.language", "Language", NONE },
-    { TQELEMENT_NUMBERS, 0x7, 8, "b.page_size", "Page size (mm)", NONE },
-    { TQELEMENT_TEXTS, 0x8, 1, "b.subjects", "Subjects", NONE },
+    { TQELEMENT_TEXT, 0x1, 1, "b.name", QT_TRANSLATE_NOOP("Field", "Title"), NONE },
+    { TQELEMENT_TEXT, 0x2, 1, "b.author", QT_TRANSLATE_NOOP("Field", "Author"), NONE },
+    { TQELEMENT_KEY, 0x3, 4, "b.owner_id", QT_TRANSLATE_NOOP("Field", "Owner"),
+        PACKETDATATYPE_BOOKOWNER },
+    { TQELEMENT_INTEGER, 0x4, 2, "b.pages", QT_TRANSLATE_NOOP("Field", "Pages"), NONE },
+    { TQELEMENT_INTEGER2, 0x5, 2, "b.year", QT_TRANSLATE_NOOP("Field", "First published"), NONE },
+    { TQELEMENT_TOKEN, 0x6, 1, "b.language", QT_TRANSLATE_NOOP("Field", "Language"), NONE },
+    { TQELEMENT_NUMBERS, 0x7, 8, "b.page_size", QT_TRANSLATE_NOOP("Field", "Page size (mm)"),
+        NONE },
+    { TQELEMENT_TEXTS, 0x8, 1, "b.subjects", QT_TRANSLATE_NOOP("Field", "Subjects"), NONE },
 };
 
 struct Builtin

@@ -1,11 +1,13 @@
 // A planner's view of a print shop's jobs.
 
 #include "board.h"
+#include "language.h"
 #include "look.h"
 #include "mainwindow.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QIcon>
 #include <QSettings>
 
 #include <cstdio>
@@ -35,9 +37,10 @@ void setUp(QCommandLineParser &parser)
         translated(QT_TRANSLATE_NOOP("main", "Shows the jobs of a print shop.")));
     parser.addOption({ DATABASE,
         translated(QT_TRANSLATE_NOOP("main",
-            "The store: its path, sqlite:PATH or postgresql://USER@HOST:PORT/DB; by default the "
-            "sample, in memory.")),
-        translated(QT_TRANSLATE_NOOP("main", "DATABASE")), QStringLiteral("sqlite::memory:") });
+            "The store: its path, sqlite:PATH or postgresql://USER@HOST:PORT/DB; by default what "
+            "TQXML_DATABASE names, or the sample, in memory.")),
+        translated(QT_TRANSLATE_NOOP("main", "DATABASE")),
+        qEnvironmentVariable("TQXML_DATABASE", QStringLiteral("sqlite::memory:")) });
     parser.addHelpOption();
     parser.addVersionOption();
 }
@@ -46,6 +49,7 @@ void setUp(QCommandLineParser &parser)
 void answerQuestions(int argc, char *argv[])
 {
     QCoreApplication application(argc, argv);
+    const Language language;
     QCommandLineParser parser;
     setUp(parser);
     parser.parse(QCoreApplication::arguments());
@@ -62,11 +66,16 @@ int main(int argc, char *argv[])
 {
     answerQuestions(argc, argv);
     QApplication application(argc, argv);
+    const Language language;
+    QApplication::setDesktopFileName(QStringLiteral("example.tqxml.jobboard"));
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/jobboard/jobboard.png")));
     QCommandLineParser parser;
     setUp(parser);
     parser.process(application);
     if (!parser.positionalArguments().isEmpty()) {
-        std::fputs("jobboard: only options are taken; a store is named by --database\n", stderr);
+        const QString complaint = translated(QT_TRANSLATE_NOOP(
+            "main", "jobboard: only options are taken; a store is named by --database"));
+        std::fprintf(stderr, "%s\n", qPrintable(complaint));
         return 2;
     }
 
