@@ -289,7 +289,10 @@ struct Window
     Window() : monitor(&site.router)
     {
         monitor.show();
-        QApplication::setActiveWindow(&monitor);
+        monitor.activateWindow();
+        if (!QTest::qWaitForWindowActive(&monitor)) {
+            qFatal("the window does not become active");
+        }
         list()->setFocus();
     }
     QTableView *list() { return monitor.findChild<QTableView *>(); }
