@@ -168,26 +168,24 @@ std::string bashArguments()
 
 std::string bashColumns()
 {
-    std::string cases;
+    std::string text = R"(# _tqxml_columns KIND: the columns of that kind of items, or of all.
+_tqxml_columns()
+{
+    case $1 in
+)";
     for (const char *kind : kinds()) {
-        cases +=
+        text +=
             std::string("    ") + kind + ") echo '" + joined(columnNamesOf(kind), " ") + "' ;;\n";
     }
-    return cases + "    *) echo '" + joined(allColumns(), " ") + "' ;;\n";
+    return text + "    *) echo '" + joined(allColumns(), " ") + "' ;;\n    esac\n}\n";
 }
 
 std::string bash()
 {
     return R"(# bash completion for tqxml; made from the description of its options
 
-# _tqxml_columns KIND: the columns of that kind of items, or of all.
-_tqxml_columns()
-{
-    case $1 in
 )" + bashColumns() +
-        R"(    esac
-}
-
+        R"(
 _tqxml()
 {
     local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]}
@@ -279,14 +277,18 @@ std::string zshArguments(const Verb &verb)
 // The columns of the kind that is typed, after those that are typed.
 std::string zshColumns()
 {
-    std::string text = "_tqxml_columns() {\n    local -a names\n    case ${words[(r)(" +
-        joined(kinds(), "|") + ")]} in\n";
+    std::string text = "_tqxml_columns() {\n    local -a names\n";
+    text += "    case ${words[(r)(" + joined(kinds(), "|") + ")]} in\n";
     for (const char *kind : kinds()) {
         text +=
             std::string("    ") + kind + ") names=(" + joined(columnNamesOf(kind), " ") + ") ;;\n";
     }
-    return text + "    *) names=(" + joined(allColumns(), " ") +
-        ") ;;\n    esac\n    compset -P '*,'\n    compadd -a names\n}\n";
+    return text + "    *) names=(" + joined(allColumns(), " ") + R"() ;;
+    esac
+    compset -P '*,'
+    compadd -a names
+}
+)";
 }
 
 std::string zsh()
@@ -363,12 +365,22 @@ std::string fishVerb(const Verb &verb)
 
 std::string fishColumns()
 {
-    std::string cases;
+    std::string text = R"(# The columns of the kind that is typed, after those that are typed.
+function __tqxml_columns
+    set -l words (__tqxml_words)
+    set -l names
+    switch "$words[2]"
+)";
     for (const char *kind : kinds()) {
-        cases += std::string("        case ") + kind + "\n            set names " +
+        text += std::string("        case ") + kind + "\n            set names " +
             joined(columnNamesOf(kind), " ") + '\n';
     }
-    return cases + "        case '*'\n            set names " + joined(allColumns(), " ") + '\n';
+    return text + "        case '*'\n            set names " + joined(allColumns(), " ") + R"(
+    end
+    set -l typed (commandline -ct | string replace -r '[^,]*$' '')
+    string join \n -- "$typed"$names
+end
+)";
 }
 
 // What the conditions of fish call.
@@ -404,19 +416,8 @@ function __tqxml_is
     test (count $argv) = 1; or test (count $words) = $argv[2]
 end
 
-# The columns of the kind that is typed, after those that are typed.
-function __tqxml_columns
-    set -l words (__tqxml_words)
-    set -l names
-    switch "$words[2]"
 )" + fishColumns() +
-        R"(    end
-    set -l typed (commandline -ct | string replace -r '[^,]*$' '')
-    string join \n -- "$typed"$names
-end
-
-complete -c tqxml -f
-)";
+        "\ncomplete -c tqxml -f\n";
 }
 
 std::string fish()
