@@ -54,6 +54,7 @@ std::vector<const Option *> optionsOf(const Verb &verb)
 std::vector<std::string> longNames(const std::vector<const Option *> &options)
 {
     std::vector<std::string> names;
+    names.reserve(options.size());
     for (const Option *option : options) {
         names.push_back(spellings(*option).front());
     }
@@ -256,7 +257,8 @@ std::string zshOptions(const std::vector<const Option *> &options, const std::st
                 line += ':' + replaced(option->value, ":", "\\:") + ':' +
                     zshAction(option->form, option->words);
             }
-            lines += " \\\n" + indentation + '\'' + line + '\'';
+            lines += " \\\n" + indentation;
+            lines += '\'' + line + '\'';
         }
     }
     return lines;
@@ -353,8 +355,9 @@ std::string fishVerb(const Verb &verb)
         const bool isFile = argument.form == Form::Files;
         const std::string place = argument.isRepeated ? "" : ' ' + std::to_string(i + 1);
         if (argument.form != Form::Text) {
-            lines += "complete -c tqxml -n '" + condition + place + "' " +
-                (isFile ? "-F" : "-a '" + joined(argument.words, " ") + '\'') + '\n';
+            lines += "complete -c tqxml -n '" + condition;
+            lines +=
+                place + "' " + (isFile ? "-F" : "-a '" + joined(argument.words, " ") + '\'') + '\n';
         }
     }
     for (const Option *option : optionsOf(verb)) {
