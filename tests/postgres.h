@@ -32,22 +32,24 @@ public:
         qputenv("PGUSER", "tester");
         qputenv("PGPASSWORD", "secret");
     }
-    ~PostgresServer()
+    ~PostgresServer() { stop(); }
+    /// Ends at once; what was committed is kept.
+    void stop()
     {
         if (m_process.processId() > 0) {
-            ::kill(pid_t(m_process.processId()), SIGQUIT);  // at once
+            ::kill(pid_t(m_process.processId()), SIGQUIT);
         }
         m_process.waitForFinished();
     }
-    /// False when that fails.
+    /// Starts, also again; false when that fails.
     bool start()
     {
         // It refuses to run as root.
         const char *script = R"(cd "$0" && exec >log 2>&1; own="setpriv --pdeathsig=QUIT"
             [ $(id -u) != 0 ] || { chown postgres . && own="$own --clear-groups \
                 --reuid=postgres --regid=postgres"; }
-            echo $PGPASSWORD >password && $own initdb -D data -U $PGUSER -N -E UTF8 --no-locale \
-                -A scram-sha-256 --pwfile=password || exit 1
+            [ -d data ] || { echo $PGPASSWORD >password && $own initdb -D data -U $PGUSER -N -E UTF8 --no-locale \
+                -A scram-sha-256 --pwfile=password; } || exit 1
             exec $own postgres -D data -F -h $PGHOST -c unix_socket_directories=)";
         m_process.start(str("sh"), { str("-c"), str(script), m_folder.path() });
         while (m_process.waitForStarted() && !m_process.waitForFinished(100) &&

@@ -2,6 +2,7 @@
 // moment, nothing hangs, and no store answers for another.
 
 #include "stores.h"
+#include "tqstorewatch.h"
 
 #include <QElapsedTimer>
 #include <QRandomGenerator>
@@ -211,10 +212,14 @@ private Q_SLOTS:
     void aFileThatIsReadWithoutLocksMayNotChange();
     void whoAsksNothingIsNotGivenUp();
     void aServerThatFallsSilentAtOnceIsGivenUp();
+    void changesOfOthersAreNoticed();
+    void aStoreThatWasAwayIsWatchedAgain();
     void badAddressesSayWhyWithoutTheirPassword();
 
 private:
     QByteArray sample(const char *name) const { return m_stores.sample(name, m_isPostgres); }
+    void takeAway(const char *name);
+    void bringBack(const char *name);
 
     Stores m_stores;
     bool m_isPostgres = false;
@@ -391,6 +396,63 @@ void tst_Connection::aServerThatFallsSilentAtOnceIsGivenUp()
     QVERIFY2(startup.contains(" user visitor database x options -c client_min_messages=error "
                               "-c statement_timeout=30s -c lock_timeout=10s -c geqo=off "),
         startup.constData());
+}
+
+void tst_Connection::changesOfOthersAreNoticed()
+{
+    const QByteArray store = sample("watched");
+    int calls = 0;
+    const TQStoreWatch watch(store.constData(), [&calls] { ++calls; });
+    Client client(store);
+    QVERIFY(!client.jobsOf(OUTPUT).isEmpty());  // reading changes nothing
+    QTest::qWait(1500);
+    QCOMPARE(calls, 0);
+    sql(store, "UPDATE tq_job SET remark = 'first'");
+    sql(store, "UPDATE tq_job SET remark = 'second'");
+    QTRY_VERIFY(calls > 0);
+    QTest::qWait(1500);
+    QVERIFY(calls <= 2);  // one, unless the machine was slow
+    calls = 0;
+    for (const char *table : { "tq_job", "tq_book", "tq_book_owner", "tq_output",
+             "tq_icc_profile", "tq_publication" }) {
+        QString error;
+        sql(store, QByteArray("UPDATE ") + table + " SET name = name || ' 2'", &error);
+        QCOMPARE(error, QString());
+        QTRY_VERIFY2(calls > 0, table);
+        calls = 0;
+    }
+}
+
+void tst_Connection::takeAway(const char *name)
+{
+    if (m_isPostgres) {
+        m_stores.postgres.stop();
+    } else {
+        QVERIFY(QFile::remove(m_stores.path(name)));
+    }
+}
+
+void tst_Connection::bringBack(const char *name)
+{
+    if (m_isPostgres) {
+        QVERIFY(m_stores.postgres.start());
+    } else {
+        sample(name);
+    }
+}
+
+void tst_Connection::aStoreThatWasAwayIsWatchedAgain()
+{
+    const QByteArray store = sample("away");
+    int calls = 0;
+    const TQStoreWatch watch(store.constData(), [&calls] { ++calls; });
+    takeAway("away");
+    QTest::qWait(1500);
+    QCOMPARE(calls, 0);
+    bringBack("away");
+    QTRY_COMPARE(calls, 1);  // others may have changed it before it could be watched
+    sql(store, "UPDATE tq_job SET remark = 'changed'");
+    QTRY_COMPARE(calls, 2);
 }
 
 // The file has each address and, below it, what is said.

@@ -1,6 +1,8 @@
 #ifndef DIALECT_P_H
 #define DIALECT_P_H
 
+#include "watcher_p.h"
+
 #include <QString>
 
 #include <memory>
@@ -36,6 +38,13 @@ struct Dialect
     // in whatever program. The second statement may be null.
     const char *beginWriting;
     const char *waitForWriters;
+
+    // Makes the watcher of a store that is not in memory.
+    std::unique_ptr<Watcher> (*makeWatcher)(const StoreAddress &address, Watcher::Notice notice);
+    // What watchers need in a store: a statement for the whole, and one for each %table%. Both are
+    // null where the system tells a connection by itself.
+    const char *announcer;
+    const char *trigger;
 };
 
 extern const Dialect SQLITE;

@@ -5,6 +5,7 @@
 #include "database_p.h"
 #include "postgresqlconnection_p.h"
 #include "postgresqlurl_p.h"
+#include "postgresqlwatcher_p.h"
 #include "schemacheck_p.h"
 
 #include <limits>
@@ -240,6 +241,9 @@ const Dialect POSTGRESQL {
     /*beginWriting*/ "BEGIN ISOLATION LEVEL READ COMMITTED",
     // The number is an arbitrary key of our advisory lock.
     /*waitForWriters*/ "SELECT pg_advisory_xact_lock(8025545361711)",
+    /*makeWatcher*/ makePostgresqlWatcher,
+    /*announcer*/ POSTGRESQL_ANNOUNCER,
+    /*trigger*/ POSTGRESQL_TRIGGER,
 };
 
 }  // namespace TQServerInternal

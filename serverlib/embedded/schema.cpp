@@ -24,7 +24,8 @@ namespace {
 //   entries.
 // - Dates are ISO 8601: "2024-03-01", with a time of day "2024-03-01T09:30:00Z".
 // - Null stands for no value.
-// Whoever changes the tables raises the version: a library opens no store of another version.
+// Whoever changes the tables raises the version: a library opens no store of another version. A
+// store without the triggers of a watcher is of the same version.
 constexpr const char *STATEMENTS[] = {
     "CREATE TABLE tq_schema (version INTEGER NOT NULL)",
 
@@ -134,6 +135,20 @@ QStringList schemaStatements(const Dialect &dialect)
         statements.append(statement);
     }
     statements.append(QStringLiteral("INSERT INTO tq_schema VALUES (%1)").arg(SCHEMA_VERSION));
+    return statements;
+}
+
+QStringList watchStatements(const Dialect &dialect)
+{
+    QStringList statements;
+    if (dialect.announcer) {
+        statements.append(QString::fromLatin1(dialect.announcer));
+        for (const FirstId &first : FIRST_IDS) {
+            QString trigger = QString::fromLatin1(dialect.trigger);
+            trigger.replace(QLatin1String("%table%"), QLatin1String(first.table));
+            statements.append(trigger);
+        }
+    }
     return statements;
 }
 

@@ -30,6 +30,8 @@ int lastId(const char *table);
 
 // The statements that create the tables, in order.
 QStringList schemaStatements(const Dialect &dialect);
+// The statements after which watchers notice changes; none where they need nothing in the store.
+QStringList watchStatements(const Dialect &dialect);
 
 }  // namespace TQServerInternal
 

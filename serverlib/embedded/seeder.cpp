@@ -341,6 +341,12 @@ void fillGenerated(Seeder &seeder, const GeneratedSizes &sizes)
     fillGeneratedJobs(seeder, sizes.jobs, outputs, books, issues);
 }
 
+bool execute(Database &database, const QStringList &statements)
+{
+    return std::all_of(statements.begin(), statements.end(),
+        [&database](const QString &statement) { return database.execute(statement); });
+}
+
 // Makes the tables and calls fill, in one transaction.
 template<typename Fill>
 bool seed(Database &database, Fill fill)
@@ -351,12 +357,9 @@ bool seed(Database &database, Fill fill)
     if (database.hasSchema()) {
         return database.refuse(QStringLiteral("holds a store already"));
     }
-    for (const QString &statement : schemaStatements(database.dialect())) {
-        if (!database.execute(statement)) {
-            return false;
-        }
-    }
-    return fill() && database.commit();
+    // The triggers come last, so that they do not run for each of the rows.
+    return execute(database, schemaStatements(database.dialect())) && fill() &&
+        execute(database, watchStatements(database.dialect())) && database.commit();
 }
 
 size_t sampleRows()

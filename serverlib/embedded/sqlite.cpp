@@ -5,6 +5,7 @@
 
 #include "sqldatabase_p.h"
 #include "sqlitecheck_p.h"
+#include "sqlitewatcher_p.h"
 #include "urlparts_p.h"
 
 #include <QDateTime>
@@ -195,6 +196,9 @@ const Dialect SQLITE {
     /*beginReading*/ "BEGIN",
     /*beginWriting*/ "BEGIN IMMEDIATE",
     /*waitForWriters*/ nullptr,
+    /*makeWatcher*/ makeSqliteWatcher,
+    /*announcer*/ nullptr,
+    /*trigger*/ nullptr,
 };
 
 }  // namespace TQServerInternal
