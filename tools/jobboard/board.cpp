@@ -4,9 +4,12 @@
 
 #include <QMetaObject>
 
+#include <limits>
+
 namespace {
 
 constexpr int SECOND = 1000;
+constexpr int MANY = std::numeric_limits<int>::max() / 2;  // more batches than the thread can have
 bool leftThreads = false;
 
 }  // namespace
@@ -20,16 +23,12 @@ Board::Board(const QByteArray &url)
     qRegisterMetaType<PacketRecord>("PacketRecord");
     m_reader->moveToThread(m_thread);
     connect(m_thread, &QThread::finished, m_reader, &QObject::deleteLater);
-    connect(m_reader, &Reader::sourcesRead, this, [this](int run, const Sources &sources) {
-        if (run == m_run) {
-            target().add(sources);
-        }
-    });
+    connect(m_reader, &Reader::sourcesRead, this, &Board::take<Sources>);
     connect(m_reader, &Reader::jobsRead, this, [this](int run, const JobRows &rows) {
-        if (run == m_run) {
-            target().add(rows);
-        }
+        take(run, rows);
+        m_reader->taken();
     });
+    connect(m_reader, &Reader::storeChanged, this, &Board::storeChanged);
     connect(m_reader, &Reader::progressed, this, &Board::takeProgress);
     connect(m_reader, &Reader::loaded, this, &Board::finish);
     connect(m_reader, &Reader::itemRead, this, &Board::takeItem);
@@ -39,12 +38,15 @@ Board::Board(const QByteArray &url)
     m_retry.setSingleShot(true);
     m_retry.setInterval(RETRY_AFTER);
     connect(&m_retry, &QTimer::timeout, this, &Board::load);
+    m_reload.setSingleShot(true);
+    connect(&m_reload, &QTimer::timeout, this, &Board::load);
     m_thread->start();
 }
 
 Board::~Board()
 {
     m_reader->disconnect(this);
+    m_reader->taken(MANY);
     tell([](Reader &reader) { reader.stop(); });
     m_thread->quit();
     if (m_thread->wait(SECOND)) {
@@ -70,6 +72,8 @@ void Board::tell(Work work)
 void Board::load()
 {
     m_retry.stop();
+    m_reload.stop();
+    m_began.start();
     m_hasChanged = false;
     m_isStopped = false;
     const int run = ++m_run;
@@ -77,7 +81,10 @@ void Board::load()
     m_isLoading = true;
     m_progress = 0;
     const bool isFirst = m_jobs->size() == 0 && !m_readAt.isValid();
-    m_next = isFirst ? nullptr : std::make_shared<JobStore>();
+    m_changes.reset();
+    if (!isFirst) {
+        m_changes.emplace(*m_jobs);
+    }
     Q_EMIT statusChanged();
 }
 
@@ -85,6 +92,7 @@ void Board::stop()
 {
     if (!m_isLoading) {
         m_retry.stop();
+        m_reload.stop();
         return;
     }
     tell([](Reader &reader) { reader.stop(); });
@@ -100,12 +108,31 @@ void Board::prefer(const Source &source)
     tell([source](Reader &reader) { reader.prefer(source); });
 }
 
+template<typename Rows>
+void Board::take(int run, const Rows &rows)
+{
+    if (run != m_run) {
+        return;
+    }
+    if (m_changes) {
+        m_changes->add(rows);
+    } else {
+        m_jobs->add(rows);
+    }
+}
+
 void Board::storeChanged()
 {
-    if (m_isLoading) {
-        m_hasChanged = true;
-    } else {
-        load();
+    m_hasChanged = true;
+    reloadSoon();
+}
+
+// Waits after a load for as long as that took.
+void Board::reloadSoon()
+{
+    if (m_hasChanged && !m_isLoading && !m_isStopped && !m_reload.isActive()) {
+        const qint64 pause = m_ended.isValid() ? m_took - m_ended.elapsed() : 0;
+        m_reload.start(int(std::max(qint64(0), pause)));
     }
 }
 
@@ -122,7 +149,7 @@ void Board::takeProgress(int run, int answered, int requests)
         return;
     }
     m_progress = answered * 100 / requests;
-    if (!m_next) {
+    if (!m_changes) {
         Q_EMIT jobsChanged();
     }
     Q_EMIT statusChanged();
@@ -136,25 +163,25 @@ void Board::finish(int run, const QString &error)
     }
     m_isLoading = false;
     m_problem = error;
-    const bool isReplaced = m_next && error.isEmpty();
-    if (isReplaced) {
-        m_jobs = m_next;
-    }
-    m_next.reset();
+    m_took = m_began.elapsed();
+    m_ended.start();
+    const bool isReload = m_changes && error.isEmpty();
+    const bool isSame = isReload && !m_changes->apply();
+    m_changes.reset();
     if (error.isEmpty()) {
         m_isPart = false;
         m_readAt = QDateTime::currentDateTime();
     } else {
         m_retry.start();
     }
-    Q_EMIT jobsChanged();
-    if (isReplaced) {
+    if (!isSame) {
+        Q_EMIT jobsChanged();
+    }
+    if (isReload) {
         readChosen();
     }
     Q_EMIT statusChanged();
-    if (m_hasChanged) {
-        load();
-    }
+    reloadSoon();
 }
 
 void Board::choose(const TQKEY_ELEMENT &key, const QString &name)

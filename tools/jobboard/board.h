@@ -1,6 +1,7 @@
 #ifndef BOARD_H
 #define BOARD_H
 
+#include "jobchanges.h"
 #include "jobstore.h"
 #include "rows.h"
 
@@ -11,15 +12,17 @@
 #include <QTimer>
 
 #include <memory>
+#include <optional>
 
 class Reader;
 
 /// What the program knows of the store, and how it comes to know it: starts the reading thread,
 /// collects what that reads, and says what is wrong.
 ///
-/// The first load fills the jobs row by row. A later one replaces them at its end, if it succeeds;
-/// until then, and if it fails, the old ones stay. A load that failed is tried again from time to
-/// time.
+/// The first load fills the jobs row by row. A later one changes them at its end, if it succeeds;
+/// until then, and if it fails, they stay. A load that failed is tried again from time to time.
+/// When the store changes, it is loaded again, unless the user has stopped loading; this takes at
+/// most half of the time.
 class Board : public QObject
 {
     Q_OBJECT
@@ -67,10 +70,6 @@ public:
     void readChosen();
     void setRetryAfter(int milliseconds) { m_retry.setInterval(milliseconds); }
 
-public Q_SLOTS:
-    /// Loads again, now or when the present load has ended.
-    void storeChanged();
-
 Q_SIGNALS:
     /// There are more jobs, or others.
     void jobsChanged();
@@ -81,19 +80,22 @@ Q_SIGNALS:
 
 private:
     void takeProgress(int run, int answered, int requests);
+    void storeChanged();
+    void reloadSoon();
     void finish(int run, const QString &error);
     void takeItem(const Item &item);
     void heard();
     void tick();
     bool isWaiting() const { return m_isLoading || m_itemsAsked > 0; }
-    JobStore &target() { return m_next ? *m_next : *m_jobs; }
+    template<typename Rows>
+    void take(int run, const Rows &rows);
     template<typename Work>
     void tell(Work work);
 
     QThread *m_thread;  // deleted at the end, unless it is stuck
     Reader *m_reader;  // lives in that thread, and is deleted with it
     std::shared_ptr<JobStore> m_jobs;
-    std::shared_ptr<JobStore> m_next;  // of a load that replaces the jobs; else null
+    std::optional<JobChanges> m_changes;  // of a load that is not the first
     int m_run = 0;
     bool m_isLoading = false;
     bool m_isStopped = false;
@@ -111,6 +113,10 @@ private:
     int m_shownSilence = 0;
     QTimer m_tick;
     QTimer m_retry;
+    QElapsedTimer m_began;  // the last load
+    QElapsedTimer m_ended;
+    qint64 m_took = 0;  // the last load, in ms
+    QTimer m_reload;  // for a store that changed
 };
 
 #endif

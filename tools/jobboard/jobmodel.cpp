@@ -86,19 +86,19 @@ JobModel::JobModel(QObject *parent)
 {
 }
 
-void JobModel::show(const std::shared_ptr<JobStore> &store) { arrange(store); }
+void JobModel::show(const std::shared_ptr<JobStore> &store) { arrange(store, NoLayoutChangeHint); }
 
 void JobModel::setFilter(const Filter &filter)
 {
     m_filter = filter;
-    arrange(m_store);
+    arrange(m_store, VerticalSortHint);
 }
 
 void JobModel::sort(int column, Qt::SortOrder order)
 {
     m_sortColumn = std::max(0, column);
     m_sortOrder = order;
-    arrange(m_store);
+    arrange(m_store, VerticalSortHint);
 }
 
 TQKEY_ELEMENT JobModel::key(int row) const
@@ -198,9 +198,9 @@ JobModel::Rows JobModel::filtered(const JobStore &store)
     }
     Rows rows;
     m_counts.clear();
-    for (size_t i = 0; i < store.size(); ++i) {
+    for (size_t i = 0; i < store.places(); ++i) {
         const Job &job = store.job(i);
-        if (!isOfSource(job, m_filter.source, name) ||
+        if (!store.isUsed(i) || !isOfSource(job, m_filter.source, name) ||
             !(search.isEmpty() || isFound(store, job, search, states))) {
             continue;
         }
@@ -240,13 +240,13 @@ void JobModel::sortRows(const JobStore &store, Rows &rows) const
         sorted.begin(), sorted.end(), rows.begin(), [](const Sorted &row) { return row.index; });
 }
 
-void JobModel::arrange(const std::shared_ptr<JobStore> &store)
+void JobModel::arrange(const std::shared_ptr<JobStore> &store, LayoutChangeHint why)
 {
     store->texts().rank();
     Rows rows = filtered(*store);
     sortRows(*store, rows);
     if (!m_rows.empty() && !rows.empty()) {
-        exchange(std::move(rows), store);
+        exchange(std::move(rows), store, why);
         return;
     }
     beginResetModel();
@@ -256,7 +256,7 @@ void JobModel::arrange(const std::shared_ptr<JobStore> &store)
 }
 
 // Rows are added and removed at the end; in between they change places.
-void JobModel::exchange(Rows rows, const std::shared_ptr<JobStore> &store)
+void JobModel::exchange(Rows rows, const std::shared_ptr<JobStore> &store, LayoutChangeHint why)
 {
     const size_t before = m_rows.size();
     const size_t after = rows.size();
@@ -265,7 +265,7 @@ void JobModel::exchange(Rows rows, const std::shared_ptr<JobStore> &store)
         m_rows.resize(after, m_rows.back());
         endInsertRows();
     }
-    Q_EMIT layoutAboutToBeChanged();
+    Q_EMIT layoutAboutToBeChanged({}, why);
     const QModelIndexList from = persistentIndexList();
     std::vector<quint64> keys;
     QHash<quint64, int> places;  // of the jobs that have indexes
@@ -288,7 +288,7 @@ void JobModel::exchange(Rows rows, const std::shared_ptr<JobStore> &store)
         to << (row < 0 ? QModelIndex() : index(row, from.at(i).column()));
     }
     changePersistentIndexList(from, to);
-    Q_EMIT layoutChanged();
+    Q_EMIT layoutChanged({}, why);
     if (after < before) {
         beginRemoveRows({}, int(after), int(before) - 1);
         m_rows.resize(after);

@@ -39,7 +39,8 @@ public:
 
     explicit JobModel(QObject *parent);
 
-    /// Shows these jobs, or what has become of them.
+    /// Shows these jobs, or what has become of them. The layout changes with the hint that it is
+    /// not sorted; otherwise with the hint that it is.
     void show(const std::shared_ptr<JobStore> &store);
     void setFilter(const Filter &filter);
     const Filter &filter() const { return m_filter; }
@@ -68,8 +69,8 @@ private:
     QString text(const JobStore::Job &job, int column) const;
     Rows filtered(const JobStore &store);
     void sortRows(const JobStore &store, Rows &rows) const;
-    void arrange(const std::shared_ptr<JobStore> &store);
-    void exchange(Rows rows, const std::shared_ptr<JobStore> &store);
+    void arrange(const std::shared_ptr<JobStore> &store, LayoutChangeHint why);
+    void exchange(Rows rows, const std::shared_ptr<JobStore> &store, LayoutChangeHint why);
 
     std::shared_ptr<JobStore> m_store;
     Rows m_rows;

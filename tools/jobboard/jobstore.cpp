@@ -1,6 +1,7 @@
 #include "jobstore.h"
 
 #include <algorithm>
+#include <tuple>
 
 namespace {
 
@@ -8,39 +9,94 @@ Label labelOf(quint64 identity) { return { quint32(identity >> 32), quint32(iden
 
 }  // namespace
 
-void JobStore::add(const JobRows &rows)
+bool JobStore::Job::operator==(const Job &other) const
 {
-    for (const JobRow &row : rows) {
-        const Job job { row.key, row.book, m_texts.add(row.name), m_texts.add(row.output),
-            m_texts.add(row.publication), m_texts.add(row.colours), m_texts.add(row.created),
-            row.state, row.copies, row.priority };
-        m_jobs.push_back(job);
-        ++m_ofOutput[job.output.identity()];
-        if (!job.publication.isEmpty()) {
-            ++m_ofPublication[job.publication.identity()];
-        }
-        if (TQKEY_CC::isValid(job.book)) {
-            ++m_ofBook[number(job.book)];
-        }
-    }
+    const auto values = [](const Job &job) {
+        return std::tuple(number(job.key), number(job.book), job.name.identity(),
+            job.output.identity(), job.publication.identity(), job.colours.identity(),
+            job.created.identity(), job.state, job.copies, job.priority);
+    };
+    return values(*this) == values(other);
 }
 
-void JobStore::add(const Sources &sources)
+JobStore::Job JobStore::pack(const JobRow &row)
+{
+    return { row.key, row.book, m_texts.add(row.name), m_texts.add(row.output),
+        m_texts.add(row.publication), m_texts.add(row.colours), m_texts.add(row.created), row.state,
+        row.copies, row.priority };
+}
+
+void JobStore::pack(const Sources &sources, SourceNames &names)
 {
     for (const Source &source : sources) {
         const Label name = m_texts.add(source.name);
         if (source.kind == Source::Book) {
-            m_titles.insert(number(source.key), name);
+            names.titles.insert(number(source.key), name);
         } else {
-            m_outputs.emplace_back(name, source.key);
+            names.outputs.emplace_back(name, source.key);
         }
     }
+}
+
+void JobStore::add(const JobRows &rows)
+{
+    for (const JobRow &row : rows) {
+        add(pack(row));
+    }
+}
+
+void JobStore::add(const Job &job)
+{
+    if (m_free.empty()) {
+        m_jobs.push_back(job);
+    } else {
+        m_jobs[m_free.back()] = job;
+        m_free.pop_back();
+    }
+    count(job, 1);
+}
+
+void JobStore::replace(size_t place, const Job &job)
+{
+    count(m_jobs[place], -1);
+    m_jobs[place] = job;
+    count(job, 1);
+}
+
+void JobStore::remove(size_t place)
+{
+    count(m_jobs[place], -1);
+    m_jobs[place] = {};
+    m_free.push_back(place);
+}
+
+void JobStore::count(const Job &job, int change)
+{
+    const auto add = [change](QHash<quint64, int> &counts, quint64 key) {
+        if ((counts[key] += change) == 0) {
+            counts.remove(key);
+        }
+    };
+    add(m_ofOutput, job.output.identity());
+    if (!job.publication.isEmpty()) {
+        add(m_ofPublication, job.publication.identity());
+    }
+    if (TQKEY_CC::isValid(job.book)) {
+        add(m_ofBook, number(job.book));
+    }
+}
+
+bool JobStore::setSources(SourceNames sources)
+{
+    const bool isSame = sources.outputs == m_sources.outputs && sources.titles == m_sources.titles;
+    m_sources = std::move(sources);
+    return !isSame;
 }
 
 std::vector<JobStore::Entry> JobStore::outputs() const
 {
     std::vector<Entry> entries;
-    for (const auto &[name, key] : m_outputs) {
+    for (const auto &[name, key] : m_sources.outputs) {
         entries.push_back(
             { { Source::Output, m_texts.text(name), key }, m_ofOutput.value(name.identity()) });
     }
@@ -60,7 +116,7 @@ std::vector<JobStore::Entry> JobStore::publications() const
 std::vector<JobStore::Entry> JobStore::books() const
 {
     std::vector<Entry> entries;
-    for (auto i = m_titles.cbegin(); i != m_titles.cend(); ++i) {
+    for (auto i = m_sources.titles.cbegin(); i != m_sources.titles.cend(); ++i) {
         const TQKEY_ELEMENT key { quint32(i.key()), quint32(i.key() >> 32) };
         entries.push_back(
             { { Source::Book, m_texts.text(i.value()), key }, m_ofBook.value(i.key()) });

@@ -6,6 +6,7 @@
 #include <QHeaderView>
 #include <QMenu>
 #include <QMimeData>
+#include <QScrollBar>
 #include <QStyledItemDelegate>
 
 #include <algorithm>
@@ -78,9 +79,10 @@ JobTable::JobTable(JobModel &jobs, QWidget *parent) : WithPlaceholder(parent), m
     setUpHeader();
     setSortingEnabled(true);
     sortByColumn(JobModel::Name, Qt::AscendingOrder);
-    connect(&jobs, &QAbstractItemModel::layoutAboutToBeChanged, this, [this] {
-        m_wasCurrentVisible = viewport()->rect().intersects(visualRect(currentIndex()));
-    });
+    connect(&jobs, &QAbstractItemModel::layoutAboutToBeChanged, this,
+        [this](const QList<QPersistentModelIndex> &, QAbstractItemModel::LayoutChangeHint why) {
+            notePlace(why);
+        });
     connect(&jobs, &QAbstractItemModel::layoutChanged, this, &JobTable::keepPlace);
 }
 
@@ -103,9 +105,23 @@ void JobTable::setUpHeader()
     });
 }
 
-// A row that was in view stays in view, wherever it moves.
+// After a reload the same row is at the top, unless the table shows its beginning.
+void JobTable::notePlace(QAbstractItemModel::LayoutChangeHint why)
+{
+    m_wasCurrentVisible = viewport()->rect().intersects(visualRect(currentIndex()));
+    const bool isKept =
+        why == QAbstractItemModel::NoLayoutChangeHint && verticalScrollBar()->value() > 0;
+    m_top = isKept ? m_jobs.index(rowAt(0), JobModel::Name) : QModelIndex();
+}
+
+// The current row, if it was in view, stays in view, wherever it moves.
 void JobTable::keepPlace()
 {
+    if (m_top.isValid()) {
+        executeDelayedItemsLayout();
+        verticalScrollBar()->setValue(m_top.row());
+    }
+    m_top = QModelIndex();
     if (m_wasCurrentVisible && currentIndex().isValid()) {
         scrollTo(currentIndex());
     }

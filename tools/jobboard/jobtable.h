@@ -37,10 +37,12 @@ Q_SIGNALS:
 
 private:
     void setUpHeader();
+    void notePlace(QAbstractItemModel::LayoutChangeHint why);
     void keepPlace();
 
     JobModel &m_jobs;
     bool m_wasCurrentVisible = false;
+    QPersistentModelIndex m_top;  // row that stays at the top
 };
 
 #endif

@@ -11,11 +11,14 @@
 #include "xmlpacketable.h"
 #include "xmlrouter.h"
 
+#include "tqstorewatch.h"
+
 #include <QCoreApplication>
 
 namespace {
 
 constexpr size_t BATCH = 1000;  // rows that the window takes at a time
+constexpr int MAX_BATCHES = 8;  // on their way
 
 JobRow jobOf(const ReadItem &item)
 {
@@ -84,7 +87,7 @@ struct Reader::Session
     ItemAgent items;
 };
 
-Reader::Reader(const QByteArray &url) : m_url(url) {}
+Reader::Reader(const QByteArray &url) : m_url(url), m_room(MAX_BATCHES) {}
 
 Reader::~Reader() = default;
 
@@ -93,6 +96,10 @@ QString Reader::open()
 {
     if (m_session && m_session->server.getConnectedHostname()) {
         return QString();
+    }
+    if (!m_watch) {  // before anything is read, so that no change is missed
+        m_watch =
+            std::make_unique<TQStoreWatch>(m_url.constData(), [this] { Q_EMIT storeChanged(); });
     }
     m_session.reset();
     m_items.clear();
@@ -189,13 +196,19 @@ QString Reader::takeJobs(const XMLPacket &reply)
     RowReader reader([this, &rows](const ReadItem &item) {
         rows.push_back(jobOf(item));
         if (rows.size() == BATCH) {
-            Q_EMIT jobsRead(m_run, rows);
+            hand(rows);
             rows.clear();
         }
     });
     reply.write(&reader);
-    Q_EMIT jobsRead(m_run, rows);
+    hand(rows);
     return reader.isWhole() ? QString() : tr("a reply cannot be read");
+}
+
+void Reader::hand(const JobRows &rows)
+{
+    m_room.acquire();
+    Q_EMIT jobsRead(m_run, rows);
 }
 
 void Reader::checkServed(const QString &error)

@@ -5,10 +5,12 @@
 #include "rows.h"
 
 #include <QObject>
+#include <QSemaphore>
 
 #include <deque>
 #include <memory>
 
+class TQStoreWatch;
 class XMLPacket;
 
 /// Reads the store, in a thread of its own: has the connection, the router and the agents, and
@@ -33,6 +35,10 @@ public:
     void stop();
     void readItem(const TQKEY_ELEMENT &key, const QString &name);
 
+    /// Says from any thread that rows of jobsRead() were taken. Without that the reader waits, so
+    /// that rows do not pile up.
+    void taken(int batches = 1) { m_room.release(batches); }
+
 Q_SIGNALS:
     void sourcesRead(int run, const Sources &sources);
     void jobsRead(int run, const JobRows &rows);
@@ -42,6 +48,8 @@ Q_SIGNALS:
     void loaded(int run, const QString &error);
     void itemRead(const Item &item);
     void packetPassed(const PacketRecord &record);
+    /// Somebody else changed the store, or may have.
+    void storeChanged();
 
 private:
     struct Session;
@@ -52,12 +60,15 @@ private:
     void takeReply(int type, const XMLPacket &reply);
     QString takeSources(Source::Kind kind, const XMLPacket &reply);
     QString takeJobs(const XMLPacket &reply);
+    void hand(const JobRows &rows);
     void checkServed(const QString &error);
     void takeItem(const XMLPacket &reply);
     void end(const QString &error);
 
     const QByteArray m_url;
-    std::unique_ptr<Session> m_session;  // null until opened
+    std::unique_ptr<TQStoreWatch> m_watch;  // null until opened
+    std::unique_ptr<Session> m_session;  // likewise
+    QSemaphore m_room;  // for batches that are not taken yet
     int m_run = 0;
     bool m_isLoading = false;
     int m_requests = 0;  // of this run

@@ -47,14 +47,17 @@ QString StatusLine::counts() const
                             : tr("%1 of %2 jobs").arg(shown, all);
 }
 
-// Nothing while a first load goes on, and while the jobs are up to date as far as is known.
+// Nothing while a first load goes on.
 QString StatusLine::age() const
 {
     if (!m_board.readAt().isValid()) {
         return m_board.isLoading() ? QString() : tr("not all jobs are loaded");
     }
-    const qint64 minutes = m_board.readAt().secsTo(QDateTime::currentDateTime()) / MINUTE;
     const QString time = QLocale().toString(m_board.readAt().time(), QLocale::ShortFormat);
+    if (m_board.problem().isEmpty()) {
+        return tr("updated %1").arg(time);  // and nothing has changed since
+    }
+    const qint64 minutes = m_board.readAt().secsTo(QDateTime::currentDateTime()) / MINUTE;
     return minutes < 1 ? tr("as of %1").arg(time)
                        : tr("as of %1, %2 min ago").arg(time, QLocale().toString(minutes));
 }
