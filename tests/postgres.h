@@ -56,6 +56,9 @@ public:
             QProcess::execute(str("pg_isready"), { str("-q") }) != 0) {}
         return m_process.state() == QProcess::Running;
     }
+    /// Stops those who serve a database in the middle of what they do, or lets them continue.
+    static void pause(const char *database) { signal("STOP", database); }
+    static void resume(const char *database) { signal("CONT", database); }
     static bool isInstalled()
     {
         return !QStandardPaths::findExecutable(str("initdb")).isEmpty() ||
@@ -69,6 +72,13 @@ public:
     }
 
 private:
+    static void signal(const char *what, const char *database)
+    {
+        const char *script = R"(kill -s $0 $(psql -At -d postgres -c \
+            "SELECT pid FROM pg_stat_activity WHERE datname = '$1'"))";
+        QProcess::execute(str("sh"), { str("-c"), str(script), str(what), str(database) });
+    }
+
     QTemporaryDir m_folder;
     QProcess m_process;
 };

@@ -6,6 +6,7 @@
 #include "language.h"
 #include "look.h"
 #include "mainwindow.h"
+#include "postgres.h"
 #include "statusline.h"
 #include "troublebar.h"
 #include "util.h"
@@ -124,6 +125,7 @@ private Q_SLOTS:
     void aStoreThatCannotBeOpenedIsTriedAgain();
     void aStoppedLoadSaysSo();
     void aSilentServerCostsAMessageOnly();
+    void afterAStuckRequestRetryWorks();
     void everythingIsReachedByKeys();
     void everyPaneHasANameForScreenReaders();
     void germansReadGerman();
@@ -142,6 +144,12 @@ private:
         return QTest::qWaitFor([this] { return !window->board().isLoading(); }, LONG);
     }
     bool reload() { return trigger(actions()->reload), load(); }
+
+    void retry() const
+    {
+        QTest::mouseClick(
+            window->findChild<TroubleBar *>()->findChild<QPushButton *>(), Qt::LeftButton);
+    }
 
     Actions *actions() const { return window->findChild<Actions *>(); }
     void trigger(QAction *action) const { action->trigger(); }
@@ -383,7 +391,7 @@ void tst_JobBoard::aFailedReloadKeepsWhatWasThere()
     QVERIFY(status().startsWith(str("573 of 573 jobs – as of ")));
     QCOMPARE(names() + rows(sources(), 2), before);
     mend("tq_job");
-    QTest::mouseClick(window->findChild<QPushButton *>(), Qt::LeftButton);  // Retry
+    retry();
     QVERIFY(load());
     QCOMPARE(trouble(), QString());
     QVERIFY(status().startsWith(str("458 of 458 jobs – updated ")));
@@ -425,6 +433,42 @@ void tst_JobBoard::aSilentServerCostsAMessageOnly()
     QCOMPARE(search()->text(), str("still here"));
     server.end();
     QTRY_VERIFY_WITH_TIMEOUT(trouble().startsWith(str("Loading failed: ")), LONG);
+}
+
+void tst_JobBoard::afterAStuckRequestRetryWorks()
+{
+    if (!PostgresServer::isInstalled()) {
+        QTest::qSkip("PostgreSQL is not installed", __FILE__, __LINE__);
+        return;
+    }
+    const QString silence = str("The server has not answered for ");
+    PostgresServer server;
+    QVERIFY(server.start());
+    const QByteArray shop = PostgresServer::url("shop");
+    std::string error;
+    QVERIFY(TQCreateSampleStore(shop.constData(), {}, error));
+    open(shop);
+    QVERIFY(load());
+    server.pause("shop");
+    trigger(actions()->reload);
+    QTRY_VERIFY_WITH_TIMEOUT(trouble().startsWith(silence), 3 * Board::PATIENCE);
+    trigger(actions()->stop);
+    QCOMPARE(trouble(), str("Loading was stopped."));
+    retry();
+    QTRY_VERIFY_WITH_TIMEOUT(trouble().startsWith(silence), 3 * Board::PATIENCE);
+    QCOMPARE(names().size(), 573);
+    server.resume("shop");
+    QTRY_COMPARE_WITH_TIMEOUT(trouble(), QString(), LONG);
+
+    server.pause("shop");
+    trigger(actions()->reload);
+    QTRY_VERIFY_WITH_TIMEOUT(trouble().startsWith(silence), 3 * Board::PATIENCE);
+    server.stop();
+    QTRY_VERIFY_WITH_TIMEOUT(trouble().startsWith(str("Loading failed: ")), LONG);
+    QVERIFY(server.start());
+    retry();
+    QTRY_COMPARE_WITH_TIMEOUT(trouble(), QString(), LONG);
+    QCOMPARE(names().size(), 573);
 }
 
 void tst_JobBoard::everythingIsReachedByKeys()
