@@ -77,6 +77,49 @@ double contrast(const QColor &a, const QColor &b)
     return (lighter + 0.05) / (darker + 0.05);
 }
 
+// The jobs as lines.
+QStringList contentOf(const JobRows &rows)
+{
+    QStringList lines;
+    for (const JobRow &row : rows) {
+        lines << str("%1 %2 %3 %4").arg(row.key.key).arg(row.name, row.output).arg(row.state);
+    }
+    return sorted(lines);
+}
+
+QStringList contentOf(const JobStore &store)
+{
+    JobRows rows;
+    for (size_t place = 0; place < store.places(); ++place) {
+        if (store.isUsed(place)) {
+            const JobStore::Job &job = store.job(place);
+            rows.emplace_back();
+            rows.back().key = job.key;
+            rows.back().name = store.texts().text(job.name);
+            rows.back().output = store.texts().text(job.output);
+            rows.back().state = job.state;
+        }
+    }
+    return contentOf(rows);
+}
+
+// Removes some, and gives others and new ones values that no job had before.
+void changeSomeJobs(std::map<unsigned, JobRow> &jobs, QRandomGenerator &random)
+{
+    for (int change = 0; change < 20; ++change) {
+        const unsigned id = random.bounded(1U, 100U);
+        if (random.bounded(3) == 0) {
+            jobs.erase(id);
+            continue;
+        }
+        JobRow &row = jobs[id];
+        row.key = { id, PACKETDATATYPE_JOB };
+        row.name = QString::number(random.generate(), 36) + str(" x");
+        row.output = str("Output %1").arg(random.bounded(3));
+        row.state = int(random.bounded(3));
+    }
+}
+
 // A server that takes connections and never says a word.
 class SilentServer
 {
@@ -121,6 +164,7 @@ private Q_SLOTS:
     void aJobThatCannotBeReadSaysWhyUntilItCan();
     void aReloadKeepsPlaceAndChoice();
     void aChangeOfTheStoreIsShownByItself();
+    void aReloadLeavesWhatWasReadAndNothingElse();
     void aFailedReloadKeepsWhatWasThere();
     void aStoreThatCannotBeOpenedIsTriedAgain();
     void aStoppedLoadSaysSo();
@@ -379,6 +423,39 @@ void tst_JobBoard::aChangeOfTheStoreIsShownByItself()
     QCOMPARE(selected, chosen);
     QCOMPARE(jobs()->indexAt({ 0, 0 }).data().toString(), before[45]);
     QTRY_VERIFY(status().contains(str(" of 571 jobs – updated ")));
+}
+
+// Against a plain map, over random changes.
+void tst_JobBoard::aReloadLeavesWhatWasReadAndNothingElse()
+{
+    const quint32 seed = QRandomGenerator::global()->generate();
+    const QByteArray saidSeed = "seed " + QByteArray::number(seed);
+    QRandomGenerator random(seed);
+    const Sources outputs { { Source::Output, str("Output 1"), { 1, 8 } } };
+    JobStore store;
+    std::map<unsigned, JobRow> model;  // by the number of the job
+    for (int reload = 0; reload < 200; ++reload) {
+        changeSomeJobs(model, random);
+        JobRows rows;
+        for (const auto &job : model) {
+            rows.push_back(job.second);
+        }
+        std::shuffle(rows.begin(), rows.end(), random);
+        JobChanges changes(store);
+        changes.add(outputs);
+        changes.add(rows);
+        QVERIFY2(changes.apply(), saidSeed.constData());
+        QVERIFY2(contentOf(store) == contentOf(rows), saidSeed.constData());
+        store.texts().rank();
+        const auto isOnOne = [](const JobRow &row) { return row.output == str("Output 1"); };
+        QCOMPARE(store.entries(Source::Output).front().count,
+            int(std::count_if(rows.begin(), rows.end(), isOnOne)));
+        JobChanges same(store);
+        same.add(outputs);
+        same.add(rows);
+        QVERIFY2(!same.apply(), saidSeed.constData());
+    }
+    QVERIFY2(store.texts().beginnings() < 1500, saidSeed.constData());  // of 2600
 }
 
 void tst_JobBoard::aFailedReloadKeepsWhatWasThere()

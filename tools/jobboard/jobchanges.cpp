@@ -56,7 +56,9 @@ bool JobChanges::apply()
         }
         m_changes.pop_front();
     }
-    return removeUnseen() || isChanged;
+    isChanged = removeUnseen() || isChanged;
+    m_store.forgetTexts();
+    return isChanged;
 }
 
 // After the others were added: their places are not to be used again before they are shown nowhere.

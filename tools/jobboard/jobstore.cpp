@@ -5,6 +5,8 @@
 
 namespace {
 
+constexpr size_t SPARE_BEGINNINGS = 1000;
+
 Label labelOf(quint64 identity) { return { quint32(identity >> 32), quint32(identity) }; }
 
 }  // namespace
@@ -91,6 +93,43 @@ bool JobStore::setSources(SourceNames sources)
     const bool isSame = sources.outputs == m_sources.outputs && sources.titles == m_sources.titles;
     m_sources = std::move(sources);
     return !isSame;
+}
+
+template<typename Change>
+void JobStore::changeLabels(Change change)
+{
+    for (Job &job : m_jobs) {
+        for (Label Job::*label :
+            { &Job::name, &Job::output, &Job::publication, &Job::colours, &Job::created }) {
+            change(job.*label);
+        }
+    }
+    for (auto &output : m_sources.outputs) {
+        change(output.first);
+    }
+    for (Label &title : m_sources.titles) {
+        change(title);
+    }
+}
+
+void JobStore::forgetTexts()
+{
+    if (m_texts.beginnings() < m_beginnings * 2 + SPARE_BEGINNINGS) {
+        return;
+    }
+    std::vector<bool> isKept(m_texts.beginnings());
+    changeLabels([&isKept](const Label &label) { isKept[label.beginning] = true; });
+    const std::vector<quint32> numbers = m_texts.keep(isKept);
+    changeLabels([&numbers](Label &label) { label.beginning = numbers[label.beginning]; });
+    m_beginnings = m_texts.beginnings();
+    for (QHash<quint64, int> *counts : { &m_ofOutput, &m_ofPublication, &m_ofBook }) {
+        counts->clear();
+    }
+    for (size_t place = 0; place < places(); ++place) {
+        if (isUsed(place)) {
+            count(m_jobs[place], 1);
+        }
+    }
 }
 
 std::vector<JobStore::Entry> JobStore::outputs() const

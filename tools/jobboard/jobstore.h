@@ -51,6 +51,9 @@ public:
     /// False if the sources are those that it has.
     bool setSources(SourceNames sources);
 
+    /// Forgets texts that are not needed any more, if they are many.
+    void forgetTexts();
+
     /// Adds the texts of a row or of sources, and no more.
     Job pack(const JobRow &row);
     void pack(const Sources &sources, SourceNames &names);
@@ -73,8 +76,11 @@ private:
     std::vector<Entry> publications() const;
     std::vector<Entry> books() const;
     void count(const Job &job, int change);
+    template<typename Change>
+    void changeLabels(Change change);
 
     Texts m_texts;
+    size_t m_beginnings = 0;  // of the texts, when some were last forgotten
     std::deque<Job> m_jobs;  // which is never copied to grow
     std::vector<size_t> m_free;  // places without a job
     SourceNames m_sources;

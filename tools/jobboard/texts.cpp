@@ -104,6 +104,20 @@ void Texts::rank()
     }
 }
 
+std::vector<quint32> Texts::keep(const std::vector<bool> &beginnings)
+{
+    Texts kept;
+    std::vector<quint32> numbers(beginnings.size());
+    for (size_t i = 0; i < beginnings.size(); ++i) {
+        if (beginnings[i]) {
+            numbers[i] = kept.addBeginning(m_beginnings[i]);
+        }
+    }
+    kept.rank();
+    *this = std::move(kept);
+    return numbers;
+}
+
 QString Texts::folded(const QString &text)
 {
     QString folded;

@@ -20,7 +20,7 @@ struct Label
 };
 
 /// Texts, each beginning kept once, in the order in which people expect them: case and accents
-/// ignored, numbers by value. Never forgets one.
+/// ignored, numbers by value.
 class Texts
 {
 public:
@@ -38,6 +38,10 @@ public:
     {
         return quint64(m_ranks[label.beginning]) << 32 | label.ending;
     }
+
+    /// Forgets all beginnings but some, by their numbers; returns the new numbers of those, by the
+    /// old ones.
+    std::vector<quint32> keep(const std::vector<bool> &beginnings);
 
     /// Without case and accents.
     static QString folded(const QString &text);
