@@ -1,13 +1,8 @@
 #include "packetlog.h"
 
-#include "xmlagent.h"
-#include "xmlpacket.h"
-
 #include <QCoreApplication>
-#include <QIODevice>
 
 #include <algorithm>
-#include <chrono>
 
 namespace TQXmlInternal {
 
@@ -15,55 +10,12 @@ namespace {
 
 constexpr int BRIDGE = -1;
 
-// Writing texts may take this much of each slice of time, in microseconds.
-constexpr qint64 SLICE = 50000;
-constexpr qint64 MAX_SPENT = 20000;
-
-qint64 now()
-{
-    const auto time = std::chrono::system_clock::now().time_since_epoch();
-    return std::chrono::duration_cast<std::chrono::microseconds>(time).count();
-}
-
 qint64 bytesOf(const PacketRecord &record)
 {
     return qint64(sizeof(PacketRecord)) + record.text.size();
 }
 
-// Counts all bytes that are written but keeps only the first ones, so that the text of a huge
-// packet need not fit into memory.
-class Beginning : public QIODevice
-{
-public:
-    explicit Beginning(QByteArray &kept) : m_kept(kept)
-    {
-        m_kept.resize(0);
-        open(QIODevice::WriteOnly | QIODevice::Unbuffered);
-    }
-    qint64 written = 0;
-
-protected:
-    qint64 readData(char *, qint64) override { return -1; }
-    qint64 writeData(const char *data, qint64 length) override
-    {
-        const qint64 room = PacketLog::MAX_TEXT - m_kept.size();
-        m_kept.append(data, int(std::min(length, room)));
-        written += length;
-        return length;
-    }
-
-private:
-    QByteArray &m_kept;
-};
-
 }  // namespace
-
-static_assert(int(PacketRecord::SourceUnknown) + XMLRouterObserver::DROP_EQUALS_LAST ==
-        PacketRecord::EqualsLast &&
-    int(PacketRecord::SourceUnknown) + XMLRouterObserver::DROP_SENT_ALREADY ==
-        PacketRecord::SentAlready);
-
-PacketLog::PacketLog() { m_buffer.reserve(4096); }
 
 const PacketRecord *PacketLog::find(qint64 number) const
 {
@@ -117,6 +69,7 @@ void PacketLog::dropOldest()
 
 void PacketLog::clear()
 {
+    takeQueued();
     m_first = end();
     m_records.clear();
     m_requests.clear();
@@ -134,83 +87,60 @@ QString PacketLog::agentName(int agentID) const
                              : QCoreApplication::translate("XMLMonitor", "agent %1").arg(agentID);
 }
 
-bool PacketLog::hasTime(qint64 time)
+void PacketLog::take(PacketEvent event)
 {
-    if (time / SLICE != m_slice) {
-        m_slice = time / SLICE;
-        m_spent = 0;
+    const PacketRecord::State state = event.record.state;
+    if (state == PacketRecord::Delivered || state == PacketRecord::Lost) {
+        return settle(event);
     }
-    return m_spent < MAX_SPENT;
-}
-
-PacketRecord PacketLog::describe(const XMLPacket &packet)
-{
-    PacketRecord record;
-    record.time = now();
-    record.source = packet.getSourceAgentID();
-    record.destination = packet.getDestinationAgentID();
-    if (!hasTime(record.time)) {
-        record.kind = PacketRecord::NotKept;
+    if (m_isPaused) {
+        m_missed += event.record.isPacket() ? 1 : 0;
+        return tellListener();
+    }
+    if (event.record.kind == PacketRecord::NotKept) {
         ++m_textless;
-        return record;
     }
-    Beginning beginning(m_buffer);
-    packet.write(&beginning);
-    record.text = QByteArray(m_buffer.constData(), m_buffer.size());
-    record.size = beginning.written;
-    record.kind = PacketRecord::kindOf(record.text);
-    m_spent += now() - record.time;
-    return record;
+    if (state == PacketRecord::Waiting) {
+        const qint64 request = takeRequest(event.record);
+        if (request >= 0) {
+            pair(event.record, request);
+        }
+        m_queued.insert(event.packet, end());
+    }
+    append(event.record);
 }
 
-void PacketLog::packetSent(const XMLPacket &packet)
+void PacketLog::takeQueued()
 {
-    if (m_isPaused) {
-        ++m_missed;
-        return tellListener();
+    PacketQueue::Events waiting = m_queue->take();
+    m_dropped += waiting.dropped;
+    for (PacketEvent &event : waiting.events) {
+        take(std::move(event));
     }
-    PacketRecord record = describe(packet);
-    const qint64 request = takeRequest(record);
-    if (request >= 0) {
-        pair(record, request);
-    }
-    m_queued.insert(&packet, end());
-    append(record);
 }
 
-void PacketLog::packetDropped(const XMLPacket &packet, DROP reason)
+void PacketLog::setPaused(bool isPaused)
 {
-    if (m_isPaused) {
-        ++m_missed;
-        return tellListener();
-    }
-    PacketRecord record = describe(packet);
-    record.state = PacketRecord::State(int(PacketRecord::SourceUnknown) + reason);
-    append(record);
+    takeQueued();
+    m_isPaused = isPaused;
+    m_queue->setIdle(isPaused);
 }
 
 // Marks the record of a packet that left the queue.
-void PacketLog::settle(const XMLPacket &packet, PacketRecord::State state)
+void PacketLog::settle(const PacketEvent &event)
 {
-    m_current = m_queued.contains(&packet) ? m_queued.take(&packet) : -1;
+    m_current = m_queued.contains(event.packet) ? m_queued.take(event.packet) : -1;
     PacketRecord *record = at(m_current);
     if (!record) {
         return;
     }
-    record->state = state;
-    record->delivery = now() - record->time;
+    record->state = event.record.state;
+    record->delivery = event.record.time - record->time;
     noteChange(m_current);
     if (record->kind == PacketRecord::Action && record->destination != BRIDGE) {
         m_requests[{ record->source, record->destination }].push_back(m_current);
     }
 }
-
-void PacketLog::packetDelivered(const XMLPacket &packet, const XMLAgent &)
-{
-    settle(packet, PacketRecord::Delivered);
-}
-
-void PacketLog::packetLost(const XMLPacket &packet) { settle(packet, PacketRecord::Lost); }
 
 // The number of the packet that this one replies to, or -1. That is the packet that its sender is
 // receiving now, or else the oldest action that the sender got from the destination and has not
@@ -260,34 +190,6 @@ void PacketLog::noteChange(qint64 number)
     }
     m_changed.push_back(number);
     tellListener();
-}
-
-void PacketLog::addAgent(PacketRecord::State state, int agentID, int agentType)
-{
-    PacketRecord record;
-    record.time = now();
-    record.source = agentID;
-    record.destination = agentType;
-    record.state = state;
-    record.kind = PacketRecord::Agent;
-    if (!m_isPaused) {
-        append(record);
-    }
-}
-
-void PacketLog::agentAdded(int agentID, int agentType)
-{
-    addAgent(PacketRecord::AgentAdded, agentID, agentType);
-}
-
-void PacketLog::agentRemoved(int agentID, int agentType)
-{
-    addAgent(PacketRecord::AgentRemoved, agentID, agentType);
-}
-
-void PacketLog::agentSupplied(int agentID, int agentType)
-{
-    addAgent(PacketRecord::AgentSupplied, agentID, agentType);
 }
 
 }  // namespace TQXmlInternal

@@ -1,13 +1,14 @@
 #ifndef TQXML_MONITOR_PACKETLOG_H
 #define TQXML_MONITOR_PACKETLOG_H
 
-#include "packetrecord.h"
-#include "xmlrouterobserver.h"
+#include "packetqueue.h"
+#include "packetwitness.h"
 
 #include <QHash>
 
 #include <deque>
 #include <functional>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -15,14 +16,11 @@ namespace TQXmlInternal {
 
 // Records what it is told of a router, in bounded memory and bounded time. Records are numbered in
 // the order of recording; when there is no room, the oldest ones are dropped.
-class PacketLog : public XMLRouterObserver
+class PacketLog : public PacketWitness
 {
 public:
     static constexpr int MAX_RECORDS = 50000;
     static constexpr qint64 MAX_BYTES = 64 << 20;  // of all records
-    static constexpr int MAX_TEXT = 1 << 20;  // bytes kept of one packet
-
-    PacketLog();
 
     // Numbers of the oldest record and of the next one.
     qint64 first() const { return m_first; }
@@ -38,7 +36,7 @@ public:
     // The next numbers go on. What was dropped is forgotten, too.
     void clear();
     // A paused log counts packets, and records nothing.
-    void setPaused(bool isPaused) { m_isPaused = isPaused; }
+    void setPaused(bool isPaused);
     bool isPaused() const { return m_isPaused; }
 
     qint64 bytes() const { return m_bytes; }
@@ -50,23 +48,20 @@ public:
     const QHash<int, QString> &agentNames() const { return m_agentNames; }
     QString agentName(int agentID) const;
 
-    void packetSent(const XMLPacket &packet) override;
-    void packetDropped(const XMLPacket &packet, DROP reason) override;
-    void packetDelivered(const XMLPacket &packet, const XMLAgent &agent) override;
-    void packetLost(const XMLPacket &packet) override;
-    void agentAdded(int agentID, int agentType) override;
-    void agentRemoved(int agentID, int agentType) override;
-    void agentSupplied(int agentID, int agentType) override;
+    // For the observers of routers in other threads. What they tell is recorded by takeQueued().
+    const std::shared_ptr<PacketQueue> &queue() const { return m_queue; }
+    void takeQueued();
+
+protected:
+    void take(PacketEvent event) override;
+    bool isIdle() const override { return m_isPaused; }
 
 private:
     using Way = std::pair<int, int>;  // ids of source and destination
 
-    PacketRecord describe(const XMLPacket &packet);
-    bool hasTime(qint64 now);
     PacketRecord *at(qint64 number);
     void dropOldest();
-    void addAgent(PacketRecord::State state, int agentID, int agentType);
-    void settle(const XMLPacket &packet, PacketRecord::State state);
+    void settle(const PacketEvent &event);
     qint64 takeRequest(const PacketRecord &reply);
     void pair(PacketRecord &reply, qint64 number);
     void noteChange(qint64 number);
@@ -86,9 +81,7 @@ private:
     QHash<const XMLPacket *, qint64> m_queued;  // numbers; the packets are only compared
     QHash<Way, std::deque<qint64>> m_requests;  // delivered, without a reply so far
     qint64 m_current = -1;  // number of the packet that was delivered last
-    qint64 m_slice = 0;  // of time, in which texts were written for m_spent microseconds
-    qint64 m_spent = 0;
-    QByteArray m_buffer;  // for writing
+    const std::shared_ptr<PacketQueue> m_queue = std::make_shared<PacketQueue>();
 };
 
 }  // namespace TQXmlInternal

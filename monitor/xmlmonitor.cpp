@@ -19,11 +19,13 @@
 #include <QLocale>
 #include <QSaveFile>
 #include <QSplitter>
+#include <QStyledItemDelegate>
 #include <QTableView>
 #include <QTextBlock>
 #include <QToolButton>
 
 #include <algorithm>
+#include <cmath>
 
 using namespace TQXmlInternal;
 
@@ -44,6 +46,46 @@ const char *const KINDS[] = { QT_TRANSLATE_NOOP("XMLMonitor", "everything"),
     QT_TRANSLATE_NOOP("XMLMonitor", "images"), QT_TRANSLATE_NOOP("XMLMonitor", "not delivered"),
     QT_TRANSLATE_NOOP("XMLMonitor", "agents") };
 static_assert(std::size(KINDS) == PacketFilter::Agents + 1, "one text a kind");
+
+constexpr double READABLE = 4.5;  // least contrast of a text
+
+double luminance(const QColor &colour)
+{
+    const auto linear = [](double part) {
+        return part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * linear(colour.redF()) + 0.7152 * linear(colour.greenF()) +
+        0.0722 * linear(colour.blueF());
+}
+
+double contrast(const QColor &a, const QColor &b)
+{
+    const auto [darker, lighter] = std::minmax({ luminance(a), luminance(b) });
+    return (lighter + 0.05) / (darker + 0.05);
+}
+
+// Draws rows. Many palettes have a highlight on which the text of a selected row is hard to read;
+// this one takes another shade of it then.
+class RowDelegate : public QStyledItemDelegate
+{
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+protected:
+    void initStyleOption(QStyleOptionViewItem *option, const QModelIndex &index) const override
+    {
+        constexpr int STEP = 105;  // per cent
+        constexpr int MAX_STEPS = 40;
+        QStyledItemDelegate::initStyleOption(option, index);
+        const QColor text = option->palette.color(QPalette::HighlightedText);
+        const bool isTextLight = luminance(text) > 0.18;  // contrasts with black as with white
+        QColor ground = option->palette.color(QPalette::Highlight);
+        for (int i = 0; i < MAX_STEPS && contrast(text, ground) < READABLE; ++i) {
+            ground = isTextLight ? ground.darker(STEP) : ground.lighter(STEP);
+        }
+        option->palette.setColor(QPalette::Highlight, ground);
+    }
+};
 
 QString numberText(qint64 number) { return QLocale().toString(number); }
 
@@ -74,12 +116,17 @@ XMLMonitor::XMLMonitor(XMLRouter *router, QWidget *parent)
     column->addWidget(m_status);
     connectFields();
     m_log->setListener([this] { m_refresh.start(REFRESH_DELAY); });
+    m_log->queue()->setReceiver([this] {
+        QMetaObject::invokeMethod(
+            this, [this] { m_refresh.start(REFRESH_DELAY); }, Qt::QueuedConnection);
+    });
     setRouter(router);
     refresh();
 }
 
 XMLMonitor::~XMLMonitor()
 {
+    m_log->queue()->close();
     setRouter(nullptr);
     m_list->setModel(nullptr);  // the log is gone before the children
 }
@@ -160,6 +207,7 @@ QWidget *XMLMonitor::makeList()
     m_list->setObjectName(QStringLiteral("packets"));
     m_list->setAccessibleName(tr("Packets"));
     m_list->setModel(m_shown);
+    m_list->setItemDelegate(new RowDelegate(m_list));
     m_list->setSelectionBehavior(QAbstractItemView::SelectRows);
     m_list->setTabKeyNavigation(false);
     m_list->setAlternatingRowColors(true);
@@ -247,6 +295,11 @@ void XMLMonitor::setRouter(XMLRouter *router)
     }
 }
 
+std::unique_ptr<XMLRouterObserver> XMLMonitor::makeObserver()
+{
+    return std::make_unique<PacketRelay>(m_log->queue());
+}
+
 void XMLMonitor::setAgentName(int agentID, const QString &name)
 {
     m_log->setAgentName(agentID, name);
@@ -276,7 +329,9 @@ void XMLMonitor::setFollowing(bool isFollowing)
 void XMLMonitor::refresh()
 {
     const int before = m_shown->rowCount();
+    m_log->takeQueued();
     m_model->sync();
+    m_refresh.stop();  // all is shown
     if (m_follow->isChecked() && (before != m_shown->rowCount() || !m_list->isVisible())) {
         m_list->scrollToBottom();
     }

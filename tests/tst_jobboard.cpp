@@ -1,4 +1,5 @@
 #include "actions.h"
+#include "contrast.h"
 #include "detailpane.h"
 #include "itemfields.h"
 #include "jobtable.h"
@@ -59,22 +60,6 @@ QStringList sorted(QStringList list)
 {
     list.sort();
     return list;
-}
-
-double luminance(const QColor &colour)
-{
-    const auto linear = [](double part) {
-        return part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
-    };
-    return 0.2126 * linear(colour.redF()) + 0.7152 * linear(colour.greenF()) +
-        0.0722 * linear(colour.blueF());
-}
-
-double contrast(const QColor &a, const QColor &b)
-{
-    const double lighter = std::max(luminance(a), luminance(b));
-    const double darker = std::min(luminance(a), luminance(b));
-    return (lighter + 0.05) / (darker + 0.05);
 }
 
 // The jobs as lines.
@@ -688,12 +673,12 @@ void tst_JobBoard::textsStandOutInBothThemes()
         const QPalette palette = QApplication::palette();
         for (const auto &[text, ground] : pairs) {
             const double found = contrast(palette.color(text), palette.color(ground));
-            QVERIFY2(found >= 4.5, qPrintable(str("%1 on %2").arg(text).arg(ground)));
+            QVERIFY2(found >= READABLE, qPrintable(str("%1 on %2").arg(text).arg(ground)));
         }
         for (int state = 0; state < stateNames().size(); ++state) {
             const auto mark = stateColour(state).value<QColor>();
             QVERIFY2(
-                contrast(mark, palette.color(QPalette::Base)) >= 4.5, qPrintable(stateName(state)));
+                contrast(mark, palette.color(QPalette::Base)) >= READABLE, qPrintable(stateName(state)));
         }
     }
     setTheme(Theme::Light);

@@ -1,3 +1,4 @@
+#include "contrast.h"
 #include "packetfile.h"
 #include "packetlog.h"
 #include "packetmodel.h"
@@ -8,6 +9,10 @@
 #include "xmlview.h"
 
 #include <QtWidgets>
+
+#include <atomic>
+#include <optional>
+#include <thread>
 
 using namespace TQXmlInternal;
 
@@ -92,15 +97,21 @@ private Q_SLOTS:
     void memoryIsBounded();
     void aLongTextIsCut();
     void aFileHoldsEverything();
+    void aFileIsValid();
     void aFileThatIsNoneIsRefused();
 
     void keysOperateEverything();
+    void keysSaveAndOpen();
+    void aRouterOfAnotherThreadIsShown();
+    void anObserverOfAnotherThreadMayOutliveTheMonitor();
+    void aStuckWindowCostsBoundedMemory();
     void filtersNarrowTheList();
     void whatWasMissedIsSaid();
     void everythingHasAName();
     void anElementIsFoldedIntoItsFirstLine();
     void aBurstDoesNotFreezeTheWindow();
     void bothThemes();
+    void aSelectedRowIsReadable();
 };
 
 void tst_Monitor::requestAndReplyArePaired()
@@ -261,6 +272,34 @@ void tst_Monitor::aFileHoldsEverything()
     QCOMPARE(copied.record(0)->partner, copy.first() + log.find(0)->partner);
 }
 
+void tst_Monitor::aFileIsValid()
+{
+    const QString xmllint = QStandardPaths::findExecutable(str("xmllint"));
+    if (xmllint.isEmpty()) {
+        QTest::qSkip("xmllint is not installed", __FILE__, __LINE__);
+        return;
+    }
+    PacketLog log;
+    Site site;
+    site.router.setObserver(&log);
+    log.setAgentName(1, str("Job <list>"));
+    site.ask("list");
+    site.say(1, 99, "to nobody");
+    site.say(99, 1, "from a stranger");
+    site.router.send();
+    site.router.remove(&site.agents[1]);
+    QTemporaryFile file;
+    QVERIFY(file.open());
+    QVERIFY(writePackets(log, file));
+    file.close();
+    QProcess check;
+    check.setProcessChannelMode(QProcess::MergedChannels);
+    check.start(xmllint, { str("--noout"), str("--relaxng"), str(TQXML_SCHEMA), file.fileName() });
+    QVERIFY(check.waitForFinished());
+    const QByteArray said = check.readAll();
+    QVERIFY2(check.exitCode() == 0, said.constData());
+}
+
 void tst_Monitor::aFileThatIsNoneIsRefused()
 {
     PacketLog log;
@@ -289,6 +328,10 @@ struct Window
     Window() : monitor(&site.router)
     {
         monitor.show();
+        activate();
+    }
+    void activate()
+    {
         monitor.activateWindow();
         if (!QTest::qWaitForWindowActive(&monitor)) {
             qFatal("the window does not become active");
@@ -345,6 +388,99 @@ void tst_Monitor::keysOperateEverything()
     QTRY_VERIFY(window.status().endsWith(str("paused, 1 not recorded")));
     window.press(Qt::Key_L, Qt::ControlModifier);
     QVERIFY(window.hasRows(0));
+}
+
+// Answers the file dialog that opens next.
+void answerDialog(const QString &fileName)
+{
+    auto *wait = new QTimer(qApp);
+    QObject::connect(wait, &QTimer::timeout, wait, [wait, fileName] {
+        if (auto *dialog = qobject_cast<QFileDialog *>(QApplication::activeModalWidget())) {
+            wait->deleteLater();
+            auto *field = dialog->findChild<QLineEdit *>();
+            field->setText(fileName);
+            QTest::keyClick(field, Qt::Key_Return);
+        }
+    });
+    wait->start(10);
+}
+
+void tst_Monitor::keysSaveAndOpen()
+{
+    QTemporaryDir folder;
+    const QString file = folder.filePath(str("a.tqpackets"));
+    Window window;
+    window.site.say(1, 2, "kept");
+    QVERIFY(window.hasRows(1));
+    answerDialog(file);
+    window.press(Qt::Key_S, Qt::ControlModifier);
+    QVERIFY(QFile::exists(file));
+    window.activate();
+    window.press(Qt::Key_L, Qt::ControlModifier);
+    QVERIFY(window.hasRows(0));
+    answerDialog(file);
+    window.press(Qt::Key_O, Qt::ControlModifier);
+    QVERIFY(window.hasRows(1));
+    QVERIFY(window.rows().first().contains(str("message kept")));
+}
+
+void tst_Monitor::aRouterOfAnotherThreadIsShown()
+{
+    Window window;
+    window.monitor.setRouter(nullptr);
+    const auto observer = window.monitor.makeObserver();
+    std::thread([&observer] {
+        Site site;
+        site.router.setObserver(observer.get());
+        site.ask("list");
+        site.say(1, 99, "to nobody");
+        site.router.send();
+    }).join();
+    QVERIFY(window.hasRows(3));
+    QCOMPARE(window.rows(),
+        QStringList({ str("agent 1 | agent 2 | action list | 174 bytes | answered after a while"),
+            str("agent 1 | agent 99 | message to nobody | 152 bytes | lost: there is no such "
+                "agent"),
+            str("agent 2 | agent 1 | message ready | 147 bytes | reply after a while") }));
+}
+
+void tst_Monitor::anObserverOfAnotherThreadMayOutliveTheMonitor()
+{
+    std::optional<Window> window { std::in_place };
+    auto observer = window->monitor.makeObserver();
+    std::atomic<bool> isSending { false };
+    std::atomic<bool> isClosed { false };
+    std::thread thread([&] {
+        Site site;
+        site.router.setObserver(observer.get());
+        while (!isClosed) {
+            site.ask("list");
+            site.router.send();
+            isSending = true;
+        }
+        site.ask("after the end");
+        site.router.send();
+        site.router.setObserver(nullptr);
+        observer.reset();
+    });
+    QTRY_VERIFY(isSending);
+    window.reset();
+    isClosed = true;
+    thread.join();
+}
+
+void tst_Monitor::aStuckWindowCostsBoundedMemory()
+{
+    constexpr int MORE = 100;
+    PacketLog log;
+    log.queue()->setReceiver([] {});
+    PacketRelay relay(log.queue());
+    for (size_t i = 0; i < PacketQueue::MAX_EVENTS + MORE; ++i) {
+        relay.agentAdded(1, 1);
+    }
+    PacketQueue::Events waiting = log.queue()->take();
+    QCOMPARE(waiting.events.size(), PacketQueue::MAX_EVENTS);
+    QCOMPARE(waiting.dropped, MORE);
 }
 
 void tst_Monitor::filtersNarrowTheList()
@@ -488,6 +624,20 @@ void tst_Monitor::bothThemes()
     QTest::qWait(100);
     QVERIFY(window.monitor.grab().save(str("monitor-dark.png")));
     QApplication::setPalette(light);
+}
+
+void tst_Monitor::aSelectedRowIsReadable()
+{
+    Window window;
+    window.site.say(1, 2, "a");
+    QVERIFY(window.hasRows(1));
+    window.list()->selectRow(0);
+    const QRect cell = window.list()->visualRect(window.list()->model()->index(0, 1));
+    const QImage shown = window.list()->viewport()->grab().toImage();
+    const QPoint empty = (cell.topRight() - QPoint(4, -4)) * shown.devicePixelRatio();
+    const QColor text = window.list()->palette().color(QPalette::HighlightedText);
+    const double found = contrast(text, shown.pixelColor(empty));
+    QVERIFY2(found >= READABLE, qPrintable(QString::number(found)));
 }
 
 QTEST_MAIN(tst_Monitor)

@@ -2,6 +2,7 @@
 #define XMLMONITOR_H
 
 #include "tqxml_monitor_export.h"
+#include "xmlrouterobserver.h"
 
 #include <QPointer>
 #include <QTimer>
@@ -47,6 +48,12 @@ public:
     /// Observes another router, or none. The monitor becomes its observer, in place of the one
     /// before. What was recorded stays.
     void setRouter(XMLRouter *router);
+    /// An observer for a router of another thread, which the monitor then shows. The caller owns it;
+    /// it is used and destroyed in the router's thread, and may outlive the monitor. Create it in
+    /// the monitor's thread, and observe with it no more than one router.
+    ///
+    /// It never waits for the monitor's thread, and keeps at most 64 MiB of texts for it.
+    std::unique_ptr<XMLRouterObserver> makeObserver();
     /// The name that is shown for an agent; "agent 7" without one.
     void setAgentName(int agentID, const QString &name);
 
