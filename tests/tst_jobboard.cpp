@@ -610,7 +610,7 @@ void tst_JobBoard::germansReadGerman()
     QCOMPARE(rows(sources(), 1).first(), str("Alle Aufträge"));
     QCOMPARE(jobs()->cells({}).first().mid(0, 3),
         QStringList({ str("Auftrag"), str("Ausgabe"), str("Status") }));
-    QVERIFY(status().startsWith(str("573 von 573 Aufträgen – Stand ")));
+    QVERIFY(status().startsWith(str("573 von 573 Aufträgen – aktualisiert ")));
     trigger(actions()->states[2]);
     QCOMPARE(jobs()->model()->index(0, JobModel::State).data().toString(), str("In Arbeit"));
     choose(jobs(), names()[0]);

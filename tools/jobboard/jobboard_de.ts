@@ -596,6 +596,10 @@
         <source>as of %1, %2 min ago</source>
         <translation>Stand %1, vor %2 min</translation>
     </message>
+    <message>
+        <source>updated %1</source>
+        <translation>aktualisiert %1</translation>
+    </message>
 </context>
 <context>
     <name>TQXmlInternal::PacketModel</name>
