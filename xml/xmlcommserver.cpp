@@ -19,13 +19,13 @@ using namespace TQXmlInternal;
 
 namespace {
 
-// The arguments of queries. Their meaning is defined by the server library.
+// The bridge asks for the jobs of all queues, and for jobs and books in ascending order of names.
 constexpr TQQUEUE QUEUE = TQQUEUE_ALL;
 constexpr SORTTYPE SORT_BY = SORTTYPE_NAME;
 constexpr SORTORDER SORT_ORDER = SORTORDER_ASCENDING;
 
-// An owner is an output, which owns jobs, or an owner of books. The server library frees the
-// records of both kinds under this type.
+// Owners are outputs, which own jobs, and owners of books. TQPacketFreeList() gets this type for
+// the records of both.
 constexpr PACKETDATATYPES OWNER_RECORDS = PACKETDATATYPE_OUTPUT;
 
 TQLISTRECORD *asList(TQJOB *jobs) { return reinterpret_cast<TQLISTRECORD *>(jobs); }
@@ -48,8 +48,8 @@ struct RecordDeleter
 };
 using OwnedRecord = std::unique_ptr<TQLISTRECORD, RecordDeleter>;
 
-// A list of records of one type, freed at the end. append() walks only over the new records. A
-// list that links back to itself is cut after its last record.
+// A list of records of one type, freed at the end. A list that links back to itself is cut after
+// its last record.
 class RecordList
 {
 public:
@@ -71,12 +71,16 @@ public:
 
     void append(TQLISTRECORD *records)
     {
-        if (records) {
-            TQLISTRECORD *end = m_tail;
-            AddListList(&end, records);
-            m_head = m_head ? m_head : end;
-            m_tail = cutCycle(records);
+        if (!records) {
+            return;
         }
+        // AddListList() goes to the end of the list that it gets, so it gets the last record alone.
+        TQLISTRECORD *last = m_tail;
+        AddListList(&last, records);
+        if (!m_head) {
+            m_head = last;
+        }
+        m_tail = cutCycle(records);
     }
 
     bool isEmpty() const { return !m_head; }
@@ -196,11 +200,12 @@ struct Listing
 {
     PACKETDATATYPES recordType;
     PACKETDATATYPES ownerType;
+    bool freesEmptyList;  // TQPacketFreeList() is called for an empty list of owners, too
     TQLISTRECORD *(*query)(const Session &session, const TQKEY_ELEMENT &owner);
 };
-constexpr Listing BOOKS { PACKETDATATYPE_BOOK, PACKETDATATYPE_BOOKOWNER,
+constexpr Listing BOOKS { PACKETDATATYPE_BOOK, PACKETDATATYPE_BOOKOWNER, true,
     [](const Session &session, const TQKEY_ELEMENT &owner) { return session.books(owner); } };
-constexpr Listing JOBS { PACKETDATATYPE_JOB, PACKETDATATYPE_OUTPUTLIST,
+constexpr Listing JOBS { PACKETDATATYPE_JOB, PACKETDATATYPE_OUTPUTLIST, false,
     [](const Session &session, const TQKEY_ELEMENT &owner) { return session.jobs(owner); } };
 
 // The records of all keys in one list.
@@ -237,8 +242,7 @@ void forEachOwner(const Listing &listing, const Session &session, const XMLActio
         const TQKEY_ELEMENT key { owner->key, owner->hkey };
         use(RecordList(listing.recordType, listing.query(session, key)));
     }
-    // An empty list of books' owners is passed to TQPacketFreeList(), too; one of outputs is not.
-    if (!owners.isEmpty() || listing.ownerType == PACKETDATATYPE_BOOKOWNER) {
+    if (owners.isEmpty() && listing.freesEmptyList) {
         owners.free();
     }
 }
@@ -274,6 +278,15 @@ private:
 
     std::map<unsigned int, OwnedRecord> m_chosen;
 };
+
+// Appends a job to the packet under that name.
+void appendJob(XMLPacket &packet, TQJOB_CC &item, const char *name, OwnedRecord &record)
+{
+    item.setName(textOf(name));
+    TQJOB_CC::trimLists(as<TQJOB>(record.get()));
+    item.setData(asBytes(record.release()));
+    packet.appendV(item, false);
+}
 
 // The action of a packet itself, without a copy.
 class Request : public XMLAction
@@ -396,14 +409,10 @@ void XMLCommServer::sendTQJOBs(int destinationAgentID, XMLAction *request) const
     TQJOB_CC item;
     forEachOwner(JOBS, session, request, [&](RecordList jobs) {
         jobs.handEachTo([&](OwnedRecord &record) {
-            TQJOB *const job = as<TQJOB>(record.get());
-            if (exclude && job->publicationName) {
-                return;
+            const TQJOB *job = as<TQJOB>(record.get());
+            if (!exclude || !job->publicationName) {
+                appendJob(*packet, item, job->name, record);
             }
-            item.setName(textOf(job->name));
-            TQJOB_CC::trimLists(job);
-            item.setData(asBytes(record.release()));
-            packet->appendV(item, false);
         });
     });
     session.send(std::move(packet));
@@ -424,11 +433,7 @@ void XMLCommServer::sendPublications(int destinationAgentID, XMLAction *request)
     }
     TQJOB_CC item;
     publications.handEachTo([&](OwnedRecord &record) {
-        TQJOB *const job = as<TQJOB>(record.get());
-        item.setName(textOf(job->publicationName));
-        TQJOB_CC::trimLists(job);
-        item.setData(asBytes(record.release()));
-        packet->appendV(item, false);
+        appendJob(*packet, item, as<TQJOB>(record.get())->publicationName, record);
     });
     session.send(std::move(packet));
 }

@@ -108,7 +108,7 @@ QDomDocument &XMLObject::ownDocument() const
 QDomElement &XMLObject::element() const
 {
     if (m_holder) {
-        m_holder->tree();  // which sets the element
+        m_holder->tree();  // builds the packet's document, and sets m_element to its element there
     } else if (!m_isBuilt) {
         QDomElement root = ownDocument().documentElement();
         m_element = takeDraft().appendTo(root);
@@ -149,7 +149,7 @@ void XMLObject::setElement(const QDomElement &e)
 
 void XMLObject::setNode(const QDomElement &e)
 {
-    element();
+    element();  // builds the former element, which stays in its document
     setElement(ownDocument().importNode(withinDepth(e), true).toElement());
 }
 
