@@ -42,7 +42,7 @@ public:
         for (const QVariant &value : values) {
             const bool isBinary = value.userType() == QMetaType::QByteArray;
             m_contents.push_back(isBinary ? value.toByteArray() : textOf(value));
-            m_texts.push_back(value.isNull() ? nullptr : m_contents.back().constData());
+            m_values.push_back(value.isNull() ? nullptr : m_contents.back().constData());
             m_lengths.push_back(int(m_contents.back().size()));
             m_formats.push_back(isBinary ? 1 : 0);
         }
@@ -50,7 +50,7 @@ public:
 
     bool send(PGconn *connection, const char *statement) const
     {
-        return PQsendQueryPrepared(connection, statement, int(m_texts.size()), m_texts.data(),
+        return PQsendQueryPrepared(connection, statement, int(m_values.size()), m_values.data(),
                    m_lengths.data(), m_formats.data(), 0) == 1;
     }
 
@@ -64,7 +64,7 @@ private:
     }
 
     std::vector<QByteArray> m_contents;
-    std::vector<const char *> m_texts;
+    std::vector<const char *> m_values;
     std::vector<int> m_lengths;
     std::vector<int> m_formats;
 };
@@ -81,7 +81,7 @@ public:
     {
         m_connection.drain();
         m_error.clear();
-        const bool isSent = (m_isPrepared || sendText()) &&
+        const bool isSent = (m_isPrepared || sendPreparation()) &&
             Parameters(values).send(m_connection.get(), m_name.constData());
         if (!isSent) {
             setError(nullptr);
@@ -92,13 +92,14 @@ public:
             return false;
         }
         PQsetSingleRowMode(m_connection.get());
-        m_isFirst = fetch();
+        // The statement may fail before its first row, so that row is fetched here.
+        m_isRowPending = fetch();
         return m_error.isEmpty();
     }
     bool next() override
     {
-        const bool isFirst = std::exchange(m_isFirst, false);
-        return isFirst || (m_hasMore && fetch());
+        const bool isFetched = std::exchange(m_isRowPending, false);
+        return isFetched || (m_hasRow && fetch());
     }
     QVariant value(int column) const override
     {
@@ -126,13 +127,13 @@ public:
     {
         m_connection.drain();
         m_row.reset();
-        m_isFirst = false;
-        m_hasMore = false;
+        m_isRowPending = false;
+        m_hasRow = false;
     }
     QString error() const override { return m_error; }
 
 private:
-    bool sendText() const
+    bool sendPreparation() const
     {
         return PQsendPrepare(
                    m_connection.get(), m_name.constData(), m_text.constData(), 0, nullptr) == 1;
@@ -140,7 +141,7 @@ private:
     bool takePrepared()
     {
         const PostgresqlConnection::Result result = m_connection.takeResult();
-        m_connection.takeResult();  // their end
+        m_connection.takeResult();  // null: there are no more results of the preparation
         const bool isPrepared = PQresultStatus(result.get()) == PGRES_COMMAND_OK;
         if (!isPrepared) {
             setError(result);
@@ -152,11 +153,11 @@ private:
     {
         m_row = m_connection.takeResult();
         const ExecStatusType status = PQresultStatus(m_row.get());
-        m_hasMore = status == PGRES_SINGLE_TUPLE;
-        if (!m_hasMore && status != PGRES_TUPLES_OK && status != PGRES_COMMAND_OK) {
+        m_hasRow = status == PGRES_SINGLE_TUPLE;
+        if (!m_hasRow && status != PGRES_TUPLES_OK && status != PGRES_COMMAND_OK) {
             setError(m_row);
         }
-        return m_hasMore;
+        return m_hasRow;
     }
     void setError(const PostgresqlConnection::Result &result)
     {
@@ -166,10 +167,10 @@ private:
 
     PostgresqlConnection &m_connection;
     const QByteArray m_text;
-    const QByteArray m_name;  // that the server knows it by
+    const QByteArray m_name;  // of the prepared statement in the server
     bool m_isPrepared = false;
-    bool m_isFirst = false;  // the first row is fetched, and next() will go to it
-    bool m_hasMore = false;  // what was fetched last was a row
+    bool m_isRowPending = false;  // run() has fetched the first row, and next() was not called yet
+    bool m_hasRow = false;  // the last fetch() got a row
     PostgresqlConnection::Result m_row;
     QString m_error;
 };
