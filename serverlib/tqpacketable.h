@@ -120,15 +120,15 @@ public:
     /// libtqxml would not read back (see the file's description) may be left out. The flags are
     /// reserved: pass false, then true.
     virtual bool fromPacket(char *data, unsigned int length, bool, bool);
-    /// Takes over a record of the item's family (see PACKETDATATYPES): fields, key, name and, for
-    /// data type 8, the sub-record; the member name of such an item is then null.
+    /// Takes over a record that items of this data type load (see PACKETDATATYPES): fields, key,
+    /// name and, for data type 8, the sub-record; the member name of such an item is then null.
     ///
     /// From then on the record is the item's, which frees it when it takes over the next one or
     /// dies; fields, key and name were copied by then, or live as long. The record must be
     /// unlinked: the item neither follows nor changes its next pointer, and a list that still holds
     /// it would lead to freed memory. The record that the item owns already may be given again. A
-    /// record that another item owns must not: it would be freed twice. Null, and a record of
-    /// another family, leave the item without fields, key and name.
+    /// record that another item owns must not: it would be freed twice. Null, and a record that
+    /// items of another type load, leave the item without fields, key and name.
     virtual void loadRecord(unsigned char *record);
     /// Leaves the head of the chain of the item's references at head; null when there are none. The
     /// chain has one entry for each different key or name that a field of the type codes

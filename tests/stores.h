@@ -66,14 +66,14 @@ public:
 
 private:
     template<typename Record, typename Text>
-    static QByteArrayList each(Record *records, PACKETDATATYPES family, Text text)
+    static QByteArrayList each(Record *records, PACKETDATATYPES type, Text text)
     {
         QByteArrayList list;
         auto *head = reinterpret_cast<TQLISTRECORD *>(records);
         for (TQLISTRECORD *record = head; record; record = record->next) {
             list += text(reinterpret_cast<Record *>(record));
         }
-        TQPacketFreeList(&head, family);
+        TQPacketFreeList(&head, type);
         return list;
     }
 

@@ -23,46 +23,46 @@ namespace {
 struct Meaning
 {
     TQELEMENTTYPE code;
-    Family family;
+    Form form;
 };
 constexpr Meaning MEANINGS[] = {
-    { TQELEMENT_TEXT, Family::Text },
-    { TQELEMENT_IDENTIFIER, Family::Text },
-    { TQELEMENT_WORD, Family::Text },
-    { TQELEMENT_DATE, Family::Text },
-    { TQELEMENT_INTEGER8, Family::Integer },
-    { TQELEMENT_INTEGER2, Family::Integer },
-    { TQELEMENT_INTEGER1, Family::Integer },
-    { TQELEMENT_NUMBER, Family::Real },
-    { TQELEMENT_NAME, Family::Text },
-    { TQELEMENT_LENGTH, Family::Real },
-    { TQELEMENT_TOKEN, Family::Text },
-    { TQELEMENT_INTEGER, Family::Integer },
-    { TQELEMENT_KEY, Family::Key },
-    { TQELEMENT_NUMBERS, Family::RealArray },
-    { TQELEMENT_INTEGERS, Family::IntegerArray },
-    { TQELEMENT_INTEGERS8, Family::IntegerArray },
-    { TQELEMENT_INTEGERS2, Family::IntegerArray },
-    { TQELEMENT_INTEGERS1, Family::IntegerArray },
-    { TQELEMENT_CHOICE, Family::Integer },
-    { TQELEMENT_BITS, Family::Integer },
-    { TQELEMENT_TEXTS, Family::StringArray },
-    { TQELEMENT_BYTES, Family::Binary },
-    { TQELEMENT_DATETIME, Family::Text },
-    { TQELEMENT_REMARK, Family::Text },
-    { TQELEMENT_LENGTHS, Family::RealArray },
-    { TQELEMENT_PATH, Family::Text },
-    { TQELEMENT_INTEGER4, Family::Integer },
-    { TQELEMENT_BITSETS, Family::IntegerArray },
-    { TQELEMENT_INTEGERS4, Family::IntegerArray },
+    { TQELEMENT_TEXT, Form::Text },
+    { TQELEMENT_IDENTIFIER, Form::Text },
+    { TQELEMENT_WORD, Form::Text },
+    { TQELEMENT_DATE, Form::Text },
+    { TQELEMENT_INTEGER8, Form::Integer },
+    { TQELEMENT_INTEGER2, Form::Integer },
+    { TQELEMENT_INTEGER1, Form::Integer },
+    { TQELEMENT_NUMBER, Form::Real },
+    { TQELEMENT_NAME, Form::Text },
+    { TQELEMENT_LENGTH, Form::Real },
+    { TQELEMENT_TOKEN, Form::Text },
+    { TQELEMENT_INTEGER, Form::Integer },
+    { TQELEMENT_KEY, Form::Key },
+    { TQELEMENT_NUMBERS, Form::RealArray },
+    { TQELEMENT_INTEGERS, Form::IntegerArray },
+    { TQELEMENT_INTEGERS8, Form::IntegerArray },
+    { TQELEMENT_INTEGERS2, Form::IntegerArray },
+    { TQELEMENT_INTEGERS1, Form::IntegerArray },
+    { TQELEMENT_CHOICE, Form::Integer },
+    { TQELEMENT_BITS, Form::Integer },
+    { TQELEMENT_TEXTS, Form::StringArray },
+    { TQELEMENT_BYTES, Form::Binary },
+    { TQELEMENT_DATETIME, Form::Text },
+    { TQELEMENT_REMARK, Form::Text },
+    { TQELEMENT_LENGTHS, Form::RealArray },
+    { TQELEMENT_PATH, Form::Text },
+    { TQELEMENT_INTEGER4, Form::Integer },
+    { TQELEMENT_BITSETS, Form::IntegerArray },
+    { TQELEMENT_INTEGERS4, Form::IntegerArray },
 };
 
-constexpr auto FAMILIES = [] {
-    std::array<Family, TQELEMENT_INTEGERS4 + 1> families {};
+constexpr auto FORMS = [] {
+    std::array<Form, TQELEMENT_INTEGERS4 + 1> forms {};
     for (const Meaning &meaning : MEANINGS) {
-        families[meaning.code] = meaning.family;
+        forms[meaning.code] = meaning.form;
     }
-    return families;
+    return forms;
 }();
 
 template<typename T>
@@ -215,14 +215,11 @@ bool isNothing(std::string_view, unsigned) { return false; }
 using Check = bool (*)(std::string_view text, unsigned width);
 constexpr Check CHECKS[] = { isNothing, isText, isInteger, isReal, isKey, isIntegerArray,
     isRealArray, isStringArray, isBinary };
-static_assert(std::size(CHECKS) == size_t(Family::Count), "one check per family");
+static_assert(std::size(CHECKS) == size_t(Form::Count), "one check per form");
 
 }  // namespace
 
-Family familyOf(unsigned code)
-{
-    return code < std::size(FAMILIES) ? FAMILIES[code] : Family::None;
-}
+Form formOf(unsigned code) { return code < std::size(FORMS) ? FORMS[code] : Form::None; }
 
 std::optional<unsigned> readHex(std::string_view text) { return readWhole<unsigned>(text, 16); }
 
@@ -237,17 +234,17 @@ std::optional<Halves> splitAtBlank(std::string_view text)
 
 bool isValue(const TQSTORAGEFIELD &field, std::string_view text)
 {
-    return CHECKS[size_t(familyOf(field.type))](text, field.width);
+    return CHECKS[size_t(formOf(field.type))](text, field.width);
 }
 
 bool isLost(const TQSTORAGEFIELD &field, std::string_view value)
 {
-    switch (familyOf(field.type)) {
-    case Family::Text:
+    switch (formOf(field.type)) {
+    case Form::Text:
         return isBlank(value);
-    case Family::StringArray:
+    case Form::StringArray:
         return value != "0 " && hasEmptyText(splitAtBlank(value)->second);
-    case Family::Binary:
+    case Form::Binary:
         return splitAtBlank(value)->second.empty();
     default:
         return false;

@@ -10,7 +10,7 @@ namespace TQServerInternal {
 
 // The form of a value in packet text. Each element type code has one; tqpacketable.h describes
 // them.
-enum class Family {
+enum class Form {
     None,  // not in packet text: never written, refused when read
     Text,
     Integer,  // decimal, in the range of the field's width, signed or unsigned
@@ -24,7 +24,7 @@ enum class Family {
 };
 
 // None for a code that is not known.
-Family familyOf(unsigned code);
+Form formOf(unsigned code);
 
 // A hexadecimal number of 32 bits without prefix; none when the text is anything else.
 std::optional<unsigned> readHex(std::string_view text);

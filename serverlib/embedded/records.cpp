@@ -121,7 +121,7 @@ void TQPacketFreeList(TQLISTRECORD **head, PACKETDATATYPES type)
     }
 }
 
-// A record knows its family itself.
+// A record knows its data type itself.
 void TQPacketFreeItem(TQLISTRECORD *record, PACKETDATATYPES)
 {
     ListRecord::destroy(ListRecord::of(record));

@@ -109,23 +109,23 @@ std::string binaryText(const QByteArray &bytes)
 
 void appendValue(std::string &line, const QVariant &value, const TQSTORAGEFIELD &field)
 {
-    switch (familyOf(field.type)) {
-    case Family::Text:
+    switch (formOf(field.type)) {
+    case Form::Text:
         return appendText(line, value);
-    case Family::Integer:
+    case Form::Integer:
         return appendInteger(line, value);
-    case Family::Real:
+    case Form::Real:
         return appendReal(line, value);
-    case Family::Key:
+    case Form::Key:
         return appendKey(line, value, field);
-    case Family::IntegerArray:
-    case Family::RealArray:
+    case Form::IntegerArray:
+    case Form::RealArray:
         return appendArray(line, value, ' ', ' ');
-    case Family::StringArray:
+    case Form::StringArray:
         return appendArray(line, value, '\n', '\r');
-    case Family::Binary:  // see readBinaryField()
-    case Family::None:
-    case Family::Count:
+    case Form::Binary:  // see readBinaryField()
+    case Form::None:
+    case Form::Count:
         break;
     }
 }
@@ -133,7 +133,7 @@ void appendValue(std::string &line, const QVariant &value, const TQSTORAGEFIELD 
 // Binary columns are not part of lists; see readBinaryField().
 bool isInSelect(const TQSTORAGEFIELD &field)
 {
-    return field.column && familyOf(field.type) != Family::Binary;
+    return field.column && formOf(field.type) != Form::Binary;
 }
 
 // The columns of a record.
@@ -286,7 +286,7 @@ std::optional<BinaryField> readBinaryField(
     OpenStore &store, const StorageClass &type, const char *keyColumn, const QVariant &keyValue)
 {
     for (const TQSTORAGEFIELD &field : type.fields()) {
-        if (familyOf(field.type) != Family::Binary || !field.column) {
+        if (formOf(field.type) != Form::Binary || !field.column) {
             continue;
         }
         const StorageClass::Source &source = *type.source();
