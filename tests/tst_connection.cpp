@@ -146,7 +146,9 @@ public:
         }
         QCOMPARE(m_client.server.failures(), m_model.failures);
         QCOMPARE(m_client.error().isEmpty(), m_model.failures == 0);
-        QVERIFY2(cause.isEmpty() || m_client.error() == cause, m_client.error().constData());
+        if (!cause.isEmpty()) {
+            QCOMPARE(m_client.error(), cause);
+        }
     }
 
 private:
@@ -301,7 +303,9 @@ void tst_Connection::profilesComeFromTheStoreOfTheirItem()
         ICCPROFILEDATA_CC copy = *dynamic_cast<ICCPROFILEDATA_CC *>(node->packetable);
         QVERIFY(two.loaded(copy).contains(stored));
         QCOMPARE(two.loaded(named).contains(stored), !m_isPostgres);
-        QVERIFY(!m_isPostgres || packetOf(named) == "SI 30\nTI 0\n");
+        if (m_isPostgres) {
+            QCOMPARE(packetOf(named), QByteArray("SI 30\nTI 0\n"));
+        }
     }
     QVERIFY(one.loaded(named).size() > 1000);  // now there is one only
 }
@@ -330,11 +334,15 @@ void tst_Connection::aDamagedPageIsAnErrorOrChangesNothing()
             write(path, QByteArray(whole).replace(page, damage.size(), damage));
             Client single(store);
             const QByteArrayList jobs = single.jobsOf(OUTPUT);
-            QVERIFY(jobs.isEmpty() || !single.failed());  // no part of a list
+            if (single.failed()) {
+                QCOMPARE(jobs, QByteArrayList());  // no part of a list
+            }
             Client client(store);
             const QByteArrayList answers = everything(client);
             const bool isError = client.server.failures() > 0;
-            QVERIFY2(isError || answers == expected, QByteArray::number(page).constData());
+            if (!isError) {
+                QVERIFY2(answers == expected, QByteArray::number(page).constData());
+            }
             QCOMPARE(isError, !client.error().isEmpty());
             errors += isError;
         }

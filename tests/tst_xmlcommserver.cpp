@@ -228,7 +228,9 @@ void tst_XMLCommServer::theRouterMayBeDeletedInsideAnyCall()
             int calls = 0;
             script().onCall = [&] {
                 const std::string &call = script().calls.back();
-                QVERIFY2(bridge.router || call.rfind("get", 0) != 0, call.c_str());
+                if (!bridge.router) {
+                    QVERIFY2(call.rfind("get", 0) != 0, call.c_str());
+                }
                 // Lists are freed when the reply is queued: a router that dies then leaves it.
                 if (call.rfind("TQPacketFree", 0) != 0 && calls++ == last) {
                     delete bridge.router;
@@ -237,7 +239,9 @@ void tst_XMLCommServer::theRouterMayBeDeletedInsideAnyCall()
             const QString reply = bridge.ask(type);
             isOver = bridge.router.isNull();
             QCOMPARE(reply == str("none"), isOver);
-            QVERIFY(isOver || last > 5);
+            if (!isOver) {
+                QVERIFY(last > 5);  // so many calls were tried
+            }
             script().onCall = nullptr;
         }
     }

@@ -45,16 +45,19 @@ enum class Form { None, Value, Key, Numbers, Texts, Bytes };
 
 Form formOf(unsigned int code)
 {
-    static const QList<unsigned int> NUMBERS { TQELEMENT_NUMBERS, TQELEMENT_INTEGERS,
-        TQELEMENT_INTEGERS8, TQELEMENT_INTEGERS2, TQELEMENT_INTEGERS1, TQELEMENT_LENGTHS,
-        TQELEMENT_BITSETS, TQELEMENT_INTEGERS4 };
-    static const QList<unsigned int> UNKNOWN { TQELEMENT_END, 10, 26 };
-    return code > TQELEMENT_INTEGERS4 || UNKNOWN.contains(code) ? Form::None
-        : NUMBERS.contains(code)                                ? Form::Numbers
-        : code == TQELEMENT_KEY                                 ? Form::Key
-        : code == TQELEMENT_TEXTS                               ? Form::Texts
-        : code == TQELEMENT_BYTES                               ? Form::Bytes
-                                                                : Form::Value;
+    // Other codes up to the last one have plain values.
+    static const std::map<unsigned int, Form> FORMS { { TQELEMENT_END, Form::None },
+        { 10, Form::None }, { 26, Form::None }, { TQELEMENT_KEY, Form::Key },
+        { TQELEMENT_NUMBERS, Form::Numbers }, { TQELEMENT_INTEGERS, Form::Numbers },
+        { TQELEMENT_INTEGERS8, Form::Numbers }, { TQELEMENT_INTEGERS2, Form::Numbers },
+        { TQELEMENT_INTEGERS1, Form::Numbers }, { TQELEMENT_TEXTS, Form::Texts },
+        { TQELEMENT_BYTES, Form::Bytes }, { TQELEMENT_LENGTHS, Form::Numbers },
+        { TQELEMENT_BITSETS, Form::Numbers }, { TQELEMENT_INTEGERS4, Form::Numbers } };
+    if (code > TQELEMENT_INTEGERS4) {
+        return Form::None;
+    }
+    const auto found = FORMS.find(code);
+    return found == FORMS.end() ? Form::Value : found->second;
 }
 
 unsigned int numberOf(const QString &text) { return text.toUInt(nullptr, 16); }
@@ -96,9 +99,10 @@ QString valueElements(const QStringList &texts)
     return xml;
 }
 
-// A value that does not fit its form leaves the element empty. Three are taken although they do not
-// quite fit: bytes without a blank are both size and data, texts that are not as many as they say
-// keep their count, and where texts start with a blank, the count is one of them.
+// A value that does not have the form of its field leaves the element empty, with three exceptions:
+// - Bytes without a blank are taken for the size and for the data.
+// - Of texts that are more or fewer than their count, the count is kept.
+// - Where a blank precedes the count of texts, the count is part of the first text as well.
 QString fieldElement(Form form, const QString &name, const QString &value)
 {
     const QStringList words = value.split(QLatin1Char(' '), Qt::SkipEmptyParts);
@@ -126,13 +130,15 @@ QString fieldElement(Form form, const QString &name, const QString &value)
     return element(name, attributes, content);
 }
 
-// Reads lines into XML.
+// Reads lines into XML. A block is an item or a list.
 struct NaiveReader
 {
     const QStringList lines;
     int at = 0;
     int leftOpen = 0;
 
+    // What toDom() returns: the last line that was read, plus one for each block without an end.
+    int end() const { return at - 1 + leftOpen; }
     // What an item of that type holds; lists, of type 0, hold no fields.
     QString content(unsigned int type)
     {
@@ -172,7 +178,8 @@ struct NaiveReader
     }
 };
 
-// Input: what is right, what nearly is, and what a conversion has to leave out.
+// Values and lines for random packet text: some right, some nearly so, some to be left out. The
+// last two lines start with a byte order mark and with a blank that is not ASCII.
 
 constexpr const char *VALUES[] = { "x", "a  b %2 %1", "2 7 8", "2 7", "1 7 8", "0", "1f ff",
     "2 a b\rc", "3 a\r\rb\rc", "4 AAEC", "x 1", "a 1 2 3 4 5 6 7 8 9 a", "100000001 7",
@@ -249,7 +256,9 @@ private Q_SLOTS:
     void linesAndTagsAreTakenApart();
 
     void aServerItemIsTakenOverWithKeyAndName();
-    void theServerItemIsBuiltOnceUnlessRefused();
+    void aServerItemMayBeAppendedToItsOwnNode();
+    void aServerItemIsBuiltOnlyIfTheTypesAgree();
+    void theServerItemIsBuiltOnce();
 
 private:
     static void checkText(const QByteArray &text);
@@ -279,7 +288,7 @@ void tst_XMLPacketable::everyFormOfAField()
     QCOMPARE(packetOf(item.getNodeConst()), str(text.constData()));
 }
 
-// As lines and as bytes.
+// Compares what is read from lines, and from the bytes of a server item, with the naive reader.
 void tst_XMLPacketable::checkText(const QByteArray &text)
 {
     const QString decoded = QString::fromUtf8(text.constData(), int(text.size()));
@@ -290,7 +299,7 @@ void tst_XMLPacketable::checkText(const QByteArray &text)
     const auto end = int(XMLPacketable().toDom(xml.root, lines, 0));
     QVERIFY2(xmlOf(xml.root) == expected,
         qPrintable(str(text.constData()) + str("is read as\n") + xmlOf(xml.root)));
-    QVERIFY2(end == model.at - 1 + model.leftOpen, text.constData());
+    QVERIFY2(end == model.end(), text.constData());
     XMLPacketable item;
     item.setData(TextItem(SPECIMEN, text));
     QCOMPARE(contentOf(item.getNodeConst()), contentOf(xml.root));
@@ -356,7 +365,7 @@ void tst_XMLPacketable::toDomReturnsTheClosingLine()
     QCOMPARE(XMLPacketable().toDom(unknown.root, lines, 1), 1U);
 }
 
-// What is deeper is left out, and what follows it is not.
+// Deeper blocks are left out; the fields after them are not.
 void tst_XMLPacketable::blocksAreFollowedTo256Levels()
 {
     for (const int levels : { 255, 256, 257, 1000 }) {
@@ -378,7 +387,8 @@ void tst_XMLPacketable::deepTreesTakeNoStack()
     QDomDocument document;
     QDomElement tree = document.createElement(str("packetable"));
     tree.appendChild(deepTree(document, XMLPacketable::LIST, 30000));
-    const QString kept = str("SL \n").repeated(256) + str("TL 0\n").repeated(256);
+    const QString kept =
+        str("SL \n").repeated(TQMAX_NESTING) + str("TL 0\n").repeated(TQMAX_NESTING);
     runOnSmallStack([&] {
         XMLPacketable data;
         data.setData(tree);
@@ -457,7 +467,7 @@ void tst_XMLPacketable::linesAndTagsAreTakenApart()
     QVERIFY(!X::getConvStructFromDataTag(table, 8));  // which is behind the end
     QCOMPARE(X::getXMLTagNameFromDATATAG(0x1a2b), str("_1a2b"));
     QCOMPARE(X::getDATATAGFromXMLTagName(str("_1a2b")), str("1a2b"));
-    QString line = str("1\t2 3 4 ");
+    QString line = str("1\t2 3 4 ");  // a tab does not separate
     QStringRef tag;
     QStringRef value;
     X::getTagValuePair(line, tag, value);
@@ -485,20 +495,34 @@ void tst_XMLPacketable::aServerItemIsTakenOverWithKeyAndName()
         QCOMPARE(str(back->name), item.getName());
         QCOMPARE(::packetOf(*back), source.text);
     }
-    item.setData(*item.getDataConst());  // its own: appends a second item
+}
+
+void tst_XMLPacketable::aServerItemMayBeAppendedToItsOwnNode()
+{
+    const TextItem source(SPECIMEN, "SI 63\n101 x\nTI 0\n");
+    XMLPacketable item;
+    item.setData(source);
+    item.setData(*item.getDataConst());
     QCOMPARE(packetOf(item.getNodeConst()), str(source.text.constData()).repeated(2));
 }
 
-void tst_XMLPacketable::theServerItemIsBuiltOnceUnlessRefused()
+void tst_XMLPacketable::aServerItemIsBuiltOnlyIfTheTypesAgree()
 {
     XMLPacketable item;
     QVERIFY(!item.getDataConst());
     item.setData(Xml("<packetable datatype='63'><item datatype='8'/></packetable>").root);
     QVERIFY(!item.getDataConst());
     item.getNodeConst().firstChildElement().setAttribute(XMLPacketable::DATATYPE, str("63"));
+    QVERIFY(item.getDataConst());
+    QVERIFY(!TQKEY_CC::isValid(item.getDataConst()->dbkey));
+}
+
+void tst_XMLPacketable::theServerItemIsBuiltOnce()
+{
+    XMLPacketable item;
+    item.setData(Xml("<packetable datatype='63'><item datatype='63'/></packetable>").root);
     TQPacketable *const built = item.getDataConst();
     QVERIFY(built);
-    QVERIFY(!TQKEY_CC::isValid(built->dbkey));
     item.setName(str("later"));
     item.setType(OUTPUT);
     QCOMPARE(item.getDataConst(), built);

@@ -4,10 +4,14 @@
 
 namespace {
 
-constexpr int TYPE = 7;  // of the agents, unless a test says another
-constexpr int NOBODY = 99;  // an id that no agent has
+constexpr int AGENT_TYPE = 7;  // unless a test gives another
+constexpr int OTHER_TYPE = 9;
+constexpr int NO_TYPE = 5;  // what the router returns for an id that no agent has
+constexpr int NOBODY = 99;  // such an id
 
-// A router with agents 1, 2 and 3, which log what they get and what they hear of removals.
+// A router with agents 1, 2 and 3, and a log of what happens. It has "2 got a" when agent 2
+// receives the message a, and "2 lost 3" when agent 2 is notified that agent 3 was removed. -1 is
+// the bridge.
 struct Hub
 {
     Hub() : router(new XMLRouter(nullptr, nullptr, "hub"))
@@ -25,7 +29,7 @@ struct Hub
         }
     }
 
-    RecordingAgent *add(int type = TYPE)
+    RecordingAgent *add(int type = AGENT_TYPE)
     {
         auto agent = new RecordingAgent(type, &log);
         router->add(agent);
@@ -58,7 +62,7 @@ struct Hub
     QStringList log;
 };
 
-// A broker that supplies as a test says.
+// A broker that supplies agents by a function of the test.
 class Broker : public XMLAgentBroker
 {
 public:
@@ -74,7 +78,7 @@ private:
     const Supply m_supply;
 };
 
-// Logs what it is told, and then does what a test says.
+// An observer that logs what it is told. At the first call it does, after that, what a test says.
 class Watcher : public XMLRouterObserver
 {
 public:
@@ -101,7 +105,7 @@ public:
     void agentRemoved(int id, int type) override { tell("removed", id, type); }
     void agentSupplied(int id, int type) override { tell("supplied", id, type); }
 
-    std::function<void()> react;
+    std::function<void()> reactOnce;
 
 private:
     void tell(const char *what, const XMLPacket &packet)
@@ -115,8 +119,8 @@ private:
     void tell(const QString &line)
     {
         m_hub.log += line;
-        if (const auto once = std::exchange(react, nullptr)) {
-            once();
+        if (const auto react = std::exchange(reactOnce, nullptr)) {
+            react();
         }
     }
 
@@ -141,7 +145,7 @@ const Reaction REACTIONS[] = {
         "1 lost -1, 2 lost -1, 3 lost -1" },
 };
 
-// What an observer does when it is told that agent 2 receives a packet, and what happens then.
+// What an observer does when it is told that agent 2 receives the packet a, and what happens then.
 const Reaction OBSERVER_REACTIONS[] = {
     { "removes itself", [](Hub &hub) { hub.router->setObserver(nullptr); },
         "2 got a, 3 got b, 1 lost 99, 2 lost 99, 3 lost 99" },
@@ -175,7 +179,8 @@ private Q_SLOTS:
     void idsCountUpAndAreNotUsedAgain();
     void agentsAreFoundByType();
     void anAgentAddedTwiceIsReachableUnderBothIds();
-    void nameAndSlots();
+    void theNameIsLatin1();
+    void sendIsTheOnlySlot();
 
     void packetsArriveInTheOrderOfSending();
     void aPacketIsTakenOverOnce();
@@ -186,16 +191,17 @@ private Q_SLOTS:
     void aReceiverMayDoAnything();
     void theRouterMayBeDeletedWhileARemovalIsReported();
     void aDialogWaitsForItsReply();
-    void aDialogSeesTheOnlyPacketThatWaits();
+    void aDialogReceivesWhatWasQueuedBeforeIt();
     void aLongQueueTakesNoStack();
 
     void anObserverIsToldOfPackets();
     void anObserverIsToldOfAgents();
-    void whoIsToldMayDoAlmostAnything_data() { addRows(OBSERVER_REACTIONS); }
-    void whoIsToldMayDoAlmostAnything();
+    void anObserverMayDoAlmostAnything_data() { addRows(OBSERVER_REACTIONS); }
+    void anObserverMayDoAlmostAnything();
 
     void aBrokerSuppliesWhatIsMissing();
-    void aBrokerThatAsksForItsOwnTypeGetsNone();
+    void aBrokerThatAsksForTheSameTypeGetsNone();
+    void brokersAreAskedWithinOneAnotherUpTo64Times();
     void aBrokerIsReplacedByTheNextOne();
 };
 
@@ -222,12 +228,12 @@ void tst_XMLRouter::agentsAreFoundByType()
     Hub hub;
     const XMLRouter &router = *hub.router;
     hub.add(0);
-    QCOMPARE(router.findAgentsOfType(TYPE), (std::list<int> { 1, 2, 3 }));
+    QCOMPARE(router.findAgentsOfType(AGENT_TYPE), (std::list<int> { 1, 2, 3 }));
     QCOMPARE(router.findAgentsOfType(0), (std::list<int> { -1, 4 }));  // the bridge is one
-    QCOMPARE(router.findAgentOfType(TYPE), 1);
+    QCOMPARE(router.findAgentOfType(AGENT_TYPE), 1);
     QCOMPARE(router.findAgentOfType(8), 0);
-    QCOMPARE(router.getAgentType(2), TYPE);
-    QCOMPARE(router.getAgentType(NOBODY), 5);
+    QCOMPARE(router.getAgentType(2), AGENT_TYPE);
+    QCOMPARE(router.getAgentType(NOBODY), NO_TYPE);
 }
 
 void tst_XMLRouter::anAgentAddedTwiceIsReachableUnderBothIds()
@@ -238,16 +244,20 @@ void tst_XMLRouter::anAgentAddedTwiceIsReachableUnderBothIds()
     hub.send(2, 1, "first");
     hub.send(2, 4, "second");
     QCOMPARE(hub.deliver(), str("4 got first, 4 got second"));
-    QCOMPARE(router.findAgentsOfType(TYPE), (std::list<int> { 4, 2, 3, 4 }));
-    QCOMPARE(router.getAgentType(1), 5);  // the agent reports the newer id alone
+    QCOMPARE(router.findAgentsOfType(AGENT_TYPE), (std::list<int> { 4, 2, 3, 4 }));
+    QCOMPARE(router.getAgentType(1), NO_TYPE);  // the agent reports the newer id alone
     hub.remove(1);
     hub.send(2, 1, "third");
     QCOMPARE(hub.deliver(), str("2 lost 4, 3 lost 4, 4 got third"));
 }
 
-void tst_XMLRouter::nameAndSlots()
+void tst_XMLRouter::theNameIsLatin1()
 {
     QCOMPARE(XMLRouter(nullptr, nullptr, "caf\xe9").objectName(), str("café"));
+}
+
+void tst_XMLRouter::sendIsTheOnlySlot()
+{
     QCOMPARE(methodsOf(XMLRouter::staticMetaObject), QStringList(str("slot send()")));
 }
 
@@ -292,7 +302,7 @@ void tst_XMLRouter::removalsAreReported()
     Hub hub;
     hub.agent(1)->onRemoved = [&](int id) {
         QVERIFY(!hub.router->contains(id));
-        hub.add();  // which came too late for the news
+        hub.add();  // too late to be notified
     };
     hub.remove(2);
     QCOMPARE(hub.takeLog(), str("1 lost 2, 3 lost 2"));
@@ -315,7 +325,7 @@ void tst_XMLRouter::queuedPacketsSurviveTheRouter()
     QCOMPARE(other.deliver(), str("2 got a"));
 }
 
-// Agent 2, with two more packets behind the one that it gets.
+// While agent 2 receives the first packet, two more are queued.
 void tst_XMLRouter::aReceiverMayDoAnything()
 {
     const auto &row = currentRow<Reaction>();
@@ -359,8 +369,8 @@ void tst_XMLRouter::aDialogWaitsForItsReply()
     QCOMPARE(hub.deliver(), str("2 got open, 3 got waiting, 1 got question, 2 got answer, closed"));
 }
 
-// This one sends nothing: what it waits for was queued before it opened.
-void tst_XMLRouter::aDialogSeesTheOnlyPacketThatWaits()
+// It waits without sending anything itself.
+void tst_XMLRouter::aDialogReceivesWhatWasQueuedBeforeIt()
 {
     Hub hub;
     hub.agent(2)->onReceive = [&](XMLPacket *) {
@@ -408,8 +418,8 @@ void tst_XMLRouter::anObserverIsToldOfAgents()
     QCOMPARE(hub.router->observer(), &watcher);
     hub.router->setAgentBroker(
         new Broker([&hub](XMLRouter &, int type) { return hub.add(type)->getAgentID(); }));
-    hub.router->supplyAgentOfType(9);
-    hub.router->supplyAgentOfType(9);  // there is one now
+    hub.router->supplyAgentOfType(OTHER_TYPE);
+    hub.router->supplyAgentOfType(OTHER_TYPE);  // there is one now
     hub.remove(3);
     hub.remove(3);  // is gone already
     QCOMPARE(hub.takeLog(),
@@ -417,15 +427,15 @@ void tst_XMLRouter::anObserverIsToldOfAgents()
             "removed 3 of type 7, 1 lost 3, 2 lost 3, 4 lost 3, 1 lost 3, 2 lost 3, 4 lost 3"));
 }
 
-void tst_XMLRouter::whoIsToldMayDoAlmostAnything()
+void tst_XMLRouter::anObserverMayDoAlmostAnything()
 {
     const auto &row = currentRow<Reaction>();
     Hub hub;
     hub.send(1, 2, "a");
     hub.send(1, 3, "b");
-    hub.send(1, 99, "c");
+    hub.send(1, NOBODY, "c");
     Watcher watcher(hub);
-    watcher.react = [&] { row.react(hub); };
+    watcher.reactOnce = [&] { row.react(hub); };
     QCOMPARE(hub.deliver(), str("to 2: a, ") + str(row.log));
 }
 
@@ -433,24 +443,36 @@ void tst_XMLRouter::aBrokerSuppliesWhatIsMissing()
 {
     Hub hub;
     XMLRouter &router = *hub.router;
-    QCOMPARE(router.supplyAgentOfType(9), 0);
+    QCOMPARE(router.supplyAgentOfType(OTHER_TYPE), 0);
     router.setAgentBroker(
         new Broker([&hub](XMLRouter &, int type) { return hub.add(type)->getAgentID(); }));
-    QCOMPARE(router.supplyAgentOfType(TYPE), 1);
-    QCOMPARE(router.supplyAgentOfType(9), 4);
-    QCOMPARE(router.supplyAgentOfType(9), 4);  // there is one now
+    QCOMPARE(router.supplyAgentOfType(AGENT_TYPE), 1);
+    QCOMPARE(router.supplyAgentOfType(OTHER_TYPE), 4);
+    QCOMPARE(router.supplyAgentOfType(OTHER_TYPE), 4);  // there is one now
     router.setAgentBroker(nullptr);
     QCOMPARE(router.supplyAgentOfType(10), 0);
 }
 
-// Nor any type when 64 calls of it run already, each made while the one before it supplied.
-void tst_XMLRouter::aBrokerThatAsksForItsOwnTypeGetsNone()
+void tst_XMLRouter::aBrokerThatAsksForTheSameTypeGetsNone()
 {
     Hub hub;
     int calls = 0;
-    hub.router->setAgentBroker(new Broker([&](XMLRouter &own, int type) {
+    hub.router->setAgentBroker(new Broker([&calls](XMLRouter &router, int type) {
         ++calls;
-        return own.supplyAgentOfType(type) + own.supplyAgentOfType(type - 1);
+        return router.supplyAgentOfType(type);
+    }));
+    QCOMPARE(hub.router->supplyAgentOfType(OTHER_TYPE), 0);
+    QCOMPARE(calls, 1);
+}
+
+// Before it supplies an agent, this broker needs one of the next lower type.
+void tst_XMLRouter::brokersAreAskedWithinOneAnotherUpTo64Times()
+{
+    Hub hub;
+    int calls = 0;
+    hub.router->setAgentBroker(new Broker([&calls](XMLRouter &router, int type) {
+        ++calls;
+        return router.supplyAgentOfType(type - 1);
     }));
     QCOMPARE(hub.router->supplyAgentOfType(500), 0);
     QCOMPARE(calls, 64);

@@ -94,8 +94,8 @@ private:
     std::mt19937 m_engine;
 };
 
-/// Whether ten times the input takes some ten times as long, and not the hundred times of a way
-/// whose steps grow with the input. The work is done for count / 10 and for count.
+/// Whether the time of the work grows with the count, and not with its square: for count it may be
+/// 40 times that for count / 10, where 10 times is linear and 100 times quadratic.
 inline bool isLinear(int count, const std::function<void(int)> &work)
 {
     const auto timeOf = [&work](int size) {
@@ -119,7 +119,7 @@ inline QDomElement deepTree(QDomDocument &document, const QString &name, int lev
     return tree;
 }
 
-/// Runs what must not recurse without bounds.
+/// Runs the work in a thread with a stack of 1 MiB, which unbounded recursion overflows.
 inline void runOnSmallStack(const std::function<void()> &work)
 {
     const std::unique_ptr<QThread> thread(QThread::create(work));
