@@ -289,6 +289,9 @@ void tst_JobBoard::searchAndStateNarrowTheJobs()
     QVERIFY(!names().isEmpty());
     search()->setText(str("GRANDET P. 1"));  // the beginning of a number
     QTRY_COMPARE(sorted(names()), sorted(sql(select + str("name LIKE '%Grandet p. 1%'"))));
+    const QString days = sql(str("SELECT min(substr(created, 1, 9)) FROM tq_job")).first();
+    search()->setText(days);  // the beginning of a date
+    QTRY_COMPARE(sorted(names()), sorted(sql(select + str("created LIKE '%1%'").arg(days))));
     search()->setText(str("no such job"));
     QTRY_COMPARE(names(), QStringList());
     QCOMPARE(jobs()->placeholder(), str("No job contains “no such job”."));

@@ -10,6 +10,8 @@ namespace {
 constexpr int MAX_DIGITS = 8;  // of an ending: with them it fits into 32 bits
 constexpr quint32 DIGITS_MASK = 0xf;
 constexpr int NUMBER_SHIFT = 4;
+constexpr quint32 TIME = 15;  // in place of the number of digits
+constexpr int YEAR_DIGITS = 4;
 
 bool isDigit(QChar c) { return c >= QLatin1Char('0') && c <= QLatin1Char('9'); }
 
@@ -23,9 +25,30 @@ int endingDigits(const QString &text)
     return digits;
 }
 
+// Whether the text is a time: "2024-03-06 06:00".
+bool isTime(const QString &text)
+{
+    const QLatin1String form("0000-00-00 00:00");
+    if (text.size() != form.size()) {
+        return false;
+    }
+    for (int i = 0; i < form.size(); ++i) {
+        const bool isSame =
+            form.at(i) == QLatin1Char('0') ? isDigit(text.at(i)) : text.at(i) == form.at(i);
+        if (!isSame) {
+            return false;
+        }
+    }
+    return true;
+}
+
 // The ending that a text has; 0 for none.
 quint32 endingOf(const QString &text)
 {
+    if (isTime(text)) {
+        const QString digits = text.mid(5, 2) + text.mid(8, 2) + text.mid(11, 2) + text.mid(14, 2);
+        return digits.toUInt() << NUMBER_SHIFT | TIME;
+    }
     const int digits = endingDigits(text);
     if (digits == 0 || digits > MAX_DIGITS) {
         return 0;
@@ -33,15 +56,30 @@ quint32 endingOf(const QString &text)
     return text.right(digits).toUInt() << NUMBER_SHIFT | quint32(digits);
 }
 
+bool isTime(quint32 ending) { return (ending & DIGITS_MASK) == TIME; }
+
 QString endingText(quint32 ending)
 {
-    const int digits = int(ending & DIGITS_MASK);
-    return QString::number(ending >> NUMBER_SHIFT).rightJustified(digits, QLatin1Char('0'));
+    const int digits = isTime(ending) ? MAX_DIGITS : int(ending & DIGITS_MASK);
+    const QString number =
+        QString::number(ending >> NUMBER_SHIFT).rightJustified(digits, QLatin1Char('0'));
+    if (!isTime(ending)) {
+        return number;
+    }
+    return QStringLiteral("-%1-%2 %3:%4")
+        .arg(number.mid(0, 2), number.mid(2, 2), number.mid(4, 2), number.mid(6, 2));
 }
 
 QString beginningOf(const QString &text, quint32 ending)
 {
-    return text.left(text.size() - int(ending & DIGITS_MASK));
+    return isTime(ending) ? text.left(YEAR_DIGITS)
+                          : text.left(text.size() - int(ending & DIGITS_MASK));
+}
+
+// Whether the text may be a part of a time up to some place in it.
+bool endsLikeTime(const QString &text)
+{
+    return !text.isEmpty() && (isDigit(text.back()) || QStringLiteral("-: ").contains(text.back()));
 }
 
 }  // namespace
@@ -132,7 +170,7 @@ QString Texts::folded(const QString &text)
 TextSearch::TextSearch(const Texts &texts, const QString &text)
     : m_texts(texts), m_wanted(Texts::folded(text)),
       m_endsInDigit(!m_wanted.isEmpty() && isDigit(m_wanted.back())),
-      m_answers(texts.beginnings(), Unknown)
+      m_endsLikeTime(endsLikeTime(m_wanted)), m_answers(texts.beginnings(), Unknown)
 {
 }
 
@@ -143,7 +181,8 @@ bool TextSearch::isIn(const Label &label)
     if (answer == Unknown) {
         answer = beginning.contains(m_wanted) ? Yes : No;
     }
-    if (answer == Yes || !m_endsInDigit || label.ending == 0) {
+    const bool mayEndThere = isTime(label.ending) ? m_endsLikeTime : m_endsInDigit;
+    if (answer == Yes || !mayEndThere || label.ending == 0) {
         return answer == Yes;
     }
     return QString(beginning + endingText(label.ending)).contains(m_wanted);

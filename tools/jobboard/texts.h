@@ -8,11 +8,14 @@
 #include <vector>
 
 /// A text in a Texts: the number of what it begins with, and the whole number that it ends with.
-/// "Emma p. 12" and "Emma p. 106" share their beginning, as most names in a print shop do.
+/// "Emma p. 12" and "Emma p. 106" share their beginning, as most names in a print shop do. Of a
+/// time like "2024-03-06 06:00" the beginning is the year.
 struct Label
 {
     quint32 beginning = 0;  ///< 0 is the empty text
-    quint32 ending = 0;  ///< 16 times the number, plus how many digits it has; 0 without a number
+    /// 16 times the number, plus how many digits it has; of a time its eight digits, and 15 instead
+    /// of their number; 0 without a number
+    quint32 ending = 0;
 
     quint64 identity() const { return quint64(beginning) << 32 | ending; }
     bool isEmpty() const { return identity() == 0; }
@@ -79,6 +82,7 @@ private:
     const Texts &m_texts;
     const QString m_wanted;
     const bool m_endsInDigit;
+    const bool m_endsLikeTime;
     std::vector<Answer> m_answers;  // by beginning
 };
 
