@@ -47,7 +47,7 @@ install() {
 # What is called like something of ours where packages install files.
 traces() {
     find /usr /etc /var/lib /var/cache /opt -xdev \
-        \( -iname '*tqxml*' -o -iname '*tqserver*' \) -not -path '*/apt/*' | sort
+        \( -iname '*tqxml*' -o -iname '*tqserver*' -o -iname '*jobboard*' \) -not -path '*/apt/*' | sort
 }
 
 (($# == 1 || $# == 2)) || fail 'say which folder has the packages'
@@ -63,6 +63,7 @@ if (($# == 2)); then
     tqxml list jobs --database "$work/shop.db" --format xml | cmp - "$work/old.xml"
 fi
 echo "installed: $(tqxml --version), which lists $(tqxml list jobs --format xml | grep -c '<packetable ') jobs"
+echo "installed: $(env -u DISPLAY -u WAYLAND_DISPLAY jobboard --version), without a display"
 for package in $(names "$1"); do
     [[ -z $(dpkg --verify "$package") ]] || fail "$package is not as it was packed"
 done
