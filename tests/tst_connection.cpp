@@ -421,8 +421,8 @@ void tst_Connection::changesOfOthersAreNoticed()
     QTest::qWait(1500);
     QVERIFY(calls <= 2);  // one, unless the machine was slow
     calls = 0;
-    for (const char *table : { "tq_job", "tq_book", "tq_book_owner", "tq_output",
-             "tq_icc_profile", "tq_publication" }) {
+    for (const char *table :
+        { "tq_job", "tq_book", "tq_book_owner", "tq_output", "tq_icc_profile", "tq_publication" }) {
         QString error;
         sql(store, QByteArray("UPDATE ") + table + " SET name = name || ' 2'", &error);
         QCOMPARE(error, QString());

@@ -48,9 +48,9 @@ public:
     /// Observes another router, or none. The monitor becomes its observer, in place of the one
     /// before. What was recorded stays.
     void setRouter(XMLRouter *router);
-    /// An observer for a router of another thread, which the monitor then shows. The caller owns it;
-    /// it is used and destroyed in the router's thread, and may outlive the monitor. Create it in
-    /// the monitor's thread, and observe with it no more than one router.
+    /// An observer for a router of another thread, which the monitor then shows. The caller owns
+    /// it; it is used and destroyed in the router's thread, and may outlive the monitor. Create it
+    /// in the monitor's thread, and observe with it no more than one router.
     ///
     /// It never waits for the monitor's thread, and keeps at most 64 MiB of texts for it.
     std::unique_ptr<XMLRouterObserver> makeObserver();
