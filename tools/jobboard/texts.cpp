@@ -13,6 +13,9 @@ constexpr int NUMBER_SHIFT = 4;
 constexpr quint32 TIME = 15;  // in place of the number of digits
 constexpr int YEAR_DIGITS = 4;
 
+constexpr quint64 POWERS[] = { 1, 10, 100, 1000, 10000, 100000, 1000000, 10000000, 100000000,
+    1000000000, 10000000000 };  // of ten
+
 bool isDigit(QChar c) { return c >= QLatin1Char('0') && c <= QLatin1Char('9'); }
 
 // How many digits the text ends with.
@@ -168,10 +171,30 @@ QString Texts::folded(const QString &text)
 }
 
 TextSearch::TextSearch(const Texts &texts, const QString &text)
-    : m_texts(texts), m_wanted(Texts::folded(text)),
-      m_endsInDigit(!m_wanted.isEmpty() && isDigit(m_wanted.back())),
-      m_endsLikeTime(endsLikeTime(m_wanted)), m_answers(texts.beginnings(), Unknown)
+    : m_texts(texts), m_wanted(Texts::folded(text)), m_endsLikeTime(endsLikeTime(m_wanted)),
+      m_answers(texts.beginnings(), Unknown)
 {
+    const int digits = endingDigits(m_wanted);
+    m_head = m_wanted.left(m_wanted.size() - digits);
+    m_digits = digits;
+    m_number = m_wanted.right(digits).toULongLong();  // 0 if there are too many
+}
+
+// Where a beginning without the text and an ending have it together, the text's last digits begin
+// the ending, and what is before them ends the beginning. A text of digits only may be anywhere in
+// the ending.
+TextSearch::Answer TextSearch::answerOf(const QString &beginning) const
+{
+    if (beginning.contains(m_wanted)) {
+        return Yes;
+    }
+    if (m_digits == 0) {
+        return No;
+    }
+    if (!beginning.isEmpty() && isDigit(beginning.back())) {  // made of a special digit
+        return Whole;
+    }
+    return beginning.endsWith(m_head) ? Ending : No;
 }
 
 bool TextSearch::isIn(const Label &label)
@@ -179,18 +202,51 @@ bool TextSearch::isIn(const Label &label)
     const QString &beginning = m_texts.foldedBeginning(label.beginning);
     Answer &answer = m_answers[label.beginning];
     if (answer == Unknown) {
-        answer = beginning.contains(m_wanted) ? Yes : No;
+        answer = answerOf(beginning);
     }
-    const bool mayEndThere = isTime(label.ending) ? m_endsLikeTime : m_endsInDigit;
-    if (answer == Yes || !mayEndThere || label.ending == 0) {
+    if (answer == Yes || label.ending == 0) {
         return answer == Yes;
     }
-    return QString(beginning + endingText(label.ending)).contains(m_wanted);
+    if (isTime(label.ending)) {
+        return m_endsLikeTime && QString(beginning + endingText(label.ending)).contains(m_wanted);
+    }
+    if (answer == No) {
+        return false;
+    }
+    return answer == Whole ? QString(beginning + endingText(label.ending)).contains(m_wanted)
+                           : isInDigits(label.ending >> NUMBER_SHIFT, label.ending & DIGITS_MASK);
+}
+
+// Whether a number of so many digits begins with the wanted ones or, if only digits are wanted,
+// contains them.
+bool TextSearch::isInDigits(quint64 number, quint32 digits) const
+{
+    if (m_digits > int(digits)) {
+        return false;
+    }
+    const quint64 range = POWERS[m_digits];
+    int places = int(digits) - m_digits;  // to the right of those that are compared
+    do {
+        if (number / POWERS[places] % range == m_number) {
+            return true;
+        }
+    } while (m_head.isEmpty() && --places >= 0);
+    return false;
 }
 
 bool TextSearch::isIn(const QString &text) const { return Texts::folded(text).contains(m_wanted); }
 
 bool TextSearch::isIn(int number) const
 {
-    return m_endsInDigit && QString::number(number).contains(m_wanted);
+    if (m_digits == 0 || (number >= 0 && !m_head.isEmpty())) {
+        return false;
+    }
+    if (number < 0) {
+        return QString::number(number).contains(m_wanted);
+    }
+    quint32 digits = 1;
+    while (quint64(number) >= POWERS[digits]) {
+        ++digits;
+    }
+    return isInDigits(quint64(number), digits);
 }

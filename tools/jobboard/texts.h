@@ -77,12 +77,19 @@ public:
     bool isIn(const QString &text) const;
 
 private:
-    enum Answer : char { Unknown, Yes, No };
+    // What is known of a beginning: whether it has the text, or whether the ending or both together
+    // decide.
+    enum Answer : quint8 { Unknown, No, Yes, Ending, Whole };
+
+    Answer answerOf(const QString &beginning) const;
+    bool isInDigits(quint64 number, quint32 digits) const;
 
     const Texts &m_texts;
     const QString m_wanted;
-    const bool m_endsInDigit;
     const bool m_endsLikeTime;
+    QString m_head;  // of m_wanted, without the digits at its end
+    int m_digits;  // how many these are
+    quint64 m_number;  // and their value
     std::vector<Answer> m_answers;  // by beginning
 };
 
