@@ -22,6 +22,7 @@
 #include <QStyledItemDelegate>
 #include <QTableView>
 #include <QTextBlock>
+#include <QToolBar>
 #include <QToolButton>
 
 #include <algorithm>
@@ -180,13 +181,15 @@ QWidget *XMLMonitor::makeBar()
     auto *bar = new QWidget;
     auto *row = new QHBoxLayout(bar);
     row->setContentsMargins(0, 0, 0, 0);
-    for (QAction *action : actions()) {
-        auto *button = new QToolButton;
-        button->setDefaultAction(action);
-        button->setAutoRaise(true);
+    auto *tools = new QToolBar;  // gets narrow
+    tools->addActions(actions());
+    for (QToolButton *button : tools->findChildren<QToolButton *>()) {
         button->setFocusPolicy(Qt::TabFocus);
-        row->addWidget(button);
+        if (!button->defaultAction()) {  // shows what has no room
+            button->setAccessibleName(tr("More tools"));
+        }
     }
+    row->addWidget(tools, 4);
     m_agent = addField(row, tr("&Agent"), QStringLiteral("agent"));
     auto *label = new QLabel(tr("&Kind"));
     m_kind = new QComboBox;

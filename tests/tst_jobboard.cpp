@@ -257,7 +257,7 @@ void tst_JobBoard::theWindowShowsWhatIsStored()
         shown << QString() << pane + QLatin1Char(':') << lines;
     };
     show(str("Sources"), rows(sources(), 2));
-    const QStringList headings { jobs()->cells({}).first().join(str(" | ")) };
+    const QStringList headings { jobs()->headings().join(str(" | ")) };
     for (const char *source : { "Emma", "Revue du Métier 2" }) {
         choose(sources(), str(source));
         show(str(source), headings + rows(jobs(), int(jobs()->shownColumns().size())));
@@ -703,7 +703,7 @@ void tst_JobBoard::pictures()
     choose(sources(), str("Digital Press Colour"));
     choose(jobs(), names()[5]);
     QTRY_VERIFY(!fields().isEmpty());
-    auto *packets = window->findChild<QTreeView *>(str("packets"));
+    auto *packets = window->findChild<QTableView *>(str("packets"));
     packets->setCurrentIndex(packets->model()->index(2, 0));
     const QString folderOfPictures = QCoreApplication::applicationDirPath();
     const auto take = [&](const char *name) {

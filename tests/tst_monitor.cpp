@@ -541,7 +541,8 @@ void tst_Monitor::everythingHasAName()
     }
     for (const QToolButton *button : window.monitor.findChildren<QToolButton *>()) {
         const bool isInAField = qobject_cast<QLineEdit *>(button->parentWidget()) != nullptr;
-        QVERIFY2(isInAField || reached.contains(button), qPrintable(button->text()));
+        QVERIFY2(isInAField || button->isHidden() || reached.contains(button),
+            qPrintable(button->text()));
     }
 }
 

@@ -32,7 +32,14 @@ void Actions::makeFileMenu()
     stop = make(tr("&Stop loading"), {});
     open = make(tr("&Open in a window"), {});
     quit = make(tr("&Quit"), { QKeySequence(Qt::CTRL | Qt::Key_Q) });
+    exportAll = make(tr("&Export…"), { QKeySequence(Qt::CTRL | Qt::Key_E) });
+    exportAll->setShortcutContext(Qt::WidgetWithChildrenShortcut);  // the packets have it, too
+    exportChosen =
+        make(tr("Export &chosen rows…"), { QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_E) });
+    print = make(tr("&Print preview…"), { QKeySequence(Qt::CTRL | Qt::Key_P) });
     file->addActions({ reload, stop, open });
+    file->addSeparator();
+    file->addActions({ exportAll, exportChosen, print });
     file->addSeparator();
     file->addAction(quit);
 }
@@ -45,6 +52,7 @@ void Actions::makeEditMenu()
     copyXml = make(tr("Copy job as &XML"), { QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_C) });
     selectAll = make(tr("Select &all rows"), {});
     find = make(tr("&Find"), { QKeySequence(Qt::CTRL | Qt::Key_F) });
+    find->setShortcutContext(Qt::WidgetWithChildrenShortcut);  // the packets have it, too
     edit->addActions({ copy, copyXml, selectAll });
     edit->addSeparator();
     edit->addAction(find);

@@ -26,6 +26,9 @@ public:
     QAction *reload;
     QAction *stop;
     QAction *open;
+    QAction *exportAll;
+    QAction *exportChosen;
+    QAction *print;
     QAction *quit;
     QAction *copy;  ///< rows
     QAction *copyXml;

@@ -33,7 +33,6 @@ Board::Board(const QByteArray &url)
     qRegisterMetaType<Sources>("Sources");  // what crosses threads
     qRegisterMetaType<JobRows>("JobRows");
     qRegisterMetaType<Item>("Item");
-    qRegisterMetaType<PacketRecord>("PacketRecord");
     m_reader->moveToThread(m_thread);
     connect(m_thread, &QThread::finished, m_reader, &QObject::deleteLater);
     connect(m_reader, &Reader::sourcesRead, this, &Board::take<Sources>);
@@ -45,7 +44,7 @@ Board::Board(const QByteArray &url)
     connect(m_reader, &Reader::progressed, this, &Board::takeProgress);
     connect(m_reader, &Reader::loaded, this, &Board::finish);
     connect(m_reader, &Reader::itemRead, this, &Board::takeItem);
-    connect(m_reader, &Reader::packetPassed, this, &Board::packetPassed);
+    connect(m_reader, &Reader::agentNamed, this, &Board::agentNamed);
     connect(&m_tick, &QTimer::timeout, this, &Board::tick);
     m_tick.start(SECOND);
     m_retry.setSingleShot(true);
@@ -80,6 +79,11 @@ void Board::tell(Work work)
     if (!isWaiting()) {
         m_lastHeard.start();
     }
+}
+
+void Board::setObserver(const std::shared_ptr<XMLRouterObserver> &observer)
+{
+    tell([observer](Reader &reader) { reader.setObserver(observer); });
 }
 
 void Board::load()

@@ -15,6 +15,7 @@
 #include <optional>
 
 class Reader;
+class XMLRouterObserver;
 
 /// What the program knows of the store, and how it comes to know it: starts the reading thread,
 /// collects what that reads, and says what is wrong.
@@ -56,6 +57,8 @@ public:
     /// that is not long.
     int silence() const;
 
+    /// Is told what passes through the router, in the reading thread. Comes before load().
+    void setObserver(const std::shared_ptr<XMLRouterObserver> &observer);
     /// Starts loading; what is being loaded already is given up.
     void load();
     void stop();
@@ -76,7 +79,8 @@ Q_SIGNALS:
     /// One of the values above has another value.
     void statusChanged();
     void itemRead(const Item &item);
-    void packetPassed(const PacketRecord &record);
+    /// What people call an agent.
+    void agentNamed(int agentID, const QString &name);
 
 private:
     void takeProgress(int run, int answered, int requests);

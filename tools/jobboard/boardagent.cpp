@@ -5,24 +5,12 @@
 
 #include <memory>
 
-BoardAgent::BoardAgent(int type, const QString &name, XMLRouter &to, PacketLog &log)
-    : XMLAgent(type), m_log(log)
-{
-    to.add(this);
-    m_log.setAgentName(getAgentID(), name);
-}
+BoardAgent::BoardAgent(int type, XMLRouter &to) : XMLAgent(type) { to.add(this); }
 
 BoardAgent::~BoardAgent() { router->remove(this); }
 
 void BoardAgent::receive(XMLPacket *packet)
 {
     const std::unique_ptr<XMLPacket> received(packet);
-    m_log.add(PacketLog::Received, *received);
     take(*received);
-}
-
-void BoardAgent::send(XMLPacket *packet)
-{
-    m_log.add(PacketLog::Sent, *packet);
-    router->send(packet);
 }

@@ -5,11 +5,12 @@
 #include "xmlmessage.h"
 #include "xmlpacket.h"
 #include "xmlpacketable.h"
+#include "xmlrouter.h"
 
 #include <QCoreApplication>
 
-ItemAgent::ItemAgent(TQCommServer &server, XMLRouter &to, PacketLog &log)
-    : BoardAgent(TYPE, QCoreApplication::translate("ItemAgent", "Items"), to, log), m_server(server)
+ItemAgent::ItemAgent(TQCommServer &server, XMLRouter &to)
+    : BoardAgent(TYPE, to), m_server(server)
 {
 }
 
@@ -31,7 +32,7 @@ void ItemAgent::take(const XMLPacket &packet)
         XMLMessage message(error);
         reply->appendV(message);
     }
-    send(reply);
+    router->send(reply);
 }
 
 std::unique_ptr<XMLPacketable> ItemAgent::read(const TQKEY_ELEMENT &key, QString &error)

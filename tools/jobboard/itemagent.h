@@ -5,6 +5,8 @@
 
 #include "tqtypes.h"
 
+#include <QString>
+
 #include <memory>
 
 class TQCommServer;
@@ -21,7 +23,7 @@ public:
     static constexpr int REQUEST_ITEM = 2000;
 
     /// The connection is not owned and must outlive the agent.
-    ItemAgent(TQCommServer &server, XMLRouter &to, PacketLog &log);
+    ItemAgent(TQCommServer &server, XMLRouter &to);
 
 protected:
     void take(const XMLPacket &packet) override;

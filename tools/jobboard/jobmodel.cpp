@@ -101,6 +101,8 @@ void JobModel::sort(int column, Qt::SortOrder order)
     arrange(m_store, VerticalSortHint);
 }
 
+unsigned JobModel::fieldOf(int column) { return COLUMNS[column].tag; }
+
 TQKEY_ELEMENT JobModel::key(int row) const
 {
     return row >= 0 && row < rowCount() ? job(row).key : TQKEY_CC::getNullKey();

@@ -47,6 +47,8 @@ public:
     /// By the column, then by name and then by key.
     void sort(int column, Qt::SortOrder order) override;
 
+    /// The tag of the field that a column shows.
+    static unsigned fieldOf(int column);
     /// The job in a row; the null key outside the rows.
     TQKEY_ELEMENT key(int row) const;
     /// The row of a job; -1 if it is not shown.

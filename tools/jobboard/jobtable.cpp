@@ -152,33 +152,43 @@ QList<int> JobTable::selectedRows() const
     return rows;
 }
 
-QList<QStringList> JobTable::cells(const QList<int> &rows) const
+QList<int> JobTable::allRows() const
 {
-    const QList<int> columns = shownColumns();
+    QList<int> rows;
+    for (int row = 0; row < m_jobs.rowCount(); ++row) {
+        rows << row;
+    }
+    return rows;
+}
+
+QStringList JobTable::headings() const
+{
     QStringList headings;
-    for (const int column : columns) {
+    for (const int column : shownColumns()) {
         headings << m_jobs.headerData(column, Qt::Horizontal).toString();
     }
-    QList<QStringList> table { headings };
-    for (const int row : rows) {
-        QStringList line;
-        for (const int column : columns) {
-            line << m_jobs.index(row, column).data().toString();
-        }
-        table << line;
+    return headings;
+}
+
+QStringList JobTable::cells(int row) const
+{
+    QStringList cells;
+    for (const int column : shownColumns()) {
+        cells << m_jobs.index(row, column).data().toString();
     }
-    return table;
+    return cells;
 }
 
 void JobTable::copy() const
 {
-    const QList<QStringList> table = cells(selectedRows());
-    if (table.size() < 2) {
-        return;
-    }
+    QList<QStringList> table { headings() };
     QString text;
-    for (int row = 1; row < table.size(); ++row) {
-        text += table.at(row).join(QLatin1Char('\t')) + QLatin1Char('\n');
+    for (const int row : selectedRows()) {
+        table << cells(row);
+        text += table.last().join(QLatin1Char('\t')) + QLatin1Char('\n');
+    }
+    if (text.isEmpty()) {
+        return;
     }
     auto *copied = new QMimeData;
     copied->setText(text);

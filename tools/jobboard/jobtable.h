@@ -23,8 +23,13 @@ public:
     QList<int> shownColumns() const;
     /// Selected rows, from top to bottom.
     QList<int> selectedRows() const;
-    /// A row for each row, with a cell for each shown column; the headings come first.
-    QList<QStringList> cells(const QList<int> &rows) const;
+    /// All rows, from top to bottom.
+    QList<int> allRows() const;
+    /// Of the shown columns.
+    QStringList headings() const;
+    /// The texts of a row in the shown columns.
+    QStringList cells(int row) const;
+    const JobModel &jobs() const { return m_jobs; }
     /// Fills a menu with an action for each column, which shows or hides it.
     void addColumnActions(QMenu &menu);
 

@@ -1,24 +1,29 @@
 #include "mainwindow.h"
 
 #include "actions.h"
+#include "dataout.h"
 #include "detailpane.h"
 #include "itemfields.h"
 #include "jobtable.h"
 #include "jobwindow.h"
 #include "look.h"
-#include "packetpane.h"
 #include "sourcetree.h"
 #include "statusline.h"
 #include "troublebar.h"
+#include "xmlmonitor.h"
 
 #include <QAction>
 #include <QApplication>
 #include <QClipboard>
 #include <QElapsedTimer>
+#include <QFileDialog>
 #include <QHeaderView>
 #include <QLineEdit>
 #include <QLocale>
 #include <QMenu>
+#include <QMessageBox>
+#include <QPrintPreviewDialog>
+#include <QPrinter>
 #include <QScreen>
 #include <QSettings>
 #include <QShortcut>
@@ -73,7 +78,7 @@ void MainWindow::build()
     m_upper->setStretchFactor(1, 1);
     m_panes = new QSplitter(Qt::Vertical, this);
     m_panes->addWidget(m_upper);
-    m_packets = new PacketPane(m_panes);
+    m_packets = new XMLMonitor(nullptr, m_panes);
     m_panes->setSizes({ 500, 160 });
     m_panes->setStretchFactor(0, 1);
     setCentralWidget(m_panes);
@@ -114,7 +119,8 @@ void MainWindow::connectBoard()
     });
     connect(&m_board, &Board::statusChanged, this, &MainWindow::showStatus);
     connect(&m_board, &Board::itemRead, this, &MainWindow::takeItem);
-    connect(&m_board, &Board::packetPassed, m_packets, &PacketPane::add);
+    connect(&m_board, &Board::agentNamed, m_packets, &XMLMonitor::setAgentName);
+    m_board.setObserver(m_packets->makeObserver());
     connect(m_trouble, &TroubleBar::retry, this, &MainWindow::retry);
 }
 
@@ -123,6 +129,12 @@ void MainWindow::connectActions()
     connect(m_actions->reload, &QAction::triggered, &m_board, &Board::load);
     connect(m_actions->stop, &QAction::triggered, &m_board, &Board::stop);
     connect(m_actions->open, &QAction::triggered, this, &MainWindow::openJob);
+    connect(m_actions->exportAll, &QAction::triggered, this,
+        [this] { exportRows(m_table->allRows()); });
+    connect(m_actions->exportChosen, &QAction::triggered, this,
+        [this] { exportRows(m_table->selectedRows()); });
+    connect(m_actions->print, &QAction::triggered, this, &MainWindow::print);
+    m_upper->addActions({ m_actions->exportAll, m_actions->find });  // where their keys work
     connect(m_actions->quit, &QAction::triggered, this, &QWidget::close);
     connect(m_actions->copy, &QAction::triggered, m_table, &JobTable::copy);
     connect(m_actions->copyXml, &QAction::triggered, this,
@@ -150,6 +162,8 @@ void MainWindow::connectTable()
     m_table->addActions({ m_actions->open, m_actions->copy, m_actions->copyXml });
     connect(m_table, &QAbstractItemView::activated, this, &MainWindow::openJob);
     m_choice.setSingleShot(true);
+    connect(m_table->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+        &MainWindow::showStatus);
     connect(m_table->selectionModel(), &QItemSelectionModel::currentRowChanged, &m_choice,
         [this] { m_choice.start(0); });
     connect(&m_choice, &QTimer::timeout, this, &MainWindow::chooseCurrent);
@@ -230,6 +244,7 @@ void MainWindow::showStatus()
     m_detail->setPlaceholder(isChosen ? tr("The job is being read.") : tr("No job is chosen."));
     m_actions->copyXml->setEnabled(!m_item.xml.isEmpty());
     m_actions->open->setEnabled(isChosen);
+    m_actions->exportChosen->setEnabled(m_table->selectedRows().size() > 1);
     const QString text = tr("%1 (%2)");
     m_actions->states[0]->setText(text.arg(tr("Any state"), QLocale().toString(m_jobs.count())));
     for (int state = 0; state < stateNames().size(); ++state) {
@@ -293,6 +308,34 @@ void MainWindow::openJob()
         const QString name = m_jobs.index(row, JobModel::Name).data().toString();
         (new JobWindow(m_board, key, name, m_item, this))->show();
     }
+}
+
+void MainWindow::exportRows(const QList<int> &rows)
+{
+    const QString csv = tr("Comma-separated values (*.csv)");
+    const QString xml = tr("Packet text (*.xml)");
+    QString filter;
+    QString name = QFileDialog::getSaveFileName(
+        this, tr("Export jobs"), QString(), csv + QStringLiteral(";;") + xml, &filter);
+    if (name.isEmpty()) {
+        return;
+    }
+    if (filter == xml && !name.endsWith(QLatin1String(".xml"), Qt::CaseInsensitive)) {
+        name += QStringLiteral(".xml");
+    }
+    const QString problem = exportJobs(*m_table, rows, name);
+    if (!problem.isEmpty()) {
+        QMessageBox::warning(
+            this, tr("Export jobs"), tr("%1 could not be written: %2").arg(name, problem));
+    }
+}
+
+void MainWindow::print()
+{
+    QPrintPreviewDialog preview(this);
+    connect(&preview, &QPrintPreviewDialog::paintRequested, this,
+        [this](QPrinter *printer) { printJobs(*m_table, m_table->allRows(), *printer); });
+    preview.exec();
 }
 
 // First the search is cleared, then loading stops.

@@ -10,13 +10,13 @@
 class Actions;
 class DetailPane;
 class JobTable;
-class PacketPane;
 class QLineEdit;
 class QSettings;
 class QSplitter;
 class SourceTree;
 class StatusLine;
 class TroubleBar;
+class XMLMonitor;
 
 /// The planner's window: sources, the jobs of the chosen one, the details of a job, and the
 /// packets.
@@ -51,6 +51,8 @@ private:
     void chooseCurrent();
     void takeItem(const Item &item);
     void openJob();
+    void exportRows(const QList<int> &rows);
+    void print();
     void escape();
     void retry();
     void applyTheme(int theme);
@@ -73,7 +75,7 @@ private:
     TroubleBar *m_trouble;
     JobTable *m_table;
     DetailPane *m_detail;
-    PacketPane *m_packets;
+    XMLMonitor *m_packets;
     StatusLine *m_status;
 };
 

@@ -63,11 +63,11 @@ Sources bookOwners(const Bridge &bridge)
 // All that uses one connection.
 struct Reader::Session
 {
-    Session(const QByteArray &url, std::function<void(const PacketRecord &)> take)
-        : server(url.constData()), router(nullptr, nullptr, "jobboard"), log(std::move(take)),
-          bridge(server, router), lists(bridge, router, log), items(server, router, log)
+    Session(const QByteArray &url, XMLRouterObserver *observer)
+        : server(url.constData()), router(nullptr, nullptr, "jobboard"), bridge(server, router),
+          lists(bridge, router), items(server, router)
     {
-        log.setAgentName(bridge.getAgentID(), tr("Server bridge"));
+        router.setObserver(observer);
     }
     ~Session()
     {
@@ -81,7 +81,6 @@ struct Reader::Session
 
     TQCommServer server;
     XMLRouter router;
-    PacketLog log;
     Bridge bridge;
     RequestAgent lists;
     ItemAgent items;
@@ -103,13 +102,20 @@ QString Reader::open()
     }
     m_session.reset();
     m_items.clear();
-    m_session = std::make_unique<Session>(
-        m_url, [this](const PacketRecord &record) { Q_EMIT packetPassed(record); });
+    m_session = std::make_unique<Session>(m_url, m_observer.get());
+    nameAgents();
     connect(&m_session->lists, &RequestAgent::replied, this, &Reader::takeReply);
     connect(&m_session->lists, &RequestAgent::served, this, &Reader::checkServed);
     connect(&m_session->lists, &RequestAgent::itemReplied, this, &Reader::takeItem);
     return m_session->server.failures() == 0 ? QString()
                                              : QString::fromUtf8(m_session->server.errorText());
+}
+
+void Reader::nameAgents()
+{
+    Q_EMIT agentNamed(m_session->bridge.getAgentID(), tr("Server bridge"));
+    Q_EMIT agentNamed(m_session->lists.getAgentID(), tr("Job list"));
+    Q_EMIT agentNamed(m_session->items.getAgentID(), tr("Items"));
 }
 
 void Reader::load(int run)

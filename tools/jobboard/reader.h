@@ -1,7 +1,6 @@
 #ifndef READER_H
 #define READER_H
 
-#include "packetlog.h"
 #include "rows.h"
 
 #include <QObject>
@@ -12,6 +11,7 @@
 
 class TQStoreWatch;
 class XMLPacket;
+class XMLRouterObserver;
 
 /// Reads the store, in a thread of its own: has the connection, the router and the agents, and
 /// turns replies into plain rows. What it emits crosses to the window's thread.
@@ -25,6 +25,9 @@ public:
     /// Opens nothing yet.
     explicit Reader(const QByteArray &url);
     ~Reader() override;
+
+    /// Is told what passes through the router. Comes before anything is read.
+    void setObserver(const std::shared_ptr<XMLRouterObserver> &observer) { m_observer = observer; }
 
     /// Reads the outputs, their jobs and then the books. The signals carry the number of the run.
     /// What an earlier run has not read yet is dropped.
@@ -47,7 +50,8 @@ Q_SIGNALS:
     /// The run has ended. The error is empty unless reading failed.
     void loaded(int run, const QString &error);
     void itemRead(const Item &item);
-    void packetPassed(const PacketRecord &record);
+    /// What people call an agent.
+    void agentNamed(int agentID, const QString &name);
     /// Somebody else changed the store, or may have.
     void storeChanged();
 
@@ -55,6 +59,7 @@ private:
     struct Session;
 
     QString open();
+    void nameAgents();
     void ask(int type, const TQKEY_ELEMENT &owner, const QString &name);
     void askBooks();
     void takeReply(int type, const XMLPacket &reply);
@@ -66,6 +71,7 @@ private:
     void end(const QString &error);
 
     const QByteArray m_url;
+    std::shared_ptr<XMLRouterObserver> m_observer;
     std::unique_ptr<TQStoreWatch> m_watch;  // null until opened
     std::unique_ptr<Session> m_session;  // likewise
     QSemaphore m_room;  // for batches that are not taken yet

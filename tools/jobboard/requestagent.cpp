@@ -8,8 +8,8 @@
 
 #include <algorithm>
 
-RequestAgent::RequestAgent(const Bridge &bridge, XMLRouter &to, PacketLog &log)
-    : BoardAgent(TYPE, tr("Job list"), to, log), m_bridge(bridge)
+RequestAgent::RequestAgent(const Bridge &bridge, XMLRouter &to)
+    : BoardAgent(TYPE, to), m_bridge(bridge)
 {
 }
 
@@ -39,7 +39,7 @@ void RequestAgent::askItem(const TQKEY_ELEMENT &key, const QString &name, int ag
     action.setTQKEY(key);
     XMLPacket *packet = getXMLPacket(agentID);
     packet->appendV(action);
-    send(packet);
+    router->send(packet);
 }
 
 void RequestAgent::sendNext()
@@ -56,7 +56,7 @@ void RequestAgent::sendNext()
     // Not every request gets a reply. But the bridge calls deleteLater() of each request that it
     // has served, so the request is destroyed after its reply was delivered.
     connect(packet, &QObject::destroyed, this, &RequestAgent::finish);
-    send(packet);
+    router->send(packet);
 }
 
 void RequestAgent::finish()

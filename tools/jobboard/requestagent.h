@@ -2,8 +2,10 @@
 #define REQUESTAGENT_H
 
 #include "boardagent.h"
+#include "rows.h"
 
 #include <QObject>
+#include <QString>
 
 #include <deque>
 #include <optional>
@@ -31,7 +33,7 @@ public:
     static constexpr int TYPE = 1;
 
     /// The bridge serves this agent alone. It is not owned and must outlive the agent.
-    RequestAgent(const Bridge &bridge, XMLRouter &to, PacketLog &log);
+    RequestAgent(const Bridge &bridge, XMLRouter &to);
 
     void ask(const Request &request);
     /// Moves the waiting requests of that type and, unless it is the null key, for that owner to

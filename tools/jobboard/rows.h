@@ -64,22 +64,10 @@ struct Item
     QString xml = {};
 };
 
-/// A packet, as the list of packets shows it.
-struct PacketRecord
-{
-    bool isSent = false;  ///< by one of the program's agents, or else received by one
-    QString time = {};
-    QString agents = {};  ///< from and to
-    QString content = {};
-    qint64 size = 0;  ///< bytes of the text
-    QByteArray text = {};  ///< as XML, compressed; the beginning of a long one
-};
-
 Q_DECLARE_METATYPE(TQKEY_ELEMENT)
 Q_DECLARE_METATYPE(Source)
 Q_DECLARE_METATYPE(Sources)
 Q_DECLARE_METATYPE(JobRows)
 Q_DECLARE_METATYPE(Item)
-Q_DECLARE_METATYPE(PacketRecord)
 
 #endif
