@@ -1,5 +1,6 @@
 #include "actions.h"
 #include "contrast.h"
+#include "dataout.h"
 #include "detailpane.h"
 #include "itemfields.h"
 #include "jobtable.h"
@@ -15,6 +16,7 @@
 
 #include "tqstore.h"
 
+#include <QPrinter>
 #include <QtSql>
 #include <QtWidgets>
 
@@ -24,7 +26,9 @@
 
 namespace {
 
-constexpr int LONG = 60000;  // ms; more than anything here takes
+constexpr int TIMEOUT = 60000;  // ms; more than anything here takes
+constexpr int SAMPLE_JOBS = 573;
+constexpr int NOT_WAITING = 458;  // of them
 const QSize SMALL_SCREEN(1280, 800);
 
 // What SQL says of the store, beside the library: the first column.
@@ -144,6 +148,9 @@ private Q_SLOTS:
     void searchAndStateNarrowTheJobs();
     void rowsAreInTheOrderThatPeopleExpect();
     void chosenRowsAreCopiedAsTheyAreShown();
+    void whatIsShownIsExported();
+    void anExportThatFailsSaysWhyAndLeavesNothing();
+    void eachPrintedPageIsPainted();
     void theWindowComesBackAsItWas();
     void detailsFollowTheChoice();
     void aJobThatCannotBeReadSaysWhyUntilItCan();
@@ -170,7 +177,7 @@ private:
     void open(const QByteArray &store);
     bool load()
     {
-        return QTest::qWaitFor([this] { return !window->board().isLoading(); }, LONG);
+        return QTest::qWaitFor([this] { return !window->board().isLoading(); }, TIMEOUT);
     }
     bool reload() { return trigger(actions()->reload), load(); }
 
@@ -329,6 +336,54 @@ void tst_JobBoard::chosenRowsAreCopiedAsTheyAreShown()
     QVERIFY(copied->html().contains(str("<td>Emma p. 200</td><td>Waiting</td><td>1000</td></tr>")));
 }
 
+// The content of a file.
+QByteArray read(const QString &fileName)
+{
+    QFile file(fileName);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+void tst_JobBoard::whatIsShownIsExported()
+{
+    sql(str("UPDATE tq_job SET colours = 'a \"b\", c' WHERE name = 'Emma p. 12'"));
+    QVERIFY(reload());
+    choose(sources(), str("Emma"));
+    for (const int column : { JobModel::Output, JobModel::Created, JobModel::Priority }) {
+        jobs()->hideColumn(column);
+    }
+    jobs()->sortByColumn(JobModel::Copies, Qt::DescendingOrder);
+    const QString csv = folder.filePath(str("jobs.csv"));
+    QCOMPARE(exportJobs(*jobs(), jobs()->allRows().mid(2), csv), QString());
+    QCOMPARE(read(csv),
+        QByteArray("Job,State,Colours,Copies\r\nEmma p. 106,Done,Black,500\r\n"
+                   "Emma p. 12,Done,\"a \"\"b\"\", c\",1\r\n"));
+    const QString xml = folder.filePath(str("jobs.xml"));
+    QCOMPARE(exportJobs(*jobs(), { 1 }, xml), QString());
+    const Xml document(QString::fromUtf8(read(xml)));
+    const QDomElement job = document.root.lastChildElement().firstChildElement();
+    QCOMPARE(job.firstChildElement().firstChildElement().attribute(str("value")), names()[1]);
+}
+
+void tst_JobBoard::anExportThatFailsSaysWhyAndLeavesNothing()
+{
+    const QString name = folder.filePath(str("none/jobs.csv"));
+    QVERIFY(!exportJobs(*jobs(), { 0 }, name).isEmpty());
+    QVERIFY(!QFile::exists(name));
+    const QString directory = folder.filePath(str("taken"));
+    QVERIFY(QDir().mkdir(directory));
+    QVERIFY(!exportJobs(*jobs(), { 0 }, directory).isEmpty());
+}
+
+void tst_JobBoard::eachPrintedPageIsPainted()
+{
+    const QString name = folder.filePath(str("jobs.pdf"));
+    QPrinter printer;
+    printer.setOutputFormat(QPrinter::PdfFormat);
+    printer.setOutputFileName(name);
+    printJobs(*jobs(), jobs()->allRows(), printer);
+    QVERIFY(read(name).count("/Type /Page\n") > 5);
+}
+
 void tst_JobBoard::theWindowComesBackAsItWas()
 {
     window->resize(780, 560);
@@ -471,7 +526,7 @@ void tst_JobBoard::aStoreThatCannotBeOpenedIsTriedAgain()
     QTRY_COMPARE(jobs()->placeholder(), str("No jobs are loaded."));
     std::string error;
     QVERIFY(TQCreateSampleStore(("sqlite:" + path.toUtf8()).constData(), {}, error));
-    QTRY_COMPARE_WITH_TIMEOUT(names().size(), 573, LONG);  // by itself
+    QTRY_COMPARE_WITH_TIMEOUT(names().size(), SAMPLE_JOBS, TIMEOUT);  // by itself
     QTRY_COMPARE(trouble(), QString());
 }
 
@@ -480,7 +535,7 @@ void tst_JobBoard::aStoppedLoadSaysSo()
     trigger(actions()->reload);
     trigger(actions()->stop);
     QCOMPARE(trouble(), str("Loading was stopped."));
-    QCOMPARE(names().size(), 573);
+    QCOMPARE(names().size(), SAMPLE_JOBS);
     open(url);
     trigger(actions()->stop);
     QVERIFY(status().endsWith(str("jobs that are loaded so far – not all jobs are loaded")));
@@ -497,7 +552,7 @@ void tst_JobBoard::aSilentServerCostsAMessageOnly()
     QTest::keyClicks(search(), str("still here"));
     QCOMPARE(search()->text(), str("still here"));
     server.end();
-    QTRY_VERIFY_WITH_TIMEOUT(trouble().startsWith(str("Loading failed: ")), LONG);
+    QTRY_VERIFY_WITH_TIMEOUT(trouble().startsWith(str("Loading failed: ")), TIMEOUT);
 }
 
 void tst_JobBoard::afterAStuckRequestRetryWorks()
@@ -566,10 +621,10 @@ void tst_JobBoard::everythingIsReachedByKeys()
     window->activateWindow();
     jobs()->setFocus();
     press(Qt::Key_Escape);
-    QTRY_COMPARE(names().size(), 573);
+    QTRY_COMPARE(names().size(), SAMPLE_JOBS);
     sql(str("DELETE FROM tq_job WHERE state = 0"));
     press(Qt::Key_F5);
-    QTRY_COMPARE_WITH_TIMEOUT(names().size(), 458, LONG);
+    QTRY_COMPARE_WITH_TIMEOUT(names().size(), NOT_WAITING, TIMEOUT);
     press(Qt::Key_1, Qt::ControlModifier);  // waiting
     QCOMPARE(jobs()->placeholder(), str("No job is in this state."));
     press(Qt::Key_Q, Qt::ControlModifier);
@@ -680,8 +735,8 @@ void tst_JobBoard::textsStandOutInBothThemes()
         }
         for (int state = 0; state < stateNames().size(); ++state) {
             const auto mark = stateColour(state).value<QColor>();
-            QVERIFY2(
-                contrast(mark, palette.color(QPalette::Base)) >= READABLE, qPrintable(stateName(state)));
+            QVERIFY2(contrast(mark, palette.color(QPalette::Base)) >= READABLE,
+                qPrintable(stateName(state)));
         }
     }
     setTheme(Theme::Light);
@@ -724,7 +779,7 @@ void tst_JobBoard::pictures()
     environment.insert(str("QT_SCALE_FACTOR"), str("2"));
     large.setProcessEnvironment(environment);
     large.start(QCoreApplication::applicationFilePath(), { str("pictures") });
-    QVERIFY(large.waitForFinished(LONG));
+    QVERIFY(large.waitForFinished(TIMEOUT));
     QCOMPARE(large.exitCode(), 0);
     QCOMPARE(QImage(folderOfPictures + str("/jobboard-2x.png")).size(), SMALL_SCREEN * 2);
 }

@@ -9,8 +9,7 @@
 
 #include <QCoreApplication>
 
-ItemAgent::ItemAgent(TQCommServer &server, XMLRouter &to)
-    : BoardAgent(TYPE, to), m_server(server)
+ItemAgent::ItemAgent(TQCommServer &server, XMLRouter &to) : BoardAgent(TYPE, to), m_server(server)
 {
 }
 
