@@ -87,6 +87,18 @@
         <source>Tools</source>
         <translation>Werkzeuge</translation>
     </message>
+    <message>
+        <source>&amp;Export…</source>
+        <translation>&amp;Exportieren …</translation>
+    </message>
+    <message>
+        <source>Export &amp;chosen rows…</source>
+        <translation>Aus&amp;gewählte Zeilen exportieren …</translation>
+    </message>
+    <message>
+        <source>&amp;Print preview…</source>
+        <translation>&amp;Druckvorschau …</translation>
+    </message>
 </context>
 <context>
     <name>Board</name>
@@ -105,6 +117,17 @@
     <message>
         <source>The chosen job is not shown: %1</source>
         <translation>Der gewählte Auftrag wird nicht angezeigt: %1</translation>
+    </message>
+</context>
+<context>
+    <name>DataOut</name>
+    <message>
+        <source>Page %1 of %2</source>
+        <translation>Seite %1 von %2</translation>
+    </message>
+    <message>
+        <source>a text has a character that XML does not allow</source>
+        <translation>ein Text enthält ein Zeichen, das in XML nicht erlaubt ist</translation>
     </message>
 </context>
 <context>
@@ -352,10 +375,6 @@
 <context>
     <name>ItemAgent</name>
     <message>
-        <source>Items</source>
-        <translation>Datensätze</translation>
-    </message>
-    <message>
         <source>it is not in the store any more</source>
         <translation>er ist nicht mehr im Datenbestand</translation>
     </message>
@@ -435,75 +454,21 @@
         <source>There are no jobs here.</source>
         <translation>Hier gibt es keine Aufträge.</translation>
     </message>
-</context>
-<context>
-    <name>PacketLog</name>
     <message>
-        <source>… and %1 more</source>
-        <translation>… und weitere %1</translation>
+        <source>Comma-separated values (*.csv)</source>
+        <translation>Durch Kommas getrennte Werte (*.csv)</translation>
     </message>
     <message>
-        <source>items</source>
-        <translation>Datensätze</translation>
+        <source>XML (*.xml)</source>
+        <translation>XML (*.xml)</translation>
     </message>
     <message>
-        <source>request for %1</source>
-        <translation>Anfrage: %1</translation>
+        <source>Export jobs</source>
+        <translation>Aufträge exportieren</translation>
     </message>
     <message>
-        <source>message: %1</source>
-        <translation>Meldung: %1</translation>
-    </message>
-    <message>
-        <source>nothing</source>
-        <translation>nichts</translation>
-    </message>
-</context>
-<context>
-    <name>PacketPane</name>
-    <message>
-        <source>Time</source>
-        <translation>Zeit</translation>
-    </message>
-    <message>
-        <source>Direction</source>
-        <translation>Richtung</translation>
-    </message>
-    <message>
-        <source>From and to</source>
-        <translation>Von und an</translation>
-    </message>
-    <message>
-        <source>Content</source>
-        <translation>Inhalt</translation>
-    </message>
-    <message>
-        <source>Size</source>
-        <translation>Größe</translation>
-    </message>
-    <message>
-        <source>Packets</source>
-        <translation>Pakete</translation>
-    </message>
-    <message>
-        <source>Text of the packet</source>
-        <translation>Text des Pakets</translation>
-    </message>
-    <message>
-        <source>Choose a packet to read it.</source>
-        <translation>Zum Lesen ein Paket auswählen.</translation>
-    </message>
-    <message>
-        <source>sent</source>
-        <translation>gesendet</translation>
-    </message>
-    <message>
-        <source>received</source>
-        <translation>empfangen</translation>
-    </message>
-    <message>
-        <source>Content (the last %1 packets)</source>
-        <translation>Inhalt (die letzten %1 Pakete)</translation>
+        <source>%1 could not be written: %2</source>
+        <translation>%1 konnte nicht geschrieben werden: %2</translation>
     </message>
 </context>
 <context>
@@ -528,12 +493,13 @@
         <source>books</source>
         <translation>Bücher</translation>
     </message>
-</context>
-<context>
-    <name>RequestAgent</name>
     <message>
         <source>Job list</source>
         <translation>Auftragsliste</translation>
+    </message>
+    <message>
+        <source>Items</source>
+        <translation>Objekte</translation>
     </message>
 </context>
 <context>
@@ -894,6 +860,10 @@
     <message>
         <source>%1 without text: too many at once</source>
         <translation>%1 ohne Text: zu viele auf einmal</translation>
+    </message>
+    <message>
+        <source>More tools</source>
+        <translation>Weitere Werkzeuge</translation>
     </message>
 </context>
 <context>

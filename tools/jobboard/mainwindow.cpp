@@ -313,7 +313,7 @@ void MainWindow::openJob()
 void MainWindow::exportRows(const QList<int> &rows)
 {
     const QString csv = tr("Comma-separated values (*.csv)");
-    const QString xml = tr("Packet text (*.xml)");
+    const QString xml = tr("XML (*.xml)");
     QString filter;
     QString name = QFileDialog::getSaveFileName(
         this, tr("Export jobs"), QString(), csv + QStringLiteral(";;") + xml, &filter);
