@@ -1,3 +1,9 @@
+// A packet builds a QDomDocument only when somebody asks for a node, since the document is what
+// takes most of its time and memory. Until then the packet's body is a list of BodyItems: server
+// items as packet text (PacketItem), and messages and other objects that have only attributes as
+// drafts. A Draft can be written and compared as it is, and makes its element when the document is
+// built.
+
 #include "draft_p.h"
 
 #include "vocabulary_p.h"
@@ -61,6 +67,7 @@ void BodyItem::forgetObject()
 
 const QString &BodyItem::name() const
 {
+    // A PacketItem is a server item, whose element always has this name.
     const Draft *draft = std::get_if<Draft>(&m_content);
     return draft ? draft->name() : PACKETABLE;
 }

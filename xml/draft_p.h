@@ -59,6 +59,7 @@ public:
     XMLObject *object() const;
     void forgetObject();
 
+    // The tag name of the element that the item stands for.
     const QString &name() const;
     QDomElement appendTo(QDomElement &parent) const;
     void write(XmlWriter &writer) const;
