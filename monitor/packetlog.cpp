@@ -1,3 +1,6 @@
+// Keeps the records of what a router told, and finds out which packet is the reply to which. The
+// router does not say that; the log infers it from the order of sending and delivery.
+
 #include "packetlog.h"
 
 #include <QCoreApplication>
@@ -8,7 +11,7 @@ namespace TQXmlInternal {
 
 namespace {
 
-constexpr int BRIDGE = -1;
+constexpr int BRIDGE = -1;  // agent id of the server bridge
 
 qint64 bytesOf(const PacketRecord &record)
 {
@@ -55,6 +58,9 @@ void PacketLog::append(const PacketRecord &record)
 void PacketLog::dropOldest()
 {
     const PacketRecord &oldest = m_records.front();
+    // Drops its number from the requests without a reply, if it is one. The record of an agent that
+    // came or went has the agent's id and type in place of source and destination. It may find
+    // requests, too, but their numbers are higher than its own.
     const auto requests = m_requests.find({ oldest.source, oldest.destination });
     if (requests != m_requests.end() && requests->front() <= m_first) {
         requests->pop_front();
@@ -155,13 +161,13 @@ qint64 PacketLog::takeRequest(const PacketRecord &reply)
         current->partner < 0) {
         return m_current;
     }
-    const Way way { reply.destination, reply.source };
-    while (m_requests.contains(way)) {
-        std::deque<qint64> &requests = m_requests[way];
+    const Route route { reply.destination, reply.source };
+    while (m_requests.contains(route)) {
+        std::deque<qint64> &requests = m_requests[route];
         const qint64 number = requests.front();
         requests.pop_front();
         if (requests.empty()) {
-            m_requests.remove(way);
+            m_requests.remove(route);
         }
         const PacketRecord *request = find(number);
         if (request && request->partner < 0) {

@@ -57,7 +57,7 @@ protected:
     bool isIdle() const override { return m_isPaused; }
 
 private:
-    using Way = std::pair<int, int>;  // ids of source and destination
+    using Route = std::pair<int, int>;  // of a packet: ids of source and destination
 
     PacketRecord *at(qint64 number);
     void dropOldest();
@@ -79,7 +79,7 @@ private:
     bool m_awaitsNews = true;  // whether the listener is to be called
     QHash<int, QString> m_agentNames;
     QHash<const XMLPacket *, qint64> m_queued;  // numbers; the packets are only compared
-    QHash<Way, std::deque<qint64>> m_requests;  // delivered, without a reply so far
+    QHash<Route, std::deque<qint64>> m_requests;  // delivered, without a reply so far
     qint64 m_current = -1;  // number of the packet that was delivered last
     const std::shared_ptr<PacketQueue> m_queue = std::make_shared<PacketQueue>();
 };

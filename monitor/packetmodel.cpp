@@ -1,3 +1,6 @@
+// Shows a packet log in a table. Row r is the record with number m_first + r; when the log drops
+// its oldest records, the first rows go, and the numbers stay.
+
 #include "packetmodel.h"
 
 #include "packetlog.h"
@@ -74,17 +77,17 @@ void PacketModel::removeDropped()
     }
 }
 
+// Neighbouring rows that changed are reported as one range, since views do work for each signal.
 void PacketModel::emitChanges()
 {
+    const auto isGap = [](qint64 number, qint64 next) { return next > number + 1; };
     std::vector<qint64> numbers = m_log.takeChanged();
     std::sort(numbers.begin(), numbers.end());
     auto begin = std::lower_bound(numbers.begin(), numbers.end(), m_first);
     const auto end = std::lower_bound(begin, numbers.end(), m_end);
     while (begin != end) {
-        auto last = begin;
-        while (last + 1 != end && last[1] <= *last + 1) {
-            ++last;
-        }
+        const auto beforeGap = std::adjacent_find(begin, end, isGap);
+        const auto last = beforeGap == end ? end - 1 : beforeGap;
         Q_EMIT dataChanged(indexOf(*begin), indexOf(*last).siblingAtColumn(ColumnCount - 1));
         begin = last + 1;
     }
@@ -155,6 +158,7 @@ QString PacketModel::text(const PacketRecord &record, int column) const
     if (record.state == PacketRecord::Delivered) {
         return text.arg(durationText(record.delivery));
     }
+    // The record of an agent has its type in place of a destination.
     return record.isPacket() ? text : text.arg(record.destination);
 }
 

@@ -38,7 +38,9 @@ struct PacketRecord
     qint64 answer = -1;  // microseconds from the request to the reply, in both of them
     qint64 size = 0;  // bytes of the whole text
     QByteArray text;  // as XMLPacket::write() gives it; of a long one, the beginning
-    int source = 0;  // agent ids; of an agent that came or went, its id and its type
+    // Ids of the agents. The record of an agent that came or went has its id in source and, to save
+    // a member, its type in destination.
+    int source = 0;
     int destination = 0;
     State state = Waiting;
     Kind kind = Empty;

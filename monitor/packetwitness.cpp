@@ -1,3 +1,7 @@
+// Describes what a router does, so that a monitor can show it. Writing the text of a packet is what
+// takes time, and the router waits for it. So time is divided into periods, and when texts have
+// taken their share of a period, the packets of its rest are described without their texts.
+
 #include "packetwitness.h"
 
 #include "xmlagent.h"
@@ -13,8 +17,8 @@ namespace TQXmlInternal {
 
 namespace {
 
-// Writing texts may take this much of each slice of time, in microseconds.
-constexpr qint64 SLICE = 50000;
+// In each period texts may be written for so long, in microseconds.
+constexpr qint64 PERIOD = 50000;
 constexpr qint64 MAX_SPENT = 20000;
 
 qint64 now()
@@ -60,8 +64,8 @@ PacketWitness::PacketWitness() { m_buffer.reserve(4096); }
 
 bool PacketWitness::hasTime(qint64 time)
 {
-    if (time / SLICE != m_slice) {
-        m_slice = time / SLICE;
+    if (time / PERIOD != m_period) {
+        m_period = time / PERIOD;
         m_spent = 0;
     }
     return m_spent < MAX_SPENT;
@@ -108,7 +112,7 @@ void PacketWitness::addAgent(PacketRecord::State state, int agentID, int agentTy
     PacketEvent event;
     event.record.time = now();
     event.record.source = agentID;
-    event.record.destination = agentType;
+    event.record.destination = agentType;  // as PacketRecord says; there is no destination
     event.record.state = state;
     event.record.kind = PacketRecord::Agent;
     take(std::move(event));

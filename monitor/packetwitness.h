@@ -43,8 +43,8 @@ private:
     void writeText(const XMLPacket &packet, PacketRecord &record);
     bool hasTime(qint64 time);
 
-    qint64 m_slice = 0;  // of time, in which texts were written for m_spent microseconds
-    qint64 m_spent = 0;
+    qint64 m_period = 0;  // number of the period of time in which a text was last wanted
+    qint64 m_spent = 0;  // microseconds of it, for writing texts
     QByteArray m_buffer;  // for writing
 };
 
