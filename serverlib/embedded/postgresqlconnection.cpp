@@ -1,5 +1,9 @@
 // Waits for a server with a limit of time, which libpq does not have: it sends and reads without
 // waiting, and poll() waits.
+//
+// Statements are sent in pipeline mode. A round trip is what was sent up to a sync() and the
+// results of it. libpq gives the results of each statement, then null, and as the last result of
+// the trip one with the status PGRES_PIPELINE_SYNC.
 
 #include "postgresqlconnection_p.h"
 
@@ -29,7 +33,7 @@ PostgresqlConnection::Result PostgresqlConnection::takeResult()
     if (!m_isOnTrip || !isOpen()) {
         return nullptr;
     }
-    if (!awaitAnswer()) {
+    if (!awaitResult()) {
         giveUp();
         return nullptr;
     }
@@ -56,9 +60,10 @@ QString PostgresqlConnection::errorOf(const Result &result) const
     return QString::fromUtf8(text);
 }
 
-// Sends what is not sent yet, and waits until a result can be taken or the connection is lost.
-// False when the time is over.
-bool PostgresqlConnection::awaitAnswer() const
+// Sends what is not sent yet, and waits until PQgetResult() does not block. That is so, too, when
+// the connection is lost: PQgetResult() then gives libpq's own error. Only when the time is over
+// there is nothing to take, and false is returned.
+bool PostgresqlConnection::awaitResult() const
 {
     const QDeadlineTimer deadline =
         m_limit.count() > 0 ? QDeadlineTimer(m_limit) : QDeadlineTimer(QDeadlineTimer::Forever);
@@ -70,7 +75,7 @@ bool PostgresqlConnection::awaitAnswer() const
             return false;
         }
         if ((socket.revents & ~POLLOUT) != 0 && PQconsumeInput(get()) == 0) {
-            return true;
+            return true;  // the connection is lost
         }
         unsent = PQflush(get());
     }

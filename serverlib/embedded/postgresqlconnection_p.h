@@ -28,7 +28,7 @@ public:
     bool isOpen() const { return !m_isGivenUp && PQstatus(m_connection.get()) == CONNECTION_OK; }
     PGconn *get() const { return m_connection.get(); }
 
-    // Ends what was sent for one round trip.
+    // Ends a round trip: what was sent since the last call. Its results can be taken now.
     void sync();
     // The next result of the trip; null after the results of each statement, and at its end.
     Result takeResult();
@@ -44,13 +44,13 @@ private:
         void operator()(PGconn *connection) const { PQfinish(connection); }
     };
 
-    bool awaitAnswer() const;
+    bool awaitResult() const;
     void giveUp();
 
     const std::unique_ptr<PGconn, Finish> m_connection;
     const std::chrono::milliseconds m_limit;
-    bool m_isOnTrip = false;
-    bool m_isGivenUp = false;
+    bool m_isOnTrip = false;  // from sync() until the last result of the trip is taken
+    bool m_isGivenUp = false;  // because the server was silent for too long
 };
 
 }  // namespace TQServerInternal
