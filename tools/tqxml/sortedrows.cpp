@@ -1,3 +1,8 @@
+// Sorts rows for --sort. Cells are texts, but each column has its own order: numbers and keys by
+// value, texts and dates in natural order, empty cells last. So a value to compare is made of each
+// cell once, when its row is added. With a limit, rows that cannot be among the first ones are
+// dropped from time to time, so that memory depends on the limit and not on the number of rows.
+
 #include "sortedrows.h"
 
 #include "values.h"
@@ -7,8 +12,10 @@
 namespace {
 
 constexpr QLatin1Char SEPARATOR('\x1f');  // which XML cannot hold, and so no cell
-constexpr double WORD = 4294967296.0;
-constexpr size_t MIN_ROWS = 1000;  // that are held before some are dropped
+// Keys are sorted by hkey, then by key, which has 32 bits. Both are one double, like every number.
+// It is exact, as the hkey of a key in a store is its data type: far below 2 to the 21st.
+constexpr double HKEY_UNIT = 4294967296.0;
+constexpr size_t MIN_ROWS = 1000;  // with a lower limit, so many are kept until the end
 
 int compare(double a, double b) { return a < b ? -1 : int(a > b); }
 
@@ -34,7 +41,7 @@ SortedRows::Value SortedRows::valueOf(const Order &order, const QString &cell) c
     }
     if (order.kind == Kind::Key) {
         const auto key = readKey(cell);
-        return { key ? key->hkey * WORD + key->key : 0.0, {} };
+        return { key ? key->hkey * HKEY_UNIT + key->key : 0.0, {} };
     }
     bool isNumber = false;
     const double number = cell.toDouble(&isNumber);
