@@ -20,6 +20,11 @@ namespace {
 constexpr int THREADS = 4;
 constexpr int ROUNDS = 6;
 
+// Of the sample store: the first of each kind.
+constexpr int OUTPUT = 0x40000000;
+constexpr unsigned OWNER = 0x48000000;
+constexpr unsigned PROFILE = 0x58000000;
+
 std::atomic<int> failures { 0 };
 std::atomic<int> warnings { 0 };
 
@@ -59,13 +64,13 @@ QByteArrayList jobsByBridge(TQCommServer &server)
     return texts;
 }
 
-// Everything that a connection of the thread's own answers.
+// What a new connection answers: jobs, books, a profile and its last error.
 QByteArrayList answersOf(const QByteArray &url)
 {
     Client client(url);
     const QByteArrayList answers = jobsByBridge(client.server) +
-        client.booksOf({ 0x48000000, PACKETDATATYPE_BOOKOWNER }) + client.jobsOf(0x40000000);
-    return answers + QByteArrayList { client.profile(0x58000000), client.error() };
+        client.booksOf({ OWNER, PACKETDATATYPE_BOOKOWNER }) + client.jobsOf(OUTPUT);
+    return answers + QByteArrayList { client.profile(PROFILE), client.error() };
 }
 
 using Answers = std::vector<std::pair<QByteArray, QByteArrayList>>;  // by URL
@@ -74,7 +79,8 @@ void askAll(const Answers &stores, int thread)
 {
     for (int round = 0; round < ROUNDS; ++round) {
         const auto &[url, alone] = stores[size_t(thread + round) % stores.size()];
-        check(answersOf(url) == alone, "a thread gets of " + url + " what one alone gets");
+        check(answersOf(url) == alone,
+            "a thread gets the same from " + url + " as one that is alone");
     }
 }
 

@@ -1,3 +1,6 @@
+// Archive nodes become items. A node has an item and the nodes that it refers to; in XML, a copy of
+// each of these items is inlined in the field that refers to it.
+
 #include "script.h"
 #include "tqcommserver.h"
 #include "tqitems.h"
@@ -79,8 +82,8 @@ QString namesIn(const QDomElement &e)
     return withBelow(XMLPacketable::getName(e), below);
 }
 
-// The same, the naive way: every reference fills every field that names the same node, unless that
-// node is being inlined already.
+// What namesIn() must return, computed from the references alone: every reference fills every field
+// that names the same node, unless that node is being inlined already.
 QString expectedNames(const References &references, unsigned int number, QList<unsigned int> path)
 {
     QStringList below;
@@ -115,7 +118,7 @@ private Q_SLOTS:
     void profilesAreLoadedFirst();
     void referencesAreCopiesOfTheFirstLevel();
     void onlyReferringFieldsGiveReferences();
-    void aTableThatChangedInPlaceIsReadAnew();
+    void aTableThatChangedInPlaceIsReadAgain();
 
 private:
     std::unique_ptr<XMLPacketable> load(const Node &node)
@@ -205,7 +208,8 @@ void tst_Archive::whatFailsIsNotInlined()
     }
 }
 
-// Both words of a key count, and one that lacks a word is none. Names count as Latin-1.
+// A key refers when both of its words are equal. Names, which are Latin-1, are compared only when
+// the key is invalid, because one of its words is 0.
 void tst_Archive::aValidKeyRefersElseTheName()
 {
     const Node root = makeNode({ 1, HKEY }, "root",
@@ -226,7 +230,7 @@ void tst_Archive::aValidKeyRefersElseTheName()
     QCOMPARE(refersTo({ 3, HKEY }, "caf\xe9"), QString());
 }
 
-// Those of nested items, and of items of another type, take none.
+// Fields of nested items and of items of another type take no copy.
 void tst_Archive::everyFieldOfTheOwnBlocksTakesACopy()
 {
     const Node child = makeNode({ 2, HKEY }, "two", "");
@@ -253,7 +257,7 @@ void tst_Archive::withoutANodeNothingHappens()
     QCOMPARE(xmlOf(item.getNodeConst()), str("<packetable/>"));
 }
 
-// From the server that the connection names.
+// The call of load() has the host that the connection names, and its port.
 void tst_Archive::profilesAreLoadedFirst()
 {
     script().isRecording = true;
@@ -311,8 +315,8 @@ void tst_Archive::onlyReferringFieldsGiveReferences()
     }
 }
 
-// As where a type is forgotten and made known again, and its table gets the same address.
-void tst_Archive::aTableThatChangedInPlaceIsReadAnew()
+// The table of a type that was removed and added again may have the address of the old one.
+void tst_Archive::aTableThatChangedInPlaceIsReadAgain()
 {
     for (const unsigned int tag : { 1U, 2U }) {
         script().tables[TYPE][0].tag = tag;

@@ -20,6 +20,7 @@ namespace {
 constexpr PACKETDATATYPES PROFILE = PACKETDATATYPE_ICCPROFILE;
 constexpr unsigned SRGB = 0x58000000;  // the first profile
 constexpr int OUTPUT = 0x40000000;  // the first
+constexpr unsigned OWNER = 0x48000000;  // the first owner of books
 constexpr int PAGE_SIZE = 4096;  // of SQLite
 
 // What a store holds, and what a connection answers, the obvious way.
@@ -28,10 +29,10 @@ struct Model
     std::map<int, QByteArray> jobs;  // of one output: names by id
     std::optional<std::map<int, QByteArray>> moment;  // which a transaction sees
     bool isReading = false;  // a transaction has begun
-    bool isBroken = false;  // and something failed in it
-    bool isGone = false;  // the tables are
-    bool isLost = false;  // the connection is
-    bool isSuspect = false;  // what was asked last has failed
+    bool isBroken = false;  // a query failed in the transaction, so all further ones do
+    bool isGone = false;  // the tables are renamed
+    bool isLost = false;  // the server has ended the connection
+    bool isSuspect = false;  // the last query failed; begin() looks for the tables then
     unsigned failures = 0;
 
     void begin()
@@ -173,6 +174,7 @@ int listenIn(const QByteArray &folder)
 /// Lets one PostgreSQL client in, and answers nothing that it asks then; what it said first.
 QByteArray fallSilent(int listener)
 {
+    // PostgreSQL's messages for: no password is needed, the version, and ready for queries.
     constexpr char WELCOME[] = "R\0\0\0\10\0\0\0\0S\0\0\0\30server_version\00015.0\0Z\0\0\0\5I";
     const int client = ::accept(listener, nullptr, nullptr);
     char text[1000];
@@ -191,7 +193,7 @@ QByteArrayList everything(Client &client)
     QByteArrayList answers { client.profile(SRGB) };
     for (int id = 0; id < 6; ++id) {
         answers += client.jobsOf(OUTPUT + id);
-        answers += client.booksOf({ 0x48000000U + unsigned(id), PACKETDATATYPE_BOOKOWNER });
+        answers += client.booksOf({ OWNER + unsigned(id), PACKETDATATYPE_BOOKOWNER });
     }
     return answers;
 }
@@ -212,7 +214,7 @@ private Q_SLOTS:
     void profilesComeFromTheStoreOfTheirItem();
     void aDamagedPageIsAnErrorOrChangesNothing();
     void aFileThatIsReadWithoutLocksMayNotChange();
-    void whoAsksNothingIsNotGivenUp();
+    void anIdleConnectionIsNotGivenUp();
     void aServerThatFallsSilentAtOnceIsGivenUp();
     void changesOfOthersAreNoticed();
     void aStoreThatWasAwayIsWatchedAgain();
@@ -249,7 +251,7 @@ void tst_Connection::whateverHappensAnswersAreOfOneMomentOrFailures()
     QVERIFY2(!QTest::currentTestFailed(), ("seed " + QByteArray::number(seed)).constData());
 }
 
-// As a listing does that waits for the program which reads its output.
+// A listing waits like this while the program that reads its output is slow.
 void tst_Connection::aReaderThatWaitsHoldsUpNoWriter()
 {
     constexpr int WRITES = 20;
@@ -314,7 +316,7 @@ void tst_Connection::profilesComeFromTheStoreOfTheirItem()
 void tst_Connection::aDamagedPageIsAnErrorOrChangesNothing()
 {
     if (m_isPostgres) {
-        return;  // whose files are its own business
+        return;  // its files are read by the server only
     }
     constexpr int ENTRIES_AT = 3;  // their number, in the header of a page of a tree
     const QByteArray TREES("\x2\x5\xa\xd");  // first bytes of their pages
@@ -353,7 +355,7 @@ void tst_Connection::aDamagedPageIsAnErrorOrChangesNothing()
 void tst_Connection::aFileThatIsReadWithoutLocksMayNotChange()
 {
     if (m_isPostgres) {
-        return;  // which always locks
+        return;  // it always locks
     }
     QVERIFY(QDir().mkdir(m_stores.path("closed")));
     const QByteArray store = sample("closed/store");
@@ -363,7 +365,9 @@ void tst_Connection::aFileThatIsReadWithoutLocksMayNotChange()
     };
     ::chmod(m_stores.path("").toUtf8().constData(), 0755);
     allow(0555, 0444);
-    (void)!::setresuid(65534, 65534, uid_t(-1));  // root may write everywhere
+    // Root may write everywhere, so the file is read as another user. "(void)!" is against a
+    // warning.
+    (void)!::setresuid(65534, 65534, uid_t(-1));
     Client client(store);
     const QByteArrayList jobs = client.jobsOf(OUTPUT);
     (void)!::setresuid(0, 0, uid_t(-1));
@@ -375,7 +379,7 @@ void tst_Connection::aFileThatIsReadWithoutLocksMayNotChange()
     QCOMPARE(str(client.error()), m_stores.path("closed/store") + reason);
 }
 
-void tst_Connection::whoAsksNothingIsNotGivenUp()
+void tst_Connection::anIdleConnectionIsNotGivenUp()
 {
     Client client(sample("quiet") + (m_isPostgres ? "?response_timeout=1" : ""));
     QTest::qSleep(1500);
@@ -463,7 +467,7 @@ void tst_Connection::aStoreThatWasAwayIsWatchedAgain()
     QTRY_COMPARE(calls, 2);
 }
 
-// The file has each address and, below it, what is said.
+// The file has each address, indented by two blanks, and below it, indented by four, what is said.
 void tst_Connection::badAddressesSayWhyWithoutTheirPassword()
 {
     const QString recorded = str(contentOf(str(TQXML_ADDRESSES)));
