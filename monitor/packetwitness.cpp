@@ -17,7 +17,7 @@ namespace TQXmlInternal {
 
 namespace {
 
-// In each period texts may be written for so long, in microseconds.
+// In microseconds. When the texts of a period have taken MAX_SPENT, it gets no further ones.
 constexpr qint64 PERIOD = 50000;
 constexpr qint64 MAX_SPENT = 20000;
 

@@ -1,3 +1,7 @@
+// The widget. The router's events go into a PacketLog, PacketModel lists that, and PacketFilter
+// leaves out what the user does not want to see. The log does not wait for the widget: a timer
+// brings the model up to date, so that a burst of packets costs one refresh.
+
 #include "xmlmonitor.h"
 
 #include "packetfile.h"
@@ -32,13 +36,13 @@ using namespace TQXmlInternal;
 
 namespace {
 
-constexpr int REFRESH_DELAY = 50;  // ms
-constexpr int TYPING_DELAY = 150;
+constexpr int REFRESH_DELAY = 50;  // ms, after the first change
+constexpr int TYPING_DELAY = 150;  // ms, after the last letter
 
-// Typical contents of the columns, which tell their widths.
-constexpr const char *WIDTHS[] = { "00:00:00.000", "server bridge", "server bridge",
+// A long text of each column; columns are made as wide as that.
+constexpr const char *SAMPLES[] = { "00:00:00.000", "server bridge", "server bridge",
     "message plate 12 is ready", "1000.00 KiB", "dropped: equals the one queued last" };
-static_assert(std::size(WIDTHS) == PacketModel::ColumnCount, "one sample a column");
+static_assert(std::size(SAMPLES) == PacketModel::ColumnCount, "one sample a column");
 
 // The kinds in the order of PacketFilter::Show.
 const char *const KINDS[] = { QT_TRANSLATE_NOOP("XMLMonitor", "everything"),
@@ -48,7 +52,9 @@ const char *const KINDS[] = { QT_TRANSLATE_NOOP("XMLMonitor", "everything"),
     QT_TRANSLATE_NOOP("XMLMonitor", "agents") };
 static_assert(std::size(KINDS) == PacketFilter::Agents + 1, "one text a kind");
 
-constexpr double READABLE = 4.5;  // least contrast of a text
+// A text is easy to read from this contrast on. Both formulas are those of the Web Content
+// Accessibility Guidelines (WCAG 2).
+constexpr double READABLE = 4.5;
 
 double luminance(const QColor &colour)
 {
@@ -65,8 +71,8 @@ double contrast(const QColor &a, const QColor &b)
     return (lighter + 0.05) / (darker + 0.05);
 }
 
-// Draws rows. Many palettes have a highlight on which the text of a selected row is hard to read;
-// this one takes another shade of it then.
+// Draws rows. Many palettes have a highlight on which the text of a selected row is hard to read.
+// Then the highlight is made darker or lighter, in steps, until the contrast suffices.
 class RowDelegate : public QStyledItemDelegate
 {
 public:
@@ -79,7 +85,8 @@ protected:
         constexpr int MAX_STEPS = 40;
         QStyledItemDelegate::initStyleOption(option, index);
         const QColor text = option->palette.color(QPalette::HighlightedText);
-        const bool isTextLight = luminance(text) > 0.18;  // contrasts with black as with white
+        const bool isTextLight =
+            luminance(text) > 0.18;  // 0.18 has the same contrast with black and white
         QColor ground = option->palette.color(QPalette::Highlight);
         for (int i = 0; i < MAX_STEPS && contrast(text, ground) < READABLE; ++i) {
             ground = isTextLight ? ground.darker(STEP) : ground.lighter(STEP);
@@ -129,7 +136,7 @@ XMLMonitor::~XMLMonitor()
 {
     m_log->queue()->close();
     setRouter(nullptr);
-    m_list->setModel(nullptr);  // the log is gone before the children
+    m_list->setModel(nullptr);  // the list is destroyed after the log and must not read it
 }
 
 void XMLMonitor::makeActions()
@@ -151,7 +158,7 @@ void XMLMonitor::makeActions()
     add(tr("Request ↔ reply"), QKeySequence(Qt::CTRL | Qt::Key_G), [this] { goToPartner(); });
 }
 
-// Adds an action that has a button in the bar.
+// Adds an action, with its shortcut. makeBar() makes buttons for those that are there by then.
 QAction *XMLMonitor::makeAction(const QString &text, const QKeySequence &shortcut)
 {
     auto *action = new QAction(text, this);
@@ -181,11 +188,11 @@ QWidget *XMLMonitor::makeBar()
     auto *bar = new QWidget;
     auto *row = new QHBoxLayout(bar);
     row->setContentsMargins(0, 0, 0, 0);
-    auto *tools = new QToolBar;  // gets narrow
+    auto *tools = new QToolBar;  // may be narrower than its buttons, unlike a row of buttons
     tools->addActions(actions());
     for (QToolButton *button : tools->findChildren<QToolButton *>()) {
         button->setFocusPolicy(Qt::TabFocus);
-        if (!button->defaultAction()) {  // shows what has no room
+        if (!button->defaultAction()) {  // the menu of the buttons that have no room
             button->setAccessibleName(tr("More tools"));
         }
     }
@@ -224,7 +231,7 @@ QWidget *XMLMonitor::makeList()
     header->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     header->setStretchLastSection(true);
     for (int i = 0; i < PacketModel::ColumnCount; ++i) {
-        const int width = fontMetrics().horizontalAdvance(QString::fromUtf8(WIDTHS[i]));
+        const int width = fontMetrics().horizontalAdvance(QString::fromUtf8(SAMPLES[i]));
         header->resizeSection(i, width + fontMetrics().averageCharWidth() * 2);
     }
     connect(m_list->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
