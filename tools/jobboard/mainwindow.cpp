@@ -1,3 +1,7 @@
+// The window: brings together the Board, which reads the store in another thread, and the widgets.
+// The jobs that the board has read are in m_jobs, a model that searches, filters and counts them.
+// Size, columns and panes are kept in the settings.
+
 #include "mainwindow.h"
 
 #include "actions.h"
@@ -33,10 +37,14 @@
 namespace {
 
 constexpr QSize WINDOW_SIZE(1280, 740);
-constexpr int SEARCH_DELAY = 60;  // ms
-constexpr int REFRESH_EVERY = 100;  // ms
-constexpr int REFRESH_SHARE = 10;  // at least so many times as long as a refresh takes
+constexpr int SEARCH_DELAY = 60;  // ms, after the last letter
+// While jobs are read, they are shown again after so many ms, or after so many times as long as
+// showing them took last, if that is longer.
+constexpr int REFRESH_EVERY = 100;
+constexpr int REFRESH_FACTOR = 10;
 
+// Keys of the settings. UPPER is the splitter of sources, jobs and details, PANES the one of these
+// and the packets.
 const QString GEOMETRY = QStringLiteral("window/geometry");
 const QString UPPER = QStringLiteral("window/upper");
 const QString PANES = QStringLiteral("window/panes");
@@ -63,7 +71,7 @@ MainWindow::~MainWindow()
 {
     save();
     m_board.disconnect(this);
-    m_table->setModel(nullptr);
+    m_table->setModel(nullptr);  // the table is destroyed after m_jobs and must not read it
 }
 
 void MainWindow::build()
@@ -231,7 +239,7 @@ void MainWindow::showJobs()
     m_sources->show(*m_board.jobs());
     showStatus();
     m_choice.start(0);
-    m_refresh.setInterval(int(time.elapsed()) * REFRESH_SHARE);
+    m_refresh.setInterval(int(time.elapsed()) * REFRESH_FACTOR);
 }
 
 void MainWindow::showStatus()
@@ -287,7 +295,7 @@ void MainWindow::chooseCurrent()
     const TQKEY_ELEMENT key = m_jobs.key(row);
     m_board.choose(key, m_jobs.index(row, JobModel::Name).data().toString());
     if (!(m_item.key == key)) {
-        takeItem({ key, {}, {}, {} });
+        takeItem({ key, {}, {}, {} });  // shows nothing until the board has read the item
     }
 }
 
