@@ -98,7 +98,7 @@ std::vector<std::string> verbNames()
     return names;
 }
 
-// The kinds of items that have columns.
+// The kinds of items that have columns: what "tqxml list", the first verb, accepts.
 const std::vector<const char *> &kinds() { return verbs().front().arguments.front().words; }
 
 // The columns of all kinds.
@@ -116,6 +116,10 @@ std::vector<std::string> allColumns()
 }
 
 // --- bash ---
+//
+// The function _tqxml, which bash calls, first looks for the verb, the kind of items (the argument
+// after it) and the count of words before the cursor. Then it sets what is offered: words, and in a
+// list with commas the prefix that is typed already; or files=1.
 
 // What is offered for an argument or a value.
 std::string bashOffer(Form form, const std::vector<const char *> &words)
@@ -181,6 +185,12 @@ _tqxml_columns()
     return text + "    *) echo '" + joined(allColumns(), " ") + "' ;;\n    esac\n}\n";
 }
 
+// Lines that begin with 8 blanks, with 12.
+std::string indented(const std::string &lines)
+{
+    return replaced(lines, "        ", "            ");
+}
+
 std::string bash()
 {
     return R"(# bash completion for tqxml; made from the description of its options
@@ -208,11 +218,11 @@ _tqxml()
         R"(    *)
         if [[ $word == -* ]]; then
             case $verb in
-)" + replaced(bashOptions(), "        ", "            ") +
+)" + indented(bashOptions()) +
         R"(            esac
         else
             case $count,$verb in
-)" + replaced(bashArguments(), "        ", "            ") +
+)" + indented(bashArguments()) +
         R"(            esac
         fi
         ;;
@@ -229,6 +239,9 @@ complete -F _tqxml tqxml
 }
 
 // --- zsh ---
+//
+// The functions call _arguments, which takes one text for each option and argument:
+// 'NAME[DESCRIPTION]:VALUE:ACTION'. The action says what is offered; a blank is nothing.
 
 std::string zshAction(Form form, const std::vector<const char *> &words)
 {
@@ -333,6 +346,8 @@ std::string zsh()
 }
 
 // --- fish ---
+//
+// One line for each verb, argument and option, with the condition under which it is offered.
 
 std::string fishOption(const Option &option, const std::string &condition)
 {

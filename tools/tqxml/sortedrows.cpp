@@ -15,7 +15,7 @@ constexpr QLatin1Char SEPARATOR('\x1f');  // which XML cannot hold, and so no ce
 // Keys are sorted by hkey, then by key, which has 32 bits. Both are one double, like every number.
 // It is exact, as the hkey of a key in a store is its data type: far below 2 to the 21st.
 constexpr double HKEY_UNIT = 4294967296.0;
-constexpr size_t MIN_ROWS = 1000;  // with a lower limit, so many are kept until the end
+constexpr size_t MIN_ROWS = 1000;  // until there are twice as many, none are dropped
 
 int compare(double a, double b) { return a < b ? -1 : int(a > b); }
 
