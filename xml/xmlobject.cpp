@@ -1,3 +1,11 @@
+// What all objects of the vocabulary have in common: the life of their element (the members of an
+// object), and reading and writing of values in any QDomElement (static functions). A value is the
+// text of a child element, then called a property, or of an attribute. Absent or unreadable numbers
+// are 0. Values of type long have 32 bits, so they are read as int.
+//
+// The element is made as late as possible. Until then attributes are kept in a Draft: the object's
+// own, or one in a packet. xmlobject.h describes these states next to the members.
+
 #include "xmlobject.h"
 
 #include "domtree_p.h"
@@ -14,11 +22,11 @@ const QString XMLObject::NUMLIST_SEP = QStringLiteral(" ");
 
 namespace {
 
-// Element names by kind.
+// Element names, by XMLOBJECT_TYPE.
 const QString ROOT_NAMES[] = { QStringLiteral("tqxml"), QStringLiteral("packetable"),
     QStringLiteral("action"), QStringLiteral("ui"), QStringLiteral("img"), QStringLiteral("msg") };
 
-// Significant digits of a stored double.
+// Significant digits of a stored double, as the header promises.
 constexpr int PROPERTY_DIGITS = 6;
 constexpr int ATTRIBUTE_DIGITS = 12;
 
@@ -89,6 +97,7 @@ XMLObject::XMLObject(XMLOBJECT_TYPE type) : m_type(type) {}
 
 XMLObject::~XMLObject() { leaveHolder(); }
 
+// Takes the object out of the packet that it belongs to; the packet keeps the element.
 void XMLObject::leaveHolder()
 {
     if (m_holder) {
@@ -119,7 +128,7 @@ QDomElement &XMLObject::element() const
 
 Draft XMLObject::takeDraft() const
 {
-    if (!m_draft) {
+    if (!m_draft) {  // no attribute was set
         return Draft(rootNodeName());
     }
     Draft draft = std::move(*m_draft);
@@ -316,6 +325,7 @@ void XMLObject::setProperty(QDomElement &e, const QString &name, const QString &
         createTextNodeV(property, text);
         return;
     }
+    // Only the first text is replaced; a CDATA section, for one, is none and stays.
     for (QDomNode node = property.firstChild(); !node.isNull(); node = node.nextSibling()) {
         if (node.nodeType() == QDomNode::TextNode) {
             node.toText().setData(text);
