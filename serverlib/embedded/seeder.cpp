@@ -1,6 +1,7 @@
 // Fills stores: with the sample content, or with as many generated jobs as are wanted. Every value
 // of a generated row follows from its serial number, so the same number of jobs gives the same
-// store.
+// store. Remainders such as serial % 7 have no meaning of their own: they vary the values, and
+// leave fields empty in some rows.
 
 #include "seeder_p.h"
 
@@ -172,11 +173,13 @@ private:
         return title + QStringLiteral(" p. ") + QString::number(page);
     }
 
+    // The values are in the order of JOB's columns: those from output_id to page, then what is made
+    // of the serial number here, print (from trim_box to coverage), and again what is made here.
     void job(QVariantList values, const QVariantList &print, size_t serial)
     {
         constexpr const char *REMARKS[] = { "Réimpression", "Proof approved",
             "Hold for the editor" };
-        constexpr int STATES[] = { 0, 1, 2, 2, 2 };  // most jobs are done
+        constexpr int STATES[] = { 0, 1, 2, 2, 2 };  // 0 is waiting, 2 is done
         values << cycled(STATES, serial) << int(serial % 10)
                << (serial % 4 == 0 ? 1 : int(500 * (serial % 9 + 1)));
         values << print << int(serial % 8) << createdText(serial);
@@ -266,6 +269,7 @@ void fillSample(Seeder &seeder)
     }
 }
 
+// The number of rows of each table in a generated store.
 struct GeneratedSizes
 {
     explicit GeneratedSizes(size_t jobCount)
@@ -287,8 +291,11 @@ struct GeneratedSizes
     size_t publications;
 };
 
-// A row's name and id.
-using Named = std::pair<QString, int>;
+struct Named
+{
+    QString name;
+    int id;
+};
 
 // Jobs are pages of books and pages of issues by turns.
 void fillGeneratedJobs(Seeder &seeder, size_t jobs, const std::vector<int> &outputs,
@@ -300,12 +307,12 @@ void fillGeneratedJobs(Seeder &seeder, size_t jobs, const std::vector<int> &outp
         if (i % 2 == 1) {
             const Named &issue = issues[pair / GENERATED_ISSUE_PAGES];
             const int page = 1 + int(pair % GENERATED_ISSUE_PAGES);
-            seeder.issuePage(output, issue.first, issue.second, page);
+            seeder.issuePage(output, issue.name, issue.id, page);
         } else {
             const size_t book = pair % books.size();
             const auto pages = static_cast<size_t>(cycled(Sample::BOOKS, book).pages);
             const int page = 1 + int(pair / books.size() * 7 % pages);
-            seeder.bookPage(output, books[book].first, books[book].second, book, page);
+            seeder.bookPage(output, books[book].name, books[book].id, book, page);
         }
     }
 }
@@ -331,12 +338,12 @@ void fillGenerated(Seeder &seeder, const GeneratedSizes &sizes)
     for (size_t i = 0; i < sizes.books && seeder.ok(); ++i) {
         const Sample::Book &book = cycled(Sample::BOOKS, i);
         const QString title = numbered(book.title, i);
-        books.emplace_back(title, seeder.book(book, title, owners[i % owners.size()], i));
+        books.push_back({ title, seeder.book(book, title, owners[i % owners.size()], i) });
     }
     for (size_t i = 0; i < sizes.publications && seeder.ok(); ++i) {
         const QString name = numbered(cycled(Sample::PERIODICALS, i).name, i);
         const QDate issued = QDate(2000, 1, 1).addDays(static_cast<qint64>(i));
-        issues.emplace_back(name, seeder.publication(name, issued));
+        issues.push_back({ name, seeder.publication(name, issued) });
     }
     fillGeneratedJobs(seeder, sizes.jobs, outputs, books, issues);
 }
@@ -408,6 +415,7 @@ int storeProfile(Database &database, const IccProfile &profile)
         const QString statement = QStringLiteral("SELECT id FROM tq_icc_profile WHERE name = ?");
         return database.valueOf(statement, { profile.name }).toInt();
     }
+    // The id after the highest one; in an empty table, the table's first id.
     const QVariant highest =
         database.valueOf(QStringLiteral("SELECT coalesce(max(id), %1) FROM tq_icc_profile")
                              .arg(firstId(PROFILE.table) - 1));
