@@ -94,6 +94,7 @@ private Q_SLOTS:
     void aLateReplyIsPairedWithTheOldestAction();
     void whatIsNotDeliveredSaysWhy();
     void agentsComeAndGo();
+    void theBridgeHasAName();
     void memoryIsBounded();
     void aLongTextIsCut();
     void aFileHoldsEverything();
@@ -206,6 +207,14 @@ void tst_Monitor::agentsComeAndGo()
     QCOMPARE(rowsOf(model),
         QStringList({ str("Preview |  |  |  | agent of type 9 added"),
             str("Preview |  |  |  | agent of type 9 removed") }));
+}
+
+void tst_Monitor::theBridgeHasAName()
+{
+    const PacketLog log;
+    const Site site;
+    QCOMPARE(log.agentName(site.router.getXMLCommServerID()), str("server bridge"));
+    QCOMPARE(log.agentName(1), str("agent 1"));
 }
 
 void tst_Monitor::memoryIsBounded()
