@@ -109,8 +109,8 @@ class Report:
     def verdict(self):
         """What is wrong with the figures; an empty text when all is well."""
         parts = []
-        if self.above(True):
-            parts.append("above the limit: " + ", ".join(self.above(True)))
+        if self.above():
+            parts.append("above the limit: " + ", ".join(self.above()))
         if self.failures:
             parts.append("not measured: " + ", ".join(self.failures))
         return "; ".join(parts)
